@@ -1,0 +1,68 @@
+#ifndef QBPD_PLATFORM_FORMS_FORM_SET_H_
+#define QBPD_PLATFORM_FORMS_FORM_SET_H_
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/forms/form.h"
+
+namespace qbpd {
+
+class Host;
+
+// The program's forms by name: how to make each, and the ones loaded now.
+// Using a form that isn't loaded makes a new one and runs its Form_Load, as
+// the program's runtime does. An unloaded form is destroyed once no event
+// handler is on the stack, so that a handler may unload its own form.
+class FormSet {
+ public:
+  using Factory = std::function<std::unique_ptr<Form>()>;
+
+  explicit FormSet(Host& host);
+  ~FormSet();
+
+  // Declares a form. F must have `static constexpr std::string_view kName`.
+  void Register(std::string name, Factory factory);
+  template <class F>
+  void Register(std::function<std::unique_ptr<F>()> factory) {
+    Register(std::string(F::kName),
+             [factory]() -> std::unique_ptr<Form> { return factory(); });
+  }
+  bool IsRegistered(std::string_view name) const;
+  std::vector<std::string> RegisteredNames() const;
+
+  // The loaded form of that name, loading it first when needed. An unknown
+  // name is a RuntimeError.
+  Form& Get(std::string_view name);
+  template <class F>
+  F& Get() {
+    return static_cast<F&>(Get(F::kName));
+  }
+  // The loaded form of that name, or nullptr; never loads.
+  Form* Find(std::string_view name) const;
+  template <class F>
+  F* Find() const {
+    return static_cast<F*>(Find(F::kName));
+  }
+  // Loaded forms, in the order they were loaded.
+  std::vector<Form*> Loaded() const;
+
+  // Called by Form::Unload.
+  void Release(Form& form);
+  // Destroys released forms if no handler is running.
+  void CollectGarbage();
+
+ private:
+  Host& host_;
+  std::map<std::string, Factory, std::less<>> factories_;
+  std::vector<std::unique_ptr<Form>> loaded_;
+  std::vector<std::unique_ptr<Form>> released_;
+};
+
+}  // namespace qbpd
+
+#endif  // QBPD_PLATFORM_FORMS_FORM_SET_H_
