@@ -1,12 +1,12 @@
 #ifndef QBPD_CORE_KEYED_COLLECTION_H_
 #define QBPD_CORE_KEYED_COLLECTION_H_
 
+#include "platform/forms/runtime_error.h"
+
 #include <cctype>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "platform/forms/runtime_error.h"
 
 namespace qbpd {
 
@@ -20,8 +20,7 @@ class KeyedCollection {
 
   // Adds `item` at the end, or before/after the item at a position from 1.
   // An empty key adds the item without one.
-  void Add(T item, const std::string& key = {}, int before = 0,
-           int after = 0) {
+  void Add(T item, const std::string& key = {}, int before = 0, int after = 0) {
     if (!key.empty() && FindKey(key)) {
       throw RuntimeError(kErrKeyExists,
                          "This key is already associated with an element of "
@@ -112,9 +111,9 @@ class KeyedCollection {
   size_t RequireKey(const std::string& key) const {
     std::optional<size_t> i = FindKey(key);
     if (!i) {
-      throw RuntimeError(kErrInvalidCall,
-                         "Invalid procedure call or argument: no item with key " +
-                             key);
+      throw RuntimeError(
+          kErrInvalidCall,
+          "Invalid procedure call or argument: no item with key " + key);
     }
     return *i;
   }

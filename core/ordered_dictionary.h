@@ -1,6 +1,8 @@
 #ifndef QBPD_CORE_ORDERED_DICTIONARY_H_
 #define QBPD_CORE_ORDERED_DICTIONARY_H_
 
+#include "platform/forms/runtime_error.h"
+
 #include <cctype>
 #include <list>
 #include <string>
@@ -8,8 +10,6 @@
 #include <unordered_map>
 #include <utility>
 #include <vector>
-
-#include "platform/forms/runtime_error.h"
 
 namespace qbpd {
 

@@ -1,8 +1,8 @@
+#include "platform/settings_store.h"
+
 #include <algorithm>
 #include <cctype>
 #include <map>
-
-#include "platform/settings_store.h"
 
 namespace qbpd {
 namespace {
@@ -30,7 +30,8 @@ class MemorySettingsStore : public SettingsStore {
     return {};
   }
 
-  bool Write(std::string_view key, std::string_view value,
+  bool Write(std::string_view key,
+             std::string_view value,
              std::string_view data) override {
     Key& k = keys_[Upper(key)];
     if (k.path.empty()) {

@@ -1,11 +1,11 @@
 #include "platform/forms/control.h"
 
+#include "platform/forms/form.h"
+#include "platform/forms/runtime_error.h"
+
 #include <algorithm>
 #include <array>
 #include <cctype>
-
-#include "platform/forms/form.h"
-#include "platform/forms/runtime_error.h"
 
 namespace qbpd {
 namespace {
@@ -204,8 +204,7 @@ void Control::SetProperty(std::string_view name, const Value& v, int item) {
   }
   if (!p->writable) {
     throw RuntimeError(kErrNoSuchProperty, "Property " + p->name + " of " +
-                                               DisplayName() +
-                                               " is read-only");
+                                               DisplayName() + " is read-only");
   }
   p->set(*this, v, item);
 }
@@ -227,13 +226,12 @@ void Control::CopyStateFrom(const Control& other) {
 
 PropertyTable Control::CommonProperties() {
   PropertyTable t;
-  t.push_back(PropertyInfo{"Name", false, false,
-                           [](const Control& c, int) { return Value(c.Name()); },
-                           nullptr});
-  t.push_back(
-      PropertyInfo{"Index", false, false,
-                   [](const Control& c, int) { return Value(c.Index()); },
-                   nullptr});
+  t.push_back(PropertyInfo{
+      "Name", false, false,
+      [](const Control& c, int) { return Value(c.Name()); }, nullptr});
+  t.push_back(PropertyInfo{
+      "Index", false, false,
+      [](const Control& c, int) { return Value(c.Index()); }, nullptr});
   t.push_back(PropertyInfo{
       "Kind", false, false,
       [](const Control& c, int) { return Value(KindName(c.Kind())); },
@@ -251,8 +249,10 @@ PropertyTable Control::CommonProperties() {
       RwProperty("ForeColor", &Control::ForeColor, &Control::SetForeColor));
   t.push_back(
       RwProperty("BackColor", &Control::BackColor, &Control::SetBackColor));
-  t.push_back(RwProperty("FontSize", &Control::FontSize, &Control::SetFontSize));
-  t.push_back(RwProperty("FontBold", &Control::FontBold, &Control::SetFontBold));
+  t.push_back(
+      RwProperty("FontSize", &Control::FontSize, &Control::SetFontSize));
+  t.push_back(
+      RwProperty("FontBold", &Control::FontBold, &Control::SetFontBold));
   t.push_back(
       RwProperty("Container", &Control::Container, &Control::SetContainer));
   return t;

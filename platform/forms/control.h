@@ -1,14 +1,14 @@
 #ifndef QBPD_PLATFORM_FORMS_CONTROL_H_
 #define QBPD_PLATFORM_FORMS_CONTROL_H_
 
+#include "platform/forms/host.h"
+#include "platform/forms/value.h"
+
 #include <functional>
 #include <string>
 #include <string_view>
 #include <type_traits>
 #include <vector>
-
-#include "platform/forms/host.h"
-#include "platform/forms/value.h"
 
 namespace qbpd {
 
@@ -49,16 +49,16 @@ const std::vector<ControlKind>& AllControlKinds();
 // The arguments of an event. Handlers read what their event carries and may
 // write the by-reference ones (KeyAscii, KeyCode, Cancel, Handled).
 struct EventArgs {
-  int Index = -1;     // member of a control array; -1 for a single control
-  int KeyAscii = 0;   // KeyPress: set to 0 to swallow the key
-  int KeyCode = 0;    // KeyDown, KeyUp: set to 0 to swallow the key
-  int Shift = 0;      // 1 Shift, 2 Ctrl, 4 Alt
-  int Button = 0;     // mouse events: 1 left, 2 right
-  int Item = -1;      // ItemCheck: the list item whose check mark changed
-  int X = 0;          // mouse events, twips from the control's corner
+  int Index = -1;    // member of a control array; -1 for a single control
+  int KeyAscii = 0;  // KeyPress: set to 0 to swallow the key
+  int KeyCode = 0;   // KeyDown, KeyUp: set to 0 to swallow the key
+  int Shift = 0;     // 1 Shift, 2 Ctrl, 4 Alt
+  int Button = 0;    // mouse events: 1 left, 2 right
+  int Item = -1;     // ItemCheck: the list item whose check mark changed
+  int X = 0;         // mouse events, twips from the control's corner
   int Y = 0;
-  int Cancel = 0;     // QueryUnload, Unload: nonzero refuses
-  int UnloadMode = 0;  // QueryUnload: 0 the user closed, 1 the program did
+  int Cancel = 0;        // QueryUnload, Unload: nonzero refuses
+  int UnloadMode = 0;    // QueryUnload: 0 the user closed, 1 the program did
   bool Handled = false;  // component events that answer by reference
   std::string Text;      // component events that carry text (a path, a URL)
 };
@@ -69,7 +69,7 @@ using Handler = std::function<void(EventArgs&)>;
 // (the scripted driver, the desktop renderer, the docs).
 struct PropertyInfo {
   std::string name;
-  bool indexed = false;   // takes an item number: List(i), ItemData(i)
+  bool indexed = false;  // takes an item number: List(i), ItemData(i)
   bool writable = true;
   std::function<Value(const Control&, int)> get;
   std::function<void(Control&, const Value&, int)> set;
@@ -184,17 +184,17 @@ class Control {
 
 // Builds a property entry from a getter and a setter of a control class.
 template <class C, class R, class P>
-PropertyInfo RwProperty(std::string name, R (C::*get)() const,
+PropertyInfo RwProperty(std::string name,
+                        R (C::*get)() const,
                         void (C::*set)(P)) {
   using Arg = std::remove_cvref_t<P>;
-  return PropertyInfo{
-      std::move(name), false, true,
-      [get](const Control& c, int) {
-        return Value((static_cast<const C&>(c).*get)());
-      },
-      [set](Control& c, const Value& v, int) {
-        (static_cast<C&>(c).*set)(v.As<Arg>());
-      }};
+  return PropertyInfo{std::move(name), false, true,
+                      [get](const Control& c, int) {
+                        return Value((static_cast<const C&>(c).*get)());
+                      },
+                      [set](Control& c, const Value& v, int) {
+                        (static_cast<C&>(c).*set)(v.As<Arg>());
+                      }};
 }
 
 template <class C, class R>
@@ -208,17 +208,17 @@ PropertyInfo RoProperty(std::string name, R (C::*get)() const) {
 
 // An indexed property: getter and setter take the item number first.
 template <class C, class R, class P>
-PropertyInfo IndexedProperty(std::string name, R (C::*get)(int) const,
+PropertyInfo IndexedProperty(std::string name,
+                             R (C::*get)(int) const,
                              void (C::*set)(int, P)) {
   using Arg = std::remove_cvref_t<P>;
-  return PropertyInfo{
-      std::move(name), true, true,
-      [get](const Control& c, int i) {
-        return Value((static_cast<const C&>(c).*get)(i));
-      },
-      [set](Control& c, const Value& v, int i) {
-        (static_cast<C&>(c).*set)(i, v.As<Arg>());
-      }};
+  return PropertyInfo{std::move(name), true, true,
+                      [get](const Control& c, int i) {
+                        return Value((static_cast<const C&>(c).*get)(i));
+                      },
+                      [set](Control& c, const Value& v, int i) {
+                        (static_cast<C&>(c).*set)(i, v.As<Arg>());
+                      }};
 }
 
 template <class C, class R>

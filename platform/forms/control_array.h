@@ -1,13 +1,13 @@
 #ifndef QBPD_PLATFORM_FORMS_CONTROL_ARRAY_H_
 #define QBPD_PLATFORM_FORMS_CONTROL_ARRAY_H_
 
+#include "platform/forms/form.h"
+#include "platform/forms/runtime_error.h"
+
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "platform/forms/form.h"
-#include "platform/forms/runtime_error.h"
 
 namespace qbpd {
 
@@ -27,9 +27,9 @@ class ControlArray {
   T& operator[](int index) const {
     auto it = members_.find(index);
     if (it == members_.end()) {
-      throw RuntimeError(kErrNoSuchControl,
-                         "Control array element '" + std::to_string(index) +
-                             "' doesn't exist: " + name_);
+      throw RuntimeError(kErrNoSuchControl, "Control array element '" +
+                                                std::to_string(index) +
+                                                "' doesn't exist: " + name_);
     }
     return *it->second;
   }
@@ -38,9 +38,9 @@ class ControlArray {
 
   T& Load(int index) {
     if (index < 0 || Exists(index)) {
-      throw RuntimeError(kErrElementExists,
-                         "Object already loaded: " + name_ + "(" +
-                             std::to_string(index) + ")");
+      throw RuntimeError(kErrElementExists, "Object already loaded: " + name_ +
+                                                "(" + std::to_string(index) +
+                                                ")");
     }
     auto member = std::make_unique<T>(form_, name_, index);
     member->CopyStateFrom(*members_.at(0));
@@ -52,15 +52,15 @@ class ControlArray {
 
   void Unload(int index) {
     if (index == 0) {
-      throw RuntimeError(kErrInvalidCall,
-                         "Can't unload controls created at design time: " +
-                             name_ + "(0)");
+      throw RuntimeError(
+          kErrInvalidCall,
+          "Can't unload controls created at design time: " + name_ + "(0)");
     }
     auto it = members_.find(index);
     if (it == members_.end()) {
-      throw RuntimeError(kErrNoSuchControl,
-                         "Control array element '" + std::to_string(index) +
-                             "' doesn't exist: " + name_);
+      throw RuntimeError(kErrNoSuchControl, "Control array element '" +
+                                                std::to_string(index) +
+                                                "' doesn't exist: " + name_);
     }
     members_.erase(it);
   }

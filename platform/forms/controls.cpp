@@ -1,10 +1,10 @@
 #include "platform/forms/controls.h"
 
-#include <algorithm>
-#include <cctype>
-
 #include "platform/forms/form.h"
 #include "platform/forms/runtime_error.h"
+
+#include <algorithm>
+#include <cctype>
 
 namespace qbpd {
 namespace {
@@ -168,7 +168,9 @@ const PropertyTable& CheckBox::Properties() const {
 // --- OptionButton --------------------------------------------------------
 
 OptionButton::OptionButton(Form& form, std::string name, int index)
-    : StatefulControl(form, ControlKind::kOptionButton, std::move(name),
+    : StatefulControl(form,
+                      ControlKind::kOptionButton,
+                      std::move(name),
                       index) {}
 
 void OptionButton::SetCaption(const std::string& v) {
@@ -207,7 +209,9 @@ const PropertyTable& OptionButton::Properties() const {
 
 // --- ComboBox and ListBox ------------------------------------------------
 
-ListControl::ListControl(Form& form, ControlKind kind, std::string name,
+ListControl::ListControl(Form& form,
+                         ControlKind kind,
+                         std::string name,
                          int index)
     : StatefulControl(form, kind, std::move(name), index) {}
 
@@ -301,9 +305,9 @@ void ListControl::SetSelected(int i, bool v) {
 
 void ListControl::SetListIndex(int v) {
   if (v < -1 || v >= ListCount()) {
-    throw RuntimeError(kErrInvalidCall,
-                       "Invalid ListIndex " + std::to_string(v) + " of " +
-                           DisplayName());
+    throw RuntimeError(
+        kErrInvalidCall,
+        "Invalid ListIndex " + std::to_string(v) + " of " + DisplayName());
   }
   bool differs = v != state_.list_index;
   state_.list_index = v;
@@ -366,7 +370,9 @@ const PropertyTable& ListControl::Properties() const {
 // --- CommandButton -------------------------------------------------------
 
 CommandButton::CommandButton(Form& form, std::string name, int index)
-    : StatefulControl(form, ControlKind::kCommandButton, std::move(name),
+    : StatefulControl(form,
+                      ControlKind::kCommandButton,
+                      std::move(name),
                       index) {}
 
 void CommandButton::SetCaption(const std::string& v) {
@@ -396,7 +402,9 @@ const PropertyTable& CommandButton::Properties() const {
 // --- PictureButton, PictureBox, Frame ------------------------------------
 
 PictureButton::PictureButton(Form& form, std::string name, int index)
-    : StatefulControl(form, ControlKind::kPictureButton, std::move(name),
+    : StatefulControl(form,
+                      ControlKind::kPictureButton,
+                      std::move(name),
                       index) {}
 
 void PictureButton::SetPicture(const std::string& v) {
@@ -409,12 +417,12 @@ void PictureButton::SetStretch(bool v) {
 }
 
 const PropertyTable& PictureButton::Properties() const {
-  static const PropertyTable table = WithCommon(
-      {RwProperty("Picture", &PictureButton::Picture,
-                  &PictureButton::SetPicture),
-       RwProperty("Stretch", &PictureButton::Stretch,
-                  &PictureButton::SetStretch)},
-      CommonProperties());
+  static const PropertyTable table =
+      WithCommon({RwProperty("Picture", &PictureButton::Picture,
+                             &PictureButton::SetPicture),
+                  RwProperty("Stretch", &PictureButton::Stretch,
+                             &PictureButton::SetStretch)},
+                 CommonProperties());
   return table;
 }
 
@@ -610,24 +618,27 @@ char Menu::AccessKey() const {
         ++i;  // "&&" is a literal ampersand
         continue;
       }
-      return static_cast<char>(std::toupper(static_cast<unsigned char>(c[i + 1])));
+      return static_cast<char>(
+          std::toupper(static_cast<unsigned char>(c[i + 1])));
     }
   }
   return 0;
 }
 
 const PropertyTable& Menu::Properties() const {
-  static const PropertyTable table = WithCommon(
-      {RwProperty("Caption", &Menu::Caption, &Menu::SetCaption),
-       RwProperty("Shortcut", &Menu::Shortcut, &Menu::SetShortcut),
-       RwProperty("Checked", &Menu::Checked, &Menu::SetChecked)},
-      CommonProperties());
+  static const PropertyTable table =
+      WithCommon({RwProperty("Caption", &Menu::Caption, &Menu::SetCaption),
+                  RwProperty("Shortcut", &Menu::Shortcut, &Menu::SetShortcut),
+                  RwProperty("Checked", &Menu::Checked, &Menu::SetChecked)},
+                 CommonProperties());
   return table;
 }
 
 // --- ScrollBar, ProgressBar, Slider --------------------------------------
 
-RangeControl::RangeControl(Form& form, ControlKind kind, std::string name,
+RangeControl::RangeControl(Form& form,
+                           ControlKind kind,
+                           std::string name,
                            int index)
     : StatefulControl(form, kind, std::move(name), index) {}
 
@@ -827,9 +838,10 @@ void PhotoView::SetPhotoPath(const std::string& v) {
 }
 
 const PropertyTable& PhotoView::Properties() const {
-  static const PropertyTable table = WithCommon(
-      {RwProperty("PhotoPath", &PhotoView::PhotoPath, &PhotoView::SetPhotoPath)},
-      CommonProperties());
+  static const PropertyTable table =
+      WithCommon({RwProperty("PhotoPath", &PhotoView::PhotoPath,
+                             &PhotoView::SetPhotoPath)},
+                 CommonProperties());
   return table;
 }
 
@@ -852,17 +864,19 @@ void FolderTree::Refresh() {
 }
 
 const PropertyTable& FolderTree::Properties() const {
-  static const PropertyTable table = WithCommon(
-      {RwProperty("SelectedFolder", &FolderTree::SelectedFolder,
-                  &FolderTree::SetSelectedFolder)},
-      CommonProperties());
+  static const PropertyTable table =
+      WithCommon({RwProperty("SelectedFolder", &FolderTree::SelectedFolder,
+                             &FolderTree::SetSelectedFolder)},
+                 CommonProperties());
   return table;
 }
 
 // --- ScreensaverPlayer ---------------------------------------------------
 
 ScreensaverPlayer::ScreensaverPlayer(Form& form, std::string name, int index)
-    : StatefulControl(form, ControlKind::kScreensaverPlayer, std::move(name),
+    : StatefulControl(form,
+                      ControlKind::kScreensaverPlayer,
+                      std::move(name),
                       index) {}
 
 void ScreensaverPlayer::SetFiles(std::vector<std::string> files) {

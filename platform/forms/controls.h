@@ -1,10 +1,10 @@
 #ifndef QBPD_PLATFORM_FORMS_CONTROLS_H_
 #define QBPD_PLATFORM_FORMS_CONTROLS_H_
 
+#include "platform/forms/control.h"
+
 #include <string>
 #include <vector>
-
-#include "platform/forms/control.h"
 
 namespace qbpd {
 

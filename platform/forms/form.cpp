@@ -1,15 +1,16 @@
 #include "platform/forms/form.h"
 
-#include <algorithm>
-#include <exception>
-
 #include "platform/forms/controls.h"
 #include "platform/forms/form_set.h"
 #include "platform/forms/runtime_error.h"
 
+#include <algorithm>
+#include <exception>
+
 namespace qbpd {
 
-Form::Form(Host& host, std::string name) : host_(host), name_(std::move(name)) {}
+Form::Form(Host& host, std::string name)
+    : host_(host), name_(std::move(name)) {}
 
 Form::~Form() {
   // Controls are members of the derived class and are gone by now; drop any
@@ -32,7 +33,8 @@ Control& Form::control(std::string_view name, int index) const {
 }
 
 Control* Form::FindControl(std::string_view name, int index) const {
-  auto it = by_name_.find(std::pair<std::string, int>(std::string(name), index));
+  auto it =
+      by_name_.find(std::pair<std::string, int>(std::string(name), index));
   if (it != by_name_.end()) {
     return it->second;
   }
@@ -59,9 +61,9 @@ std::vector<Control*> Form::ControlsIn(std::string_view container) const {
 void Form::Register(Control* control) {
   auto key = std::make_pair(control->Name(), control->Index());
   if (by_name_.count(key) != 0) {
-    throw RuntimeError(kErrElementExists, "Form " + name_ +
-                                              " has two controls named " +
-                                              control->DisplayName());
+    throw RuntimeError(
+        kErrElementExists,
+        "Form " + name_ + " has two controls named " + control->DisplayName());
   }
   by_name_.emplace(std::move(key), control);
   controls_.push_back(control);
@@ -78,28 +80,27 @@ void Form::Unregister(Control* control) {
   ++revision_;
 }
 
-void Form::On(std::string_view control, std::string_view event,
+void Form::On(std::string_view control,
+              std::string_view event,
               Handler handler) {
   handlers_[HandlerKey(std::string(control), std::string(event))] =
       std::move(handler);
 }
 
 bool Form::HasHandler(std::string_view control, std::string_view event) const {
-  return handlers_.count(HandlerKey(std::string(control), std::string(event))) !=
-         0;
+  return handlers_.count(
+             HandlerKey(std::string(control), std::string(event))) != 0;
 }
 
-bool Form::Raise(const Control& control, std::string_view event,
-                 EventArgs& e) {
-  auto it =
-      handlers_.find(HandlerKey(control.Name(), std::string(event)));
+bool Form::Raise(const Control& control, std::string_view event, EventArgs& e) {
+  auto it = handlers_.find(HandlerKey(control.Name(), std::string(event)));
   if (it == handlers_.end()) {
     return false;
   }
   // Copy the handler: it may unload the control (or rebind) while it runs.
   Handler handler = it->second;
-  std::string where = name_ + "." + control.DisplayName() + "_" +
-                      std::string(event);
+  std::string where =
+      name_ + "." + control.DisplayName() + "_" + std::string(event);
   Dispatch(where, [&] { handler(e); });
   return true;
 }
@@ -295,14 +296,15 @@ void Form::SetProperty(std::string_view name, const Value& v) {
       Hide();
     }
   } else {
-    throw RuntimeError(kErrNoSuchProperty, "Form " + name_ +
-                                               " has no writable property " +
-                                               std::string(name));
+    throw RuntimeError(
+        kErrNoSuchProperty,
+        "Form " + name_ + " has no writable property " + std::string(name));
   }
 }
 
 void FormEvents::KeyDown(Form& f, int& key_code, int shift) {
-  f.Dispatch(f.name_ + ".Form_KeyDown", [&] { f.Form_KeyDown(key_code, shift); });
+  f.Dispatch(f.name_ + ".Form_KeyDown",
+             [&] { f.Form_KeyDown(key_code, shift); });
 }
 
 void FormEvents::KeyPress(Form& f, int& key_ascii) {

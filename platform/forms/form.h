@@ -1,15 +1,15 @@
 #ifndef QBPD_PLATFORM_FORMS_FORM_H_
 #define QBPD_PLATFORM_FORMS_FORM_H_
 
+#include "platform/forms/control.h"
+#include "platform/forms/host.h"
+
 #include <functional>
 #include <map>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
-
-#include "platform/forms/control.h"
-#include "platform/forms/host.h"
 
 namespace qbpd {
 
@@ -61,12 +61,12 @@ class Form {
   template <class F>
   void On(std::string_view control, std::string_view event, void (F::*fn)());
   template <class F>
-  void On(std::string_view control, std::string_view event,
+  void On(std::string_view control,
+          std::string_view event,
           void (F::*fn)(EventArgs&));
   // A handler of an array's event that takes the member's index.
   template <class F>
-  void On(std::string_view control, std::string_view event,
-          void (F::*fn)(int));
+  void On(std::string_view control, std::string_view event, void (F::*fn)(int));
   bool HasHandler(std::string_view control, std::string_view event) const;
   // Runs the handler of `event` on `control`, if there is one. A handler that
   // throws does not end the program: the error is handed to the host and the
@@ -187,21 +187,24 @@ class FormEvents {
 };
 
 template <class F>
-void Form::On(std::string_view control, std::string_view event,
+void Form::On(std::string_view control,
+              std::string_view event,
               void (F::*fn)()) {
   F* self = static_cast<F*>(this);
   On(control, event, [self, fn](EventArgs&) { (self->*fn)(); });
 }
 
 template <class F>
-void Form::On(std::string_view control, std::string_view event,
+void Form::On(std::string_view control,
+              std::string_view event,
               void (F::*fn)(EventArgs&)) {
   F* self = static_cast<F*>(this);
   On(control, event, [self, fn](EventArgs& e) { (self->*fn)(e); });
 }
 
 template <class F>
-void Form::On(std::string_view control, std::string_view event,
+void Form::On(std::string_view control,
+              std::string_view event,
               void (F::*fn)(int)) {
   F* self = static_cast<F*>(this);
   On(control, event, [self, fn](EventArgs& e) { (self->*fn)(e.Index); });

@@ -1,9 +1,9 @@
 #include "platform/forms/form_set.h"
 
-#include <algorithm>
-
 #include "platform/forms/host.h"
 #include "platform/forms/runtime_error.h"
+
+#include <algorithm>
 
 namespace qbpd {
 

@@ -1,14 +1,14 @@
 #ifndef QBPD_PLATFORM_FORMS_FORM_SET_H_
 #define QBPD_PLATFORM_FORMS_FORM_SET_H_
 
+#include "platform/forms/form.h"
+
 #include <functional>
 #include <map>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "platform/forms/form.h"
 
 namespace qbpd {
 

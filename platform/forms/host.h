@@ -54,7 +54,7 @@ struct Font {
 // The save dialog as the program fills it in.
 struct SaveDialogCall {
   std::string title;
-  std::string filter;       // "JPEG (*.jpg)|*.jpg|..." pairs of text and pattern
+  std::string filter;  // "JPEG (*.jpg)|*.jpg|..." pairs of text and pattern
   std::string initial_dir;
   std::string file_name;    // proposed name
   std::string default_ext;  // without the dot
@@ -76,7 +76,8 @@ class Host {
 
   // Shows a message box and returns the button pressed (kIdOk, kIdYes, ...).
   // `style` holds the icon, the buttons and the default button.
-  virtual int MsgBox(const std::string& prompt, int style,
+  virtual int MsgBox(const std::string& prompt,
+                     int style,
                      const std::string& title) = 0;
 
   // Called by Form::Show. A modal show returns when the form has been hidden

@@ -1,10 +1,10 @@
 #include "platform/forms/keys.h"
 
+#include "platform/forms/runtime_error.h"
+
 #include <cctype>
 #include <cstdlib>
 #include <map>
-
-#include "platform/forms/runtime_error.h"
 
 namespace qbpd {
 namespace {
@@ -44,8 +44,11 @@ const std::map<std::string, NamedKey, std::less<>>& NamedKeys() {
 int DecodeUtf8(std::string_view s, size_t& i) {
   auto byte = [&](size_t k) { return static_cast<unsigned char>(s[k]); };
   unsigned char b = byte(i);
-  int len = b < 0x80 ? 1 : (b >> 5) == 6 ? 2 : (b >> 4) == 14 ? 3
-                                           : (b >> 3) == 30 ? 4 : 1;
+  int len = b < 0x80         ? 1
+            : (b >> 5) == 6  ? 2
+            : (b >> 4) == 14 ? 3
+            : (b >> 3) == 30 ? 4
+                             : 1;
   if (len == 1 || i + len > s.size()) {
     ++i;
     return b;
@@ -125,8 +128,8 @@ std::vector<KeyStroke> ParseKeys(std::string_view keys) {
       // "{}}" names the closing brace itself.
       size_t close = keys.find('}', i + 2);
       if (close == std::string_view::npos) {
-        throw RuntimeError(kErrInvalidCall,
-                           "Unclosed key name in \"" + std::string(keys) + "\"");
+        throw RuntimeError(kErrInvalidCall, "Unclosed key name in \"" +
+                                                std::string(keys) + "\"");
       }
       std::string body(keys.substr(i + 1, close - i - 1));
       int repeat = 1;

@@ -7,14 +7,14 @@
 namespace qbpd {
 
 // Error numbers of the program's runtime, as its handlers know them.
-inline constexpr int kErrInvalidCall = 5;         // invalid procedure call
-inline constexpr int kErrSubscript = 9;           // subscript out of range
-inline constexpr int kErrTypeMismatch = 13;       // type mismatch
-inline constexpr int kErrNoSuchControl = 340;     // control array element missing
-inline constexpr int kErrElementExists = 360;     // control array element exists
-inline constexpr int kErrNoSuchProperty = 438;    // no such property or method
-inline constexpr int kErrKeyExists = 457;         // key already in collection
-inline constexpr int kErrNoSuchForm = 424;        // object required
+inline constexpr int kErrInvalidCall = 5;       // invalid procedure call
+inline constexpr int kErrSubscript = 9;         // subscript out of range
+inline constexpr int kErrTypeMismatch = 13;     // type mismatch
+inline constexpr int kErrNoSuchControl = 340;   // control array element missing
+inline constexpr int kErrElementExists = 360;   // control array element exists
+inline constexpr int kErrNoSuchProperty = 438;  // no such property or method
+inline constexpr int kErrKeyExists = 457;       // key already in collection
+inline constexpr int kErrNoSuchForm = 424;      // object required
 
 // An error raised by the program's own runtime: a missing key, a duplicate
 // key, an unknown control or property. It is an ordinary exception: the event

@@ -1,12 +1,12 @@
 #include "platform/forms/scripted_host.h"
 
-#include <algorithm>
-#include <cmath>
-
 #include "platform/forms/controls.h"
 #include "platform/forms/form.h"
 #include "platform/forms/runtime_error.h"
 #include "platform/forms/user_input.h"
+
+#include <algorithm>
+#include <cmath>
 
 namespace qbpd {
 namespace {
@@ -56,7 +56,8 @@ void ScriptedHost::QueueInside(std::string description,
 }
 
 void ScriptedHost::QueueMsgBoxAnswer(
-    std::string description, std::function<int(const MsgBoxCall&)> answer) {
+    std::string description,
+    std::function<int(const MsgBoxCall&)> answer) {
   steps_.push_back(Step{StepKind::kMsgBox, std::move(description), nullptr,
                         std::move(answer), nullptr, nullptr});
 }
@@ -88,8 +89,8 @@ bool ScriptedHost::RunNext() {
       AfterStep();
       return true;
     case StepKind::kMsgBox:
-      throw HostAbort("The script answers a message box (" +
-                      step.description + "), but none is shown");
+      throw HostAbort("The script answers a message box (" + step.description +
+                      "), but none is shown");
     case StepKind::kDialog:
       throw HostAbort("The script answers a dialog (" + step.description +
                       "), but none is shown");
@@ -118,15 +119,16 @@ ScriptedHost::Step ScriptedHost::TakeAnswer(StepKind kind,
     throw HostAbort("Unexpected " + what + " after the last step");
   }
   if (steps_.front().kind != kind) {
-    throw HostAbort("Unexpected " + what + "; the next step is: " +
-                    steps_.front().description);
+    throw HostAbort("Unexpected " + what +
+                    "; the next step is: " + steps_.front().description);
   }
   Step step = std::move(steps_.front());
   steps_.pop_front();
   return step;
 }
 
-int ScriptedHost::MsgBox(const std::string& prompt, int style,
+int ScriptedHost::MsgBox(const std::string& prompt,
+                         int style,
                          const std::string& title) {
   MsgBoxCall call{prompt, style, title};
   boxes_.push_back(call);
@@ -158,8 +160,8 @@ std::optional<std::string> ScriptedHost::BrowseForFolder(
 void ScriptedHost::PopupMenu(Form& form, Menu& menu, int x, int y) {
   Report("pop-up menu " + form.Name() + "." + menu.DisplayName() + " at " +
          std::to_string(x) + "," + std::to_string(y));
-  Step step = TakeAnswer(StepKind::kPopup,
-                         "pop-up menu " + form.Name() + "." + menu.DisplayName());
+  Step step = TakeAnswer(StepKind::kPopup, "pop-up menu " + form.Name() + "." +
+                                               menu.DisplayName());
   step.pick(menu);
 }
 
@@ -168,9 +170,9 @@ void ScriptedHost::ShowForm(Form& form, bool modal) {
     if (!modal) {
       return;
     }
-    throw RuntimeError(kErrInvalidCall,
-                       "Form already displayed; can't show modally: " +
-                           form.Name());
+    throw RuntimeError(
+        kErrInvalidCall,
+        "Form already displayed; can't show modally: " + form.Name());
   }
   shown_.push_back(form.Name() + (modal ? " modal" : ""));
   Report("form " + form.Name() + " shown" + (modal ? " modal" : ""));
@@ -284,9 +286,7 @@ bool ScriptedHost::FireNextTimer(long long until) {
   struct Done {
     std::vector<Timer*>& firing;
     Timer* timer;
-    ~Done() {
-      firing.erase(std::find(firing.begin(), firing.end(), timer));
-    }
+    ~Done() { firing.erase(std::find(firing.begin(), firing.end(), timer)); }
   } done{firing_, next};
   next->Raise("Timer");
   AfterStep();

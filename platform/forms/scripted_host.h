@@ -1,14 +1,14 @@
 #ifndef QBPD_PLATFORM_FORMS_SCRIPTED_HOST_H_
 #define QBPD_PLATFORM_FORMS_SCRIPTED_HOST_H_
 
+#include "platform/forms/host.h"
+
 #include <deque>
 #include <functional>
 #include <map>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "platform/forms/host.h"
 
 namespace qbpd {
 
@@ -58,8 +58,7 @@ class ScriptedHost : public Host {
           answer);
   // What the user does with the next pop-up menu; `pick` receives the menu
   // and picks an entry (or nothing, to dismiss it).
-  void QueuePopupPick(std::string description,
-                      std::function<void(Menu&)> pick);
+  void QueuePopupPick(std::string description, std::function<void(Menu&)> pick);
 
   // Runs the next idle step; false when none is left.
   bool RunNext();
@@ -92,7 +91,8 @@ class ScriptedHost : public Host {
   void SetScreenSize(int width_twips, int height_twips);
 
   // --- Host ---------------------------------------------------------------
-  int MsgBox(const std::string& prompt, int style,
+  int MsgBox(const std::string& prompt,
+             int style,
              const std::string& title) override;
   void ShowForm(Form& form, bool modal) override;
   void HideForm(Form& form) override;

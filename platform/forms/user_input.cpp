@@ -99,7 +99,8 @@ void EditText(TextBox& box, const KeyStroke& key, int ascii) {
     } else if (start > 0) {
       // Step back over a whole UTF-8 character.
       int from = start - 1;
-      while (from > 0 && (static_cast<unsigned char>(text[from]) & 0xC0) == 0x80) {
+      while (from > 0 &&
+             (static_cast<unsigned char>(text[from]) & 0xC0) == 0x80) {
         --from;
       }
       text.erase(from, start - from);
@@ -184,12 +185,11 @@ void Press(Form& form, Control* target, const KeyStroke& key) {
       if (target != nullptr && target->Kind() == ControlKind::kTextBox) {
         EditText(static_cast<TextBox&>(*target), key, ascii);
       }
-      bool multi_line_enter =
-          ascii == kKeyReturn && target != nullptr &&
-          target->Kind() == ControlKind::kTextBox &&
-          static_cast<TextBox*>(target)->MultiLine();
-      bool on_button = target != nullptr &&
-                       target->Kind() == ControlKind::kCommandButton;
+      bool multi_line_enter = ascii == kKeyReturn && target != nullptr &&
+                              target->Kind() == ControlKind::kTextBox &&
+                              static_cast<TextBox*>(target)->MultiLine();
+      bool on_button =
+          target != nullptr && target->Kind() == ControlKind::kCommandButton;
       if (ascii == kKeyReturn && !multi_line_enter) {
         if (on_button) {
           target->Raise("Click");
@@ -207,7 +207,8 @@ void Press(Form& form, Control* target, const KeyStroke& key) {
   if (form.KeyPreview()) {
     FormEvents::KeyUp(form, up_code, key.shift);
   }
-  if (up_code != 0 && target != nullptr && form.FindControl(target->Name(), target->Index()) == target) {
+  if (up_code != 0 && target != nullptr &&
+      form.FindControl(target->Name(), target->Index()) == target) {
     EventArgs e;
     e.KeyCode = up_code;
     e.Shift = key.shift;

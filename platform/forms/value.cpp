@@ -107,9 +107,7 @@ bool Value::ToBool() const {
 }
 
 bool operator==(const Value& a, const Value& b) {
-  auto numeric = [](const Value& v) {
-    return !v.IsText() && !v.IsEmpty();
-  };
+  auto numeric = [](const Value& v) { return !v.IsText() && !v.IsEmpty(); };
   if (numeric(a) && numeric(b)) {
     return a.ToDouble() == b.ToDouble();
   }

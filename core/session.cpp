@@ -1,0 +1,88 @@
+#include "core/session.h"
+
+#include "platform/forms/runtime_error.h"
+
+#include <cstdlib>
+
+namespace qbpd {
+
+Session::Session() {
+  Declare("gsTempLoc", gsTempLoc);
+  Declare("gsThumbnailFolder", gsThumbnailFolder);
+  Declare("gsToJpgFolder", gsToJpgFolder);
+  Declare("gsDesktopPath", gsDesktopPath);
+  Declare("gsSystemFolder", gsSystemFolder);
+  Declare("gsScrIniPath", gsScrIniPath);
+  Declare("gsCommandLine", gsCommandLine);
+  Declare("gbLoadInProgress", gbLoadInProgress);
+  Declare("gbQuitRequested", gbQuitRequested);
+  Declare("gbCacheEnable", gbCacheEnable);
+  Declare("gsCobrandId", gsCobrandId);
+  Declare("gsAppTitle", gsAppTitle);
+  Declare("gsRegistryRoot", gsRegistryRoot);
+  Declare("gsPrefKey", gsPrefKey);
+  Declare("gbExplorerTimerOn", gbExplorerTimerOn);
+  Declare("giCurrentOperation", giCurrentOperation);
+  Declare("gsShareSubject", gsShareSubject);
+  Declare("gsShareMessage", gsShareMessage);
+  Declare("gsSelectedFolder", gsSelectedFolder);
+  Declare("gsSelectedImage", gsSelectedImage);
+  Declare("giCurrentPhotoIndex", giCurrentPhotoIndex);
+  Declare("gsThumbnailPath", gsThumbnailPath);
+  Declare("glRotationAngle", glRotationAngle);
+  Declare("gbRotationPending", gbRotationPending);
+  Declare("gsAuthCode", gsAuthCode);
+  Declare("gsUserEmail", gsUserEmail);
+  Declare("gsAlbumId", gsAlbumId);
+  Declare("gsAccountStatus", gsAccountStatus);
+  DeclareDictionary("gdicPhotoList", gdicPhotoList);
+  DeclareDictionary("gdicSelectedPhotos", gdicSelectedPhotos);
+}
+
+void Session::DeclareDictionary(std::string name, const PhotoDictionary& dic) {
+  dictionaries_[std::move(name)] = &dic;
+}
+
+Value Session::Get(std::string_view name) const {
+  if (auto it = scalars_.find(name); it != scalars_.end()) {
+    return it->second.get();
+  }
+  // "gdic.Count" and "gdic(key)".
+  size_t dot = name.find(".Count");
+  size_t paren = name.find('(');
+  std::string_view base = name.substr(0, std::min(dot, paren));
+  if (auto it = dictionaries_.find(base); it != dictionaries_.end()) {
+    const PhotoDictionary& dic = *it->second;
+    if (dot != std::string_view::npos && dot + 6 == name.size()) {
+      return dic.Count();
+    }
+    if (paren != std::string_view::npos && name.back() == ')') {
+      std::string key(name.substr(paren + 1, name.size() - paren - 2));
+      return dic.Item(std::atoi(key.c_str()));
+    }
+  }
+  throw RuntimeError(kErrNoSuchProperty,
+                     "The session has no value " + std::string(name));
+}
+
+void Session::Set(std::string_view name, const Value& v) {
+  auto it = scalars_.find(name);
+  if (it == scalars_.end()) {
+    throw RuntimeError(kErrNoSuchProperty,
+                       "The session has no value " + std::string(name));
+  }
+  it->second.set(v);
+}
+
+std::vector<std::string> Session::Names() const {
+  std::vector<std::string> out;
+  for (const auto& [name, b] : scalars_) {
+    out.push_back(name);
+  }
+  for (const auto& [name, d] : dictionaries_) {
+    out.push_back(name);
+  }
+  return out;
+}
+
+}  // namespace qbpd

@@ -1,0 +1,100 @@
+#ifndef QBPD_CORE_SESSION_H_
+#define QBPD_CORE_SESSION_H_
+
+#include "core/keyed_collection.h"
+#include "core/ordered_dictionary.h"
+#include "platform/forms/value.h"
+
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qbpd {
+
+// Photo index to full path: the photo list and the selection.
+using PhotoDictionary = OrderedDictionary<int, std::string>;
+
+// The program-wide values of one run, by the names the program gives them.
+// They live as long as the application object that owns them; nothing else
+// is program-wide. Every value can also be read and written by name, for the
+// headless driver and the tests.
+class Session {
+ public:
+  Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  // --- start-up and the work folders ---------------------------------------
+  std::string gsTempLoc;
+  std::string gsThumbnailFolder;
+  std::string gsToJpgFolder;
+  std::string gsDesktopPath;
+  std::string gsSystemFolder;
+  std::string gsScrIniPath;
+  std::string gsCommandLine;
+  bool gbLoadInProgress = false;
+  bool gbQuitRequested = false;
+  bool gbCacheEnable = false;
+  std::string gsCobrandId;
+  std::string gsAppTitle;
+  std::string gsRegistryRoot;
+  std::string gsPrefKey;
+  bool gbExplorerTimerOn = false;
+  int giCurrentOperation = 0;
+  std::string gsShareSubject;
+  std::string gsShareMessage;
+
+  // --- the current folder and photo ----------------------------------------
+  std::string gsSelectedFolder;
+  std::string gsSelectedImage;
+  int giCurrentPhotoIndex = 0;
+  PhotoDictionary gdicPhotoList;
+  PhotoDictionary gdicSelectedPhotos;
+  std::string gsThumbnailPath;
+
+  // --- the editor ----------------------------------------------------------
+  long glRotationAngle = 0;
+  bool gbRotationPending = false;
+
+  // --- the online service --------------------------------------------------
+  std::string gsAuthCode;
+  std::string gsUserEmail;
+  std::string gsAlbumId;
+  std::string gsAccountStatus;
+
+  // Reads a value by name. "gdicPhotoList.Count" gives a dictionary's size and
+  // "gdicPhotoList(3)" its item of key 3. An unknown name is a RuntimeError.
+  Value Get(std::string_view name) const;
+  // Writes a scalar value by name.
+  void Set(std::string_view name, const Value& v);
+  // Every name that Get accepts (dictionaries by their plain name).
+  std::vector<std::string> Names() const;
+
+ protected:
+  // Declares one value for reflection; later parts of the program declare
+  // theirs the same way.
+  template <class T>
+  void Declare(std::string name, T& field);
+  void DeclareDictionary(std::string name, const PhotoDictionary& dic);
+
+ private:
+  struct Binding {
+    std::function<Value()> get;
+    std::function<void(const Value&)> set;
+  };
+  std::map<std::string, Binding, std::less<>> scalars_;
+  std::map<std::string, const PhotoDictionary*, std::less<>> dictionaries_;
+};
+
+template <class T>
+void Session::Declare(std::string name, T& field) {
+  T* p = &field;
+  scalars_[std::move(name)] = Binding{[p] { return Value(*p); },
+                                      [p](const Value& v) { *p = v.As<T>(); }};
+}
+
+}  // namespace qbpd
+
+#endif  // QBPD_CORE_SESSION_H_
