@@ -246,26 +246,23 @@ void Click(Control& control) {
   int y = control.Height() / 2;
   RaiseMouse(control, "MouseDown", 1, x, y);
   RaiseMouse(control, "MouseUp", 1, x, y);
-  switch (control.Kind()) {
-    case ControlKind::kCheckBox: {
-      auto& box = static_cast<CheckBox&>(control);
-      box.SetValue(box.Value() == 1 ? 0 : 1);  // raises Click
-      return;
-    }
-    case ControlKind::kOptionButton: {
-      auto& option = static_cast<OptionButton&>(control);
-      if (!option.Value()) {
-        option.SetValue(true);  // raises Click
-      }
-      return;
-    }
-    case ControlKind::kThumbnail:
-      static_cast<Thumbnail&>(control).SelectThumbnail();
-      return;
-    default:
-      control.Raise("Click");
-      return;
+  if (control.Kind() == ControlKind::kCheckBox) {
+    auto& box = static_cast<CheckBox&>(control);
+    box.SetValue(box.Value() == 1 ? 0 : 1);  // raises Click
+    return;
   }
+  if (control.Kind() == ControlKind::kOptionButton) {
+    auto& option = static_cast<OptionButton&>(control);
+    if (!option.Value()) {
+      option.SetValue(true);  // raises Click
+    }
+    return;
+  }
+  if (control.Kind() == ControlKind::kThumbnail) {
+    static_cast<Thumbnail&>(control).SelectThumbnail();
+    return;
+  }
+  control.Raise("Click");
 }
 
 void DblClick(Control& control) {

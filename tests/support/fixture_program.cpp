@@ -156,6 +156,8 @@ frmFixtureDialog::frmFixtureDialog(Application& app)
   cmdCancel.SetCancel(true);
   On("cmdOK", "Click", &frmFixtureDialog::cmdOK_Click);
   On("cmdCancel", "Click", &frmFixtureDialog::cmdCancel_Click);
+  cmdNote.SetCaption("Note...");
+  On("cmdNote", "Click", &frmFixtureDialog::cmdNote_Click);
 }
 
 void frmFixtureDialog::Form_Load() {
@@ -175,11 +177,31 @@ void frmFixtureDialog::cmdCancel_Click() {
   Unload();
 }
 
+void frmFixtureDialog::cmdNote_Click() {
+  app_.forms().Get<frmFixtureNote>().Show(/*modal=*/true);
+  // Back here only once the note has closed.
+  lblPrompt.SetCaption("note read");
+}
+
+frmFixtureNote::frmFixtureNote(Application& app)
+    : Form(app.host(), std::string(kName)) {
+  SetCaption("Note");
+  lblNote.SetCaption("A note on top of the dialog");
+  cmdClose.SetCaption("Close");
+  On("cmdClose", "Click", &frmFixtureNote::cmdClose_Click);
+}
+
+void frmFixtureNote::cmdClose_Click() {
+  Unload();
+}
+
 void RegisterFixtureProgram(Application& app) {
   app.forms().Register<frmFixture>(
       [&app] { return std::make_unique<frmFixture>(app); });
   app.forms().Register<frmFixtureDialog>(
       [&app] { return std::make_unique<frmFixtureDialog>(app); });
+  app.forms().Register<frmFixtureNote>(
+      [&app] { return std::make_unique<frmFixtureNote>(app); });
   app.SetEntryForm(std::string(frmFixture::kName));
 }
 

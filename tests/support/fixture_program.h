@@ -79,6 +79,7 @@ class frmFixtureDialog : public Form {
   TextBox txtValue{*this, "txtValue"};
   CommandButton cmdOK{*this, "cmdOK"};
   CommandButton cmdCancel{*this, "cmdCancel"};
+  CommandButton cmdNote{*this, "cmdNote"};
 
  protected:
   void Form_Load() override;
@@ -86,11 +87,25 @@ class frmFixtureDialog : public Form {
  private:
   void cmdOK_Click();
   void cmdCancel_Click();
+  void cmdNote_Click();
 
   Application& app_;
 };
 
-// Declares the two forms, with frmFixture as the entry.
+// A second modal level, shown from the dialog.
+class frmFixtureNote : public Form {
+ public:
+  static constexpr std::string_view kName = "frmFixtureNote";
+  explicit frmFixtureNote(Application& app);
+
+  Label lblNote{*this, "lblNote"};
+  CommandButton cmdClose{*this, "cmdClose"};
+
+ private:
+  void cmdClose_Click();
+};
+
+// Declares the three forms, with frmFixture as the entry.
 void RegisterFixtureProgram(Application& app);
 
 }  // namespace qbpd::testing

@@ -146,27 +146,30 @@ TEST_F(RuntimeTest, ModalDialogRunsNestedLoopAndItsFieldsDie) {
 }
 
 TEST_F(RuntimeTest, NestedModalFormsCloseInnermostFirst) {
-  std::vector<std::string> order;
-  host_->Queue("open second level", [&] {
-    // The dialog's cancel opens a message box, then a second modal dialog of
-    // the fixture form itself is not possible; use a plain message box inside
-    // the modal loop instead and close the dialog afterwards.
-    order.push_back("inside " + host_->ModalForm()->Name());
-    user::Click(main().cmdAsk.form().Visible()
-                    ? app_->forms().Find<frmFixtureDialog>()->cmdOK
-                    : main().cmdAsk);
+  std::vector<std::string> modal_seen;
+  auto dialog = [&] { return app_->forms().Find<frmFixtureDialog>(); };
+  host_->Queue("open the note", [&] {
+    modal_seen.push_back(host_->ModalForm()->Name());
+    user::Click(dialog()->cmdNote);
   });
-  host_->QueueMsgBoxAnswer("empty value", [&](const MsgBoxCall& c) {
-    order.push_back("box " + c.prompt);
-    return kIdOk;
+  host_->Queue("dialog is behind the note", [&] {
+    modal_seen.push_back(host_->ModalForm()->Name());
+    EXPECT_THROW(user::Click(dialog()->cmdOK), HostAbort);
   });
-  host_->Queue("cancel", [&] {
-    user::PressKeys(*app_->forms().Find<frmFixtureDialog>(), "{ESC}");
+  host_->Queue("close the note", [&] {
+    user::Click(app_->forms().Find<testing::frmFixtureNote>()->cmdClose);
+  });
+  host_->Queue("back in the dialog", [&] {
+    modal_seen.push_back(host_->ModalForm()->Name());
+    EXPECT_EQ(dialog()->lblPrompt.Caption(), "note read");
+    user::PressKeys(*dialog(), "{ESC}");
   });
   user::Click(main().cmdDialog);
-  EXPECT_EQ(order, (std::vector<std::string>{"inside frmFixtureDialog",
-                                             "box Enter a value"}));
+  EXPECT_EQ(modal_seen,
+            (std::vector<std::string>{"frmFixtureDialog", "frmFixtureNote",
+                                      "frmFixtureDialog"}));
   EXPECT_EQ(main().lblStatus.Caption(), "dialog cancelled");
+  EXPECT_EQ(host_->ModalForm(), nullptr);
 }
 
 TEST_F(RuntimeTest, ModalFormStillOpenAtEndOfScriptAborts) {
