@@ -22,7 +22,8 @@ class SettingsStore {
   // The text of `value` under `key`; "" when either is missing.
   virtual std::string Read(std::string_view key, std::string_view value) = 0;
   // Sets `value` under `key` to `data`, creating the key when missing.
-  [[nodiscard]] virtual bool Write(std::string_view key, std::string_view value,
+  [[nodiscard]] virtual bool Write(std::string_view key,
+                                   std::string_view value,
                                    std::string_view data) = 0;
   // Removes one value; false when it wasn't there or couldn't be removed.
   virtual bool Delete(std::string_view key, std::string_view value) = 0;
