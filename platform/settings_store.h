@@ -38,6 +38,11 @@ class SettingsStore {
 // behind (the headless driver's scripts, tests).
 std::unique_ptr<SettingsStore> MakeMemorySettingsStore();
 
+// The settings database of the program: an SQLite file at `path`, made with
+// mode 0600 (and its folder) on the first write. Two processes may use one
+// file at once; a write waits briefly for the other and never loses a value.
+std::unique_ptr<SettingsStore> MakeSqliteSettingsStore(std::string path);
+
 }  // namespace qbpd
 
 #endif  // QBPD_PLATFORM_SETTINGS_STORE_H_

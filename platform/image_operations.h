@@ -1,0 +1,51 @@
+#ifndef QBPD_PLATFORM_IMAGE_OPERATIONS_H_
+#define QBPD_PLATFORM_IMAGE_OPERATIONS_H_
+
+#include <memory>
+#include <string>
+
+namespace qbpd {
+
+// The image library of the program: thumbnails and, later, rotation,
+// conversion and measures. Paths are full file-system paths. Results follow
+// the library's own convention: 1 means success, 0 failure. A corrupt,
+// truncated, empty or oversized file (above 256 megapixels) or a file that is
+// no image at all fails cleanly with 0; nothing here shows a message.
+class ImageOperations {
+ public:
+  virtual ~ImageOperations() = default;
+
+  // Writes a JPEG thumbnail of `source` to `thumbnail`, replacing it
+  // atomically. `size` and `quality` are the program's fixed parameters (85
+  // and 70): the longer side of the thumbnail is `size` pixels (a smaller
+  // photo is not enlarged) and the JPEG quality is `quality`. The photo's
+  // EXIF orientation is honoured. Returns 1 on success, 0 on failure.
+  virtual int GenerateThumbnailExt(const std::string& source,
+                                   const std::string& thumbnail,
+                                   int size,
+                                   int quality) = 0;
+
+  // Finds or makes the cached thumbnail of `source` and puts the path of that
+  // file, ending in ".qpd", into `buffer` (replacing its content). The cache
+  // is keyed by the photo's path, size in bytes and modification time, so an
+  // edited photo gets a new thumbnail. Returns 1 on success, 0 on failure.
+  virtual int GenerateThumbnailAndBuffer(const std::string& source,
+                                         std::string& buffer,
+                                         int size,
+                                         int quality) = 0;
+
+  // Drops the cached thumbnails of one photo; 1 when something was removed.
+  virtual int DeleteThumbnailFile(const std::string& source) = 0;
+  // Drops the cached thumbnails of every photo directly in `folder`; 1 when
+  // something was removed.
+  virtual int DeleteThumbnailFolder(const std::string& folder) = 0;
+};
+
+// The real library over libvips. `cache_folder` holds the persistent
+// thumbnail cache of the cache-on store; it is made on first use.
+std::unique_ptr<ImageOperations> MakeVipsImageOperations(
+    std::string cache_folder);
+
+}  // namespace qbpd
+
+#endif  // QBPD_PLATFORM_IMAGE_OPERATIONS_H_
