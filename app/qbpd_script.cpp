@@ -3,5 +3,8 @@
 #include "app/program/program.h"
 
 int main(int argc, char** argv) {
-  return qbpd::ScriptMain(argc, argv, qbpd::RegisterProgram);
+  return qbpd::ScriptMain(argc, argv, qbpd::RegisterProgram, [] {
+    // A script's settings live in memory; it says what it needs.
+    return qbpd::MakePlatformServices(qbpd::MakeMemorySettingsStore());
+  });
 }

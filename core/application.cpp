@@ -2,6 +2,9 @@
 
 #include "platform/forms/runtime_error.h"
 
+#include <cctype>
+#include <string_view>
+
 namespace qbpd {
 
 Application::Application(std::unique_ptr<Host> host,
@@ -24,6 +27,55 @@ void Application::Start(std::string command_line) {
   }
   command_line_ = std::move(command_line);
   forms_.Get(entry_form_);
+  forms_.CollectGarbage();
+}
+
+ImageOperations& Application::images() {
+  if (!services_.images) {
+    throw RuntimeError(kErrNoSuchForm, "The run has no image library");
+  }
+  return *services_.images;
+}
+
+bool Application::PrevInstance() {
+  if (!prev_instance_) {
+    prev_instance_ = services_.instance && !services_.instance->Claim();
+  }
+  return *prev_instance_;
+}
+
+bool Application::AskPrevInstanceToComeForward() {
+  return services_.instance && services_.instance->AskFirstToComeForward();
+}
+
+void Application::PollInstanceRequests() {
+  if (!services_.instance || !services_.instance->TakeComeForwardRequest()) {
+    return;
+  }
+  // The program's windows are known by the start of their caption, as a
+  // second start looks for them.
+  constexpr std::string_view kTitle = "QUILLBAY PICTURE DESK";
+  for (Form* form : forms_.Loaded()) {
+    std::string caption = form->Caption().substr(0, kTitle.size());
+    for (char& c : caption) {
+      c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    }
+    if (!form->Visible() || caption != kTitle) {
+      continue;
+    }
+    if (form->WindowState() == kWindowMinimized) {
+      form->Dispatch("come forward",
+                     [form] { form->SetWindowState(kWindowNormal); });
+    }
+  }
+  forms_.CollectGarbage();
+}
+
+void Application::End() {
+  ended_ = true;
+  for (Form* form : forms_.Loaded()) {
+    form->Discard();
+  }
   forms_.CollectGarbage();
 }
 

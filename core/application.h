@@ -4,10 +4,14 @@
 #include "core/session.h"
 #include "platform/forms/form_set.h"
 #include "platform/forms/host.h"
+#include "platform/image_operations.h"
+#include "platform/places.h"
 #include "platform/settings_store.h"
+#include "platform/single_instance.h"
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace qbpd {
@@ -16,6 +20,14 @@ namespace qbpd {
 // the application: real ones in the programs, fakes in tests.
 struct PlatformServices {
   std::unique_ptr<SettingsStore> settings;
+  // Thumbnails and the other image operations.
+  std::unique_ptr<ImageOperations> images;
+  // The lock of the running instance; none means every start is the first.
+  std::unique_ptr<SingleInstance> instance;
+  // Where the program keeps its files; see places.h.
+  Places places;
+  // Folder of the program's read-only files (pictures, help, defaults).
+  std::string resources;
 };
 
 // One run of the program: the host it talks to, the platform services, the
@@ -37,6 +49,25 @@ class Application {
   Session& session() { return session_; }
   FormSet& forms() { return forms_; }
   SettingsStore& settings() { return *services_.settings; }
+  // The image library; a RuntimeError when the run was made without one.
+  ImageOperations& images();
+  const Places& places() const { return services_.places; }
+  const std::string& resources_folder() const { return services_.resources; }
+
+  // App.PrevInstance: whether another instance of the program runs. The
+  // first call decides, and makes this process the running instance when
+  // none is.
+  bool PrevInstance();
+  // From a second start: asks the running instance to come forward.
+  bool AskPrevInstanceToComeForward();
+  // In the running instance: acts on a second start's request, if one came.
+  // The program's windows come forward, and a minimised one is restored,
+  // which raises its Resize event. Hosts call this when they are idle.
+  void PollInstanceRequests();
+
+  // Ends the process's run: unloads every form without asking.
+  void End();
+  bool Ended() const { return ended_; }
 
   // The form that a start loads; its Form_Load runs the start-up.
   void SetEntryForm(std::string name) { entry_form_ = std::move(name); }
@@ -58,6 +89,8 @@ class Application {
   FormSet forms_;
   std::string entry_form_;
   std::string command_line_;
+  std::optional<bool> prev_instance_;
+  bool ended_ = false;
 };
 
 }  // namespace qbpd

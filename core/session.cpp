@@ -29,6 +29,9 @@ Session::Session() {
   Declare("gsSelectedImage", gsSelectedImage);
   Declare("giCurrentPhotoIndex", giCurrentPhotoIndex);
   Declare("gsThumbnailPath", gsThumbnailPath);
+  Declare("giNextPhotoIndex", giNextPhotoIndex);
+  Declare("giPhotoCount", giPhotoCount);
+  Declare("giNoOfRecentFolders", giNoOfRecentFolders);
   Declare("glRotationAngle", glRotationAngle);
   Declare("gbRotationPending", gbRotationPending);
   Declare("gsAuthCode", gsAuthCode);
@@ -37,6 +40,8 @@ Session::Session() {
   Declare("gsAccountStatus", gsAccountStatus);
   DeclareDictionary("gdicPhotoList", gdicPhotoList);
   DeclareDictionary("gdicSelectedPhotos", gdicSelectedPhotos);
+  DeclareDictionary("gdicLoadedControls", gdicLoadedControls);
+  DeclareDictionary("gdicDeletedIndexes", gdicDeletedIndexes);
 }
 
 void Session::DeclareDictionary(std::string name, const PhotoDictionary& dic) {

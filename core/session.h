@@ -3,10 +3,12 @@
 
 #include "core/keyed_collection.h"
 #include "core/ordered_dictionary.h"
+#include "core/resources.h"
 #include "platform/forms/value.h"
 
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -45,14 +47,23 @@ class Session {
   int giCurrentOperation = 0;
   std::string gsShareSubject;
   std::string gsShareMessage;
+  // The branded pictures and texts; made by the splash, released at exit.
+  std::unique_ptr<Resources> goResources;
 
   // --- the current folder and photo ----------------------------------------
   std::string gsSelectedFolder;
   std::string gsSelectedImage;
   int giCurrentPhotoIndex = 0;
   PhotoDictionary gdicPhotoList;
+  // Photo indexes with a thumbnail control loaded in the grid (values "").
+  PhotoDictionary gdicLoadedControls;
+  // Photo indexes deleted since the folder was opened (values "").
+  PhotoDictionary gdicDeletedIndexes;
   PhotoDictionary gdicSelectedPhotos;
+  int giNextPhotoIndex = 0;
+  int giPhotoCount = 0;
   std::string gsThumbnailPath;
+  int giNoOfRecentFolders = 0;
 
   // --- the editor ----------------------------------------------------------
   long glRotationAngle = 0;

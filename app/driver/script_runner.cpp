@@ -10,8 +10,12 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <map>
 #include <optional>
 #include <sstream>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace qbpd {
 namespace {
@@ -236,10 +240,14 @@ class Runner {
       : options_(options), out_(out) {
     auto host = std::make_unique<ScriptedHost>();
     host_ = host.get();
-    PlatformServices services;
+    PlatformServices services =
+        options.make_services ? options.make_services() : PlatformServices{};
     app_ = std::make_unique<Application>(std::move(host), std::move(services),
                                          catalog);
-    host_->SetIdleHook([this] { app_->forms().CollectGarbage(); });
+    host_->SetIdleHook([this] {
+      app_->PollInstanceRequests();
+      app_->forms().CollectGarbage();
+    });
     host_->SetTranscript([this](const std::string& line) {
       out_ << "        " << line << "\n";
     });
@@ -446,6 +454,12 @@ class Runner {
       }
       std::string cmd = t.size() == 2 ? t[1].text : "";
       s.run = [this, cmd] { app_->Start(cmd); };
+    } else if (verb == "second") {
+      if (t.size() < 2 || t.size() > 3 || t[1].text != "start") {
+        throw ScriptSyntaxError("expected: second start [\"command line\"]");
+      }
+      std::string cmd = t.size() == 3 ? t[2].text : "";
+      s.run = [this, cmd] { RunSecondStart(cmd); };
     } else if (verb == "show") {
       if (t.size() < 2 || t.size() > 3 ||
           (t.size() == 3 && t[2].text != "modal")) {
@@ -868,6 +882,24 @@ class Runner {
   const ScriptOptions& options_;
   std::ostream& out_;
   ScriptedHost* host_ = nullptr;
+  // Starts the program a second time, as another process, and waits for it
+  // to end.
+  static void RunSecondStart(const std::string& cmd) {
+    std::error_code error;
+    std::string self = fs::read_symlink("/proc/self/exe", error).string();
+    pid_t pid = fork();
+    if (pid == 0) {
+      execl(self.c_str(), self.c_str(), "--second-start", cmd.c_str(),
+            static_cast<char*>(nullptr));
+      _exit(127);
+    }
+    int status = 0;
+    if (pid < 0 || waitpid(pid, &status, 0) < 0 || !WIFEXITED(status) ||
+        WEXITSTATUS(status) != 0) {
+      throw RuntimeError(kErrInvalidCall, "the second start failed");
+    }
+  }
+
   std::unique_ptr<Application> app_;
   std::map<std::string, std::string> variables_;
   int current_line_ = 0;
@@ -900,9 +932,31 @@ ScriptResult RunScript(const ScriptOptions& options,
     temp = pattern;
     made_temp = true;
   }
+  std::map<std::string, std::string> places;
+  if (options.private_places) {
+    const std::string home = temp + "/home";
+    places = {{"HOME", home},
+              {"XDG_CONFIG_HOME", home + "/.config"},
+              {"XDG_DATA_HOME", home + "/.local/share"},
+              {"XDG_CACHE_HOME", home + "/.cache"},
+              {"XDG_RUNTIME_DIR", temp + "/run"}};
+    for (const auto& [name, value] : places) {
+      fs::create_directories(value);
+      setenv(name.c_str(), value.c_str(), 1);
+    }
+    chmod((temp + "/run").c_str(), 0700);
+    fs::create_directories(home + "/Desktop");
+    fs::create_directories(home + "/Pictures");
+    places["DESKTOP"] = home + "/Desktop";
+    places["PICTURES"] = home + "/Pictures";
+    places["DATA"] = home + "/.local/share/quillbay-picture-desk";
+  }
   {
     Runner runner(options, catalog, out);
     runner.SetVariable("TMP", temp);
+    for (const auto& [name, value] : places) {
+      runner.SetVariable(name, value);
+    }
     runner.SetVariable(
         "SCRIPT_DIR",
         fs::absolute(fs::path(options.script_path)).parent_path().string());
@@ -965,11 +1019,26 @@ void DescribeControls(std::ostream& out) {
   describe(WebView(form, "w"));
 }
 
-int ScriptMain(int argc, char** argv, const Application::Catalog& catalog) {
+int ScriptMain(int argc,
+               char** argv,
+               const Application::Catalog& catalog,
+               std::function<PlatformServices()> make_services) {
   ScriptOptions options;
+  options.make_services = make_services;
   for (int i = 1; i < argc; ++i) {
     std::string arg = argv[i];
-    if (arg == "--tmp" && i + 1 < argc) {
+    if (arg == "--second-start" && i + 1 < argc) {
+      PlatformServices services =
+          make_services ? make_services() : PlatformServices{};
+      auto host = std::make_unique<ScriptedHost>();
+      ScriptedHost& scripted = *host;
+      Application app(std::move(host), std::move(services), catalog);
+      app.Start(argv[i + 1]);
+      scripted.Run();
+      return 0;
+    } else if (arg == "--user-places") {
+      options.private_places = false;
+    } else if (arg == "--tmp" && i + 1 < argc) {
       options.temp_dir = argv[++i];
     } else if (arg == "--keep-tmp") {
       options.keep_temp = true;

@@ -3,6 +3,7 @@
 
 #include "core/application.h"
 
+#include <functional>
 #include <iosfwd>
 #include <string>
 #include <vector>
@@ -16,6 +17,12 @@ struct ScriptOptions {
   // Folder for ${TMP}; "" makes a private one and removes it afterwards.
   std::string temp_dir;
   bool keep_temp = false;
+  // Makes the platform services of the run, after the run's places are set;
+  // null gives a run with settings in memory and nothing else.
+  std::function<PlatformServices()> make_services;
+  // Points HOME and the XDG folders into the run's temporary folder, so that
+  // a script never touches the user's own settings, cache or desktop.
+  bool private_places = true;
 };
 
 struct ScriptResult {
@@ -30,9 +37,15 @@ ScriptResult RunScript(const ScriptOptions& options,
                        const Application::Catalog& catalog,
                        std::ostream& out);
 
-// The driver's command line: `qbpd-script [--settings DB] [--tmp DIR]
-// [--keep-tmp] SCRIPT`. Returns the process exit code.
-int ScriptMain(int argc, char** argv, const Application::Catalog& catalog);
+// The driver's command line: `qbpd-script [--tmp DIR] [--keep-tmp]
+// [--user-places] SCRIPT`, or `qbpd-script --second-start "CMD"`, which
+// starts the program once with that command line and returns when it is
+// idle (what a second start of the program does). Returns the process exit
+// code.
+int ScriptMain(int argc,
+               char** argv,
+               const Application::Catalog& catalog,
+               std::function<PlatformServices()> make_services = nullptr);
 
 // Describes every control kind and its properties, for the docs.
 void DescribeControls(std::ostream& out);

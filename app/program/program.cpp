@@ -1,12 +1,35 @@
 #include "app/program/program.h"
 
-#include "core/application.h"
+#include "browser/frm_main_window.h"
+#include "core/frm_splash.h"
 
 namespace qbpd {
 
 void RegisterProgram(Application& app) {
-  // The subsystems add their forms here as they arrive.
+  Application* a = &app;
+  app.forms().Register<frmSplash>(
+      [a] { return std::make_unique<frmSplash>(*a); });
+  app.forms().Register<frmMainWindow>(
+      [a] { return std::make_unique<frmMainWindow>(*a); });
   app.SetEntryForm("frmSplash");
+}
+
+PlatformServices MakePlatformServices(std::unique_ptr<SettingsStore> settings) {
+  PlatformServices services;
+  services.places = FindPlaces();
+  services.settings =
+      settings
+          ? std::move(settings)
+          : MakeSqliteSettingsStore(services.places.config + "/settings.db");
+  services.images =
+      MakeVipsImageOperations(services.places.cache + "/thumbnails");
+  std::string runtime =
+      services.places.runtime.empty()
+          ? MakePrivateTempFolder(services.places)
+          : services.places.runtime + "/quillbay-picture-desk";
+  services.instance = MakeSingleInstance(runtime);
+  services.resources = FindResourcesFolder(services.places);
+  return services;
 }
 
 }  // namespace qbpd

@@ -1,12 +1,16 @@
 #ifndef QBPD_APP_PROGRAM_PROGRAM_H_
 #define QBPD_APP_PROGRAM_PROGRAM_H_
 
-namespace qbpd {
+#include "core/application.h"
 
-class Application;
+namespace qbpd {
 
 // Declares every form of the program and its entry form, frmSplash.
 void RegisterProgram(Application& app);
+
+// The platform services of a run, found from the environment (see places.h).
+// `settings` is the store to use; null means the user's settings database.
+PlatformServices MakePlatformServices(std::unique_ptr<SettingsStore> settings);
 
 }  // namespace qbpd
 

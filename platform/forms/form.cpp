@@ -183,6 +183,14 @@ bool Form::Unload(int unload_mode) {
   if (cancel != 0 || unloaded_) {
     return unloaded_;
   }
+  Discard();
+  return true;
+}
+
+void Form::Discard() {
+  if (unloaded_) {
+    return;
+  }
   unloaded_ = true;
   if (visible_) {
     host_.HideForm(*this);
@@ -197,7 +205,6 @@ bool Form::Unload(int unload_mode) {
   if (set_ != nullptr) {
     set_->Release(*this);
   }
-  return true;
 }
 
 void Form::PopupMenu(Menu& menu, int x, int y) {

@@ -85,6 +85,9 @@ class Form {
   void Hide();
   // Asks QueryUnload, then Unload; true when the form went away.
   bool Unload(int unload_mode = kUnloadFromCode);
+  // Takes the form away without its QueryUnload and Unload events, as the
+  // end of the process does.
+  void Discard();
   bool Visible() const { return visible_; }
   bool IsModal() const { return modal_; }
 

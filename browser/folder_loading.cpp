@@ -1,0 +1,509 @@
+// Folder loading: from a click in the folder tree to the photo list, the
+// thumbnails of the first photos, and the photo handed over on the command
+// line.
+#include "browser/frm_main_window.h"
+#include "core/quil_mod.h"
+
+#include <filesystem>
+
+namespace qbpd {
+namespace fs = std::filesystem;
+namespace {
+
+// The tree's own name for the desktop.
+constexpr std::string_view kDesktop = "Desktop";
+// A value of mbMouseDownOnTreeview: a button or key is down in the tree.
+constexpr int kTreeButtonDown = 5;
+// Thumbnails made during a load; the others come as the grid scrolls.
+constexpr int kLoadedDuringLoad = 9;
+constexpr int kThumbnailSize = 85;
+constexpr int kThumbnailQuality = 70;
+constexpr int kFirstThumbnailTop = 100;
+// The panel grows by this much per row of two photos.
+constexpr double kPanelRowStep = 1585;
+
+std::string WithSeparator(std::string path) {
+  if (path.empty() || path.back() != '/') {
+    path += '/';
+  }
+  return path;
+}
+
+std::string DoubleAmpersands(const std::string& text) {
+  std::string out;
+  for (char c : text) {
+    out += c;
+    if (c == '&') {
+      out += '&';
+    }
+  }
+  return out;
+}
+
+// The name of a folder as the file system gives it; the root's own text when
+// it has none.
+std::string FolderName(const std::string& folder) {
+  fs::path path(folder);
+  if (!folder.empty() && folder.back() == '/' && folder.size() > 1) {
+    path = fs::path(folder.substr(0, folder.size() - 1));
+  }
+  std::string name = path.filename().string();
+  return name.empty() ? folder : name;
+}
+
+}  // namespace
+
+// --- the folder tree ---------------------------------------------------------
+
+void frmMainWindow::ExpTreeView_Down() {
+  mbMouseDownOnTreeview = kTreeButtonDown;
+}
+
+void frmMainWindow::ExpTreeView_Up() {
+  tmrDblClick.SetEnabled(true);
+}
+
+void frmMainWindow::ExpTreeView_FolderClick() {
+  if (mbFirstLoad) {
+    return;
+  }
+  mbFolderClickPending = true;
+  if (mbMouseDownOnTreeview != kTreeButtonDown) {
+    tmrDblClick_Timer();
+  }
+}
+
+void frmMainWindow::tmrDblClick_Timer() {
+  tmrDblClick.SetEnabled(false);
+  if (!mbFolderClickPending) {
+    return;
+  }
+  mbFolderClickPending = false;
+  mbMouseDownOnTreeview = 0;
+  if (!s_.gsCommandLine.empty() || mbFirstLoad) {
+    SetPhotosSelectedCaption();
+    return;
+  }
+  s_.gsCommandLine.clear();
+  tmrExplorer.SetEnabled(false);
+  if (mbEditImageText) {
+    // The rename in the grid is committed with the grid; while it stays open
+    // the tree moves on without a load.
+    tmrExplorer.SetEnabled(s_.gbExplorerTimerOn);
+    ExpTreeView.SetFocus();
+    return;
+  }
+  SaveImage();
+  lblPhotosSelect.SetCaption("");
+  std::error_code ignored;
+  if (!s_.gsTempLoc.empty()) {
+    fs::remove_all(s_.gsTempLoc + "Thumbnails", ignored);
+  }
+  mbFolderChanging = true;
+  lblPhotosSelect.SetVisible(false);
+  ctrlImageListVScroll.SetValue(0);
+  ctrlImageListVScroll.SetVisible(false);
+  ResetPhotoModel();
+  if (mbOpeningFromCommand) {
+    tmrExplorer.SetEnabled(s_.gbExplorerTimerOn);
+    return;
+  }
+  for (Menu* menu : {&mnuFile, &mnuEdit, &mnuPhoto, &mnuView}) {
+    menu->SetEnabled(false);
+  }
+  const std::string selected = ExpTreeView.SelectedFolder();
+  ShowFolderLabel(selected);
+  std::string folder = WithSeparator(selected);
+  s_.gsSelectedFolder =
+      folder == std::string(kDesktop) + "/" ? s_.gsDesktopPath : folder;
+  std::string to_load =
+      s_.gsSelectedFolder.empty() ? selected : s_.gsSelectedFolder;
+  bool result = true;
+  LoadImagesOnFolderClick(to_load, result);
+  mbFolderChanging = false;
+  if (s_.gdicPhotoList.Count() > 0) {
+    SetPhotosSelectedCaption();
+    lblPhotosSelect.SetVisible(true);
+  }
+  setscrollBar();
+  WriteRecentFolder(s_.gsSelectedFolder);
+  if (s_.gdicPhotoList.Count() > 0) {
+    tmrExplorer.SetEnabled(s_.gbExplorerTimerOn);
+  }
+  SetControlsEnabled();
+  mnuFile.SetEnabled(true);
+  mnuEdit.SetEnabled(true);
+}
+
+void frmMainWindow::ShowFolderLabel(const std::string& selected) {
+  std::string name =
+      selected == kDesktop ? std::string(kDesktop) : FolderName(selected);
+  name = DoubleAmpersands(name);
+  lblExpFolderPath.SetCaption(name.size() < 16 ? name
+                                               : name.substr(0, 15) + "...");
+}
+
+void frmMainWindow::ResetPhotoModel() {
+  for (int key : s_.gdicLoadedControls.Keys()) {
+    if (key != 0 && ctrlQuilImage.Exists(key)) {
+      ctrlQuilImage.Unload(key);
+    }
+  }
+  host().DoEvents();
+  s_.gdicPhotoList.RemoveAll();
+  s_.gdicLoadedControls.RemoveAll();
+  s_.gdicDeletedIndexes.RemoveAll();
+  s_.gdicSelectedPhotos.RemoveAll();
+  s_.giNextPhotoIndex = 0;
+  s_.giPhotoCount = 0;
+}
+
+void frmMainWindow::ResetGrid() {
+  Thumbnail& first = ctrlQuilImage[0];
+  first.SetVisible(false);
+  first.SetCheck(false, false);
+  for (int key : s_.gdicLoadedControls.Keys()) {
+    if (key != 0 && ctrlQuilImage.Exists(key)) {
+      ctrlQuilImage.Unload(key);
+    }
+  }
+  host().DoEvents();
+  s_.gdicPhotoList.RemoveAll();
+  s_.gdicLoadedControls.RemoveAll();
+  s_.gdicDeletedIndexes.RemoveAll();
+  s_.gdicSelectedPhotos.RemoveAll();
+  picImagelistInnerCont.SetHeight(picImageListCont.Height() -
+                                  cmdImageListHead.Height());
+  first.SetTop(kFirstThumbnailTop);
+  first.SetPhotoIndex(0);
+  picImageText.SetVisible(false);
+  s_.gsCommandLine.clear();
+}
+
+void frmMainWindow::RemakeThumbnailFolder() {
+  if (s_.gsTempLoc.empty()) {
+    return;
+  }
+  std::error_code ignored;
+  fs::remove_all(s_.gsTempLoc + "Thumbnails", ignored);
+  MakeFolders(s_.gsTempLoc + "Thumbnails", 0700);
+}
+
+// --- the load ----------------------------------------------------------------
+
+bool frmMainWindow::GenerateThumbnail(const std::string& source) {
+  if (s_.gbCacheEnable) {
+    std::string buffer(1000, ' ');
+    int made = app_.images().GenerateThumbnailAndBuffer(
+        source, buffer, kThumbnailSize, kThumbnailQuality);
+    if (made == 1) {
+      if (size_t at = buffer.find(".qpd"); at != std::string::npos) {
+        buffer.resize(at + 4);
+      }
+    }
+    s_.gsThumbnailPath = buffer;
+    return made != 0;
+  }
+  s_.gsThumbnailPath = s_.gsThumbnailFolder + FileNamePart(source) + ".jpg";
+  return app_.images().GenerateThumbnailExt(source, s_.gsThumbnailPath,
+                                            kThumbnailSize,
+                                            kThumbnailQuality) == 1;
+}
+
+void frmMainWindow::LoadImagesOnFolderClick(std::string& folder, bool& result) {
+  result = true;
+  s_.gbLoadInProgress = true;
+  host().SetMousePointer(kPointerHourglass);
+  picExplorerCont.SetEnabled(false);
+
+  int index = 0;
+  if (mbCommandFolderLoad && mbCommandPhotoOk) {
+    index = 1;
+  } else if (mbCommandFolderLoad) {
+    host().MsgBox(
+        "Failed to load the selected photo. The rest of the photos in the "
+        "folder are being loaded.",
+        kMbInformation, s_.gsAppTitle);
+    ResetGrid();
+  } else {
+    SaveImage();
+    ResetGrid();
+    RemakeThumbnailFolder();
+  }
+  picImagelistInnerCont.SetTop(cmdImageListHead.Height());
+
+  // The folder's files, in the order the file system gives them.
+  std::vector<std::string> files;
+  std::error_code error;
+  for (fs::directory_iterator it(folder, error), end; !error && it != end;
+       it.increment(error)) {
+    std::error_code type_error;
+    if (it->is_regular_file(type_error)) {
+      files.push_back(it->path().string());
+    }
+  }
+  miFileCount = static_cast<int>(files.size());
+  auto finish_empty = [&] {
+    lblPhotosSelect.SetCaption("No photo(s) exists.");
+    lblPhotosSelect.SetVisible(true);
+    host().SetMousePointer(kPointerDefault);
+    picImagelistInnerCont.SetVisible(false);
+    picExplorerCont.SetEnabled(true);
+    s_.gbLoadInProgress = false;
+  };
+  if (miFileCount < 1) {
+    finish_empty();
+    SetControlsEnabled();
+    return;
+  }
+
+  const std::string commanded = UpperCase(s_.gsCommandLine);
+  bool past_ten = false;
+  for (const std::string& path : files) {
+    if (s_.gbQuitRequested) {
+      s_.gbLoadInProgress = false;
+      result = false;
+      return;
+    }
+    if (!commanded.empty() && commanded == UpperCase(path)) {
+      continue;
+    }
+    if (!IsPhotoExtension(UpperExtension(path))) {
+      continue;
+    }
+    if (past_ten) {
+      s_.gdicPhotoList.Add(index, path);
+    } else {
+      lblPhotosSelect.SetVisible(true);
+      picImagelistInnerCont.SetVisible(true);
+      if (GenerateThumbnail(path)) {
+        s_.gdicPhotoList.Add(index, path);
+        s_.gdicLoadedControls.Add(index, "");
+        Thumbnail& thumb = index > 0 ? (ctrlQuilImage.Exists(index)
+                                            ? ctrlQuilImage[index]
+                                            : ctrlQuilImage.Load(index))
+                                     : ctrlQuilImage[0];
+        thumb.SetPhotoIndex(index);
+        if (index > 0) {
+          PlaceThumbnail(index);
+        }
+        thumb.LoadThumbnail(s_.gsThumbnailPath);
+        thumb.SetPhotoPath(path);
+        thumb.SetToolTipText(FileNamePart(path));
+        thumb.SetVisible(true);
+        thumb.SetTag("U");
+        if (index == 0) {
+          thumb.SelectThumbnail();
+          host().SetMousePointer(kPointerHourglass);
+        }
+        host().DoEvents();
+      } else {
+        // The photo is left out, and the next one takes its index.
+        if (ctrlQuilImage.Exists(index)) {
+          ctrlQuilImage[index].SetVisible(false);
+        }
+        --index;
+      }
+      if (index == kLoadedDuringLoad) {
+        miLastLoadedControl = kLoadedDuringLoad;
+        past_ten = true;
+      } else {
+        miLastLoadedControl = std::max(index, 0);
+      }
+    }
+    ++index;
+    picImagelistInnerCont.SetVisible(true);
+    if (s_.gbQuitRequested) {
+      s_.gbLoadInProgress = false;
+      result = false;
+      return;
+    }
+  }
+
+  picExplorerCont.SetEnabled(true);
+  s_.giNextPhotoIndex = index;
+  s_.giPhotoCount = index;
+  const double rows = index % 2 == 1 ? index / 2.0 + 1 : index / 2;
+  picImagelistInnerCont.SetHeight(static_cast<int>(rows * kPanelRowStep));
+  if (index != 0) {
+    s_.giPhotoCount = s_.gdicPhotoList.Count();
+    SetControlsEnabled();
+    setscrollBar();
+    picImagelistInnerCont.SetVisible(true);
+    SetPhotosSelectedCaption();
+    host().SetMousePointer(kPointerDefault);
+    s_.gbLoadInProgress = false;
+    return;
+  }
+  finish_empty();
+  ctrlImageListVScroll.SetVisible(false);
+  SetControlsEnabled();
+  SetPhotosSelectedCaption();
+}
+
+// --- a photo handed over on the command line
+// -----------------------------------
+
+void frmMainWindow::OpenCommandImage() {
+  std::string path = GetLongPathName(s_.gsCommandLine);
+  if (path.empty()) {
+    path = s_.gsCommandLine;
+  }
+  s_.gdicSelectedPhotos.RemoveAll();
+  for (int key : s_.gdicLoadedControls.Keys()) {
+    if (!ctrlQuilImage.Exists(key)) {
+      continue;
+    }
+    Thumbnail& thumb = ctrlQuilImage[key];
+    if (key > 0) {
+      mdicStaleControls.Set(key, "");
+      thumb.SetVisible(false);
+    } else {
+      thumb.SetVisible(false);
+      thumb.SetCheck(false, false);
+      thumb.SetTag("U");
+    }
+  }
+  if (ctrlImageListVScroll.Visible()) {
+    ctrlImageListVScroll.SetValue(0);
+    picImagelistInnerCont.SetTop(cmdImageListHead.Height());
+    picImagelistInnerCont.SetHeight(picImageListCont.Height() -
+                                    cmdImageListHead.Height());
+    RemakeThumbnailFolder();
+  }
+  s_.giNextPhotoIndex = 0;
+
+  std::string load_folder;
+  if (!FileNamePart(path).empty()) {
+    mbOpeningFromCommand = true;
+    Thumbnail& first = ctrlQuilImage[0];
+    first.LoadThumbnail("");
+    first.SetVisible(false);
+    first.SetCheck(false, false);
+    first.SetTag("U");
+    s_.gdicPhotoList.RemoveAll();
+    s_.gdicLoadedControls.RemoveAll();
+    s_.gdicSelectedPhotos.RemoveAll();
+    s_.giPhotoCount = 1;
+    if (path.find('~') != std::string::npos) {
+      mbCommandFolderLoad = false;
+      std::string parent = GetLongPathName(ParentFolder(path));
+      if (parent.size() >= 2 && parent.substr(parent.size() - 2) == "/.") {
+        parent.resize(parent.size() - 2);
+      }
+      s_.gsSelectedFolder = parent;
+    } else {
+      mbOpeningFromCommand = false;
+      if (!GenerateThumbnail(path)) {
+        mbCommandPhotoOk = false;
+        mbCommandFolderLoad = false;
+        s_.gsSelectedFolder = ParentFolder(path);
+      } else {
+        mbCommandPhotoOk = true;
+        s_.gsSelectedImage = path;
+        s_.gdicPhotoList.Add(0, path);
+        s_.gdicLoadedControls.Add(0, "");
+        ++s_.giNextPhotoIndex;
+        first.LoadThumbnail(s_.gsThumbnailPath);
+        first.SetPhotoPath(path);
+        first.SetPhotoIndex(0);
+        first.SetToolTipText(FileNamePart(path));
+        first.SetTop(kFirstThumbnailTop);
+        first.SetVisible(true);
+        first.SelectThumbnail();
+        picImagelistInnerCont.SetVisible(true);
+        picImagelistInnerCont.SetTop(cmdImageListHead.Height());
+        s_.gsSelectedFolder = ParentFolder(path);
+        mbCommandFolderLoad = true;
+      }
+    }
+    lblExpFolderPath.SetCaption(
+        s_.gsDesktopPath == s_.gsSelectedFolder + "/"
+            ? std::string(kDesktop)
+            : DoubleAmpersands(FolderName(s_.gsSelectedFolder)));
+    load_folder = s_.gsSelectedFolder;
+    const std::string upper = UpperCase(load_folder);
+    const std::string cache = UpperCase(GetInternetCachePath(app_));
+    const std::string temp = UpperCase(GetLongPathName(s_.gsTempLoc));
+    const bool in_cache = upper.find(cache) != std::string::npos;
+    const bool in_temp = !temp.empty() && upper.find(temp) != std::string::npos;
+    if (!in_cache && !in_temp) {
+      bool result = true;
+      LoadImagesOnFolderClick(load_folder, result);
+    }
+  }
+  mbCommandFolderLoad = false;
+  lblPhotosSelect.SetCaption("0 of " + std::to_string(s_.giPhotoCount) +
+                             " photo(s) selected");
+  lblPhotosSelect.SetVisible(true);
+  lblExpFolderPath.SetVisible(true);
+  mbOpeningFromCommand = false;
+  SetControlsEnabled();
+  if (UpperCase(load_folder).find(UpperCase(GetInternetCachePath(app_))) ==
+      std::string::npos) {
+    WriteRecentFolder(s_.gsSelectedFolder);
+  }
+  if (ExpTreeView.SelectedFolder() != kDesktop) {
+    ShowFolderLabel(ExpTreeView.SelectedFolder().empty()
+                        ? s_.gsSelectedFolder
+                        : ExpTreeView.SelectedFolder());
+  }
+}
+
+void frmMainWindow::RefreshCurrentFolder() {
+  if (mbEditImageText) {
+    return;
+  }
+  SaveImage();
+  if (!ExpTreeView.Visible()) {
+    ExpTreeView.SetVisible(true);
+    mbExplorerOpen = true;
+  }
+  std::error_code ignored;
+  if (!s_.gsTempLoc.empty()) {
+    fs::remove_all(s_.gsTempLoc + "Thumbnails", ignored);
+  }
+  mbFolderChanging = true;
+  lblPhotosSelect.SetVisible(false);
+  ctrlImageListVScroll.SetValue(0);
+  ctrlImageListVScroll.SetVisible(false);
+  for (int key : s_.gdicLoadedControls.Keys()) {
+    if (key != 0 && ctrlQuilImage.Exists(key)) {
+      ctrlQuilImage.Unload(key);
+    }
+  }
+  Thumbnail& first = ctrlQuilImage[0];
+  first.SetVisible(false);
+  first.SetCheck(false, false);
+  first.SetTag("U");
+  picImageText.SetVisible(false);
+  host().DoEvents();
+  s_.gdicPhotoList.RemoveAll();
+  s_.gdicLoadedControls.RemoveAll();
+  s_.gdicDeletedIndexes.RemoveAll();
+  s_.gdicSelectedPhotos.RemoveAll();
+  s_.giNextPhotoIndex = 0;
+  s_.giPhotoCount = 0;
+  if (!mbOpeningFromCommand) {
+    for (Menu* menu : {&mnuFile, &mnuEdit, &mnuPhoto, &mnuView}) {
+      menu->SetEnabled(false);
+    }
+    bool result = true;
+    std::string folder = s_.gsSelectedFolder;
+    LoadImagesOnFolderClick(folder, result);
+    mbFolderChanging = false;
+    if (s_.gdicPhotoList.Count() > 0) {
+      lblPhotosSelect.SetVisible(true);
+    }
+    setscrollBar();
+    if (s_.gdicPhotoList.Count() > 0) {
+      WriteRecentFolder(s_.gsSelectedFolder);
+    }
+    SetControlsEnabled();
+    mnuFile.SetEnabled(true);
+    mnuEdit.SetEnabled(true);
+  }
+  tmrExplorer.SetEnabled(s_.gbExplorerTimerOn);
+}
+
+}  // namespace qbpd

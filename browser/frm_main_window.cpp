@@ -1,0 +1,410 @@
+#include "browser/frm_main_window.h"
+
+#include "core/quil_mod.h"
+
+#include <filesystem>
+
+namespace qbpd {
+namespace fs = std::filesystem;
+namespace {
+
+// The smallest window, in twips.
+constexpr int kMinHeight = 9000;
+constexpr int kMinWidth = 12845;
+constexpr int kInitialLoadMs = 200;
+constexpr int kDblClickMs = 300;
+constexpr int kQueryUnloadMs = 100;
+constexpr int kCameraMs = 400;
+constexpr int kThumbnailHeight = 1455;
+
+// Grid pane geometry, in twips.
+constexpr int kExplorerWidth = 3000;
+constexpr int kListWidth = 3300;
+constexpr int kHeadHeight = 300;
+
+constexpr std::string_view kShareSubject =
+    "You're invited to view my online photos";
+constexpr std::string_view kShareMessage =
+    "You 're invited to see my photos on Quillbay! You can order prints of any "
+    "photo in my online album(s).";
+
+int ToInt(const std::string& text) {
+  try {
+    return std::stoi(text);
+  } catch (const std::exception&) {
+    return 0;
+  }
+}
+
+}  // namespace
+
+frmMainWindow::frmMainWindow(Application& app)
+    : Form(app.host(), std::string(kName)), app_(app), s_(app.session()) {
+  Move(0, 0, kMinWidth, kMinHeight);
+  ExpTreeView.SetContainer("picExplorerCont");
+  lblExpFolderPath.SetContainer("picExplorerCont");
+  imgBrowseClose.SetContainer("picExplorerCont");
+  lstFiles.SetVisible(false);
+  cmdImageListHead.SetContainer("picImageListCont");
+  picImagelistInnerCont.SetContainer("picImageListCont");
+  ctrlQuilImage[0].SetContainer("picImagelistInnerCont");
+  ctrlQuilImage[0].Move(0, 100, kThumbnailHeight, kThumbnailHeight);
+  ctrlQuilImage[0].SetVisible(false);
+  ctrlImageListVScroll.SetContainer("picImageListCont");
+  ctrlImageListVScroll.SetVertical(true);
+  ctrlImageListVScroll.SetVisible(false);
+  ctlDisplayImage.SetContainer("picDisplayImageCont");
+  picImageText.SetContainer("picDisplayImageCont");
+  picImageText.SetVisible(false);
+  lblDisplayImageName.SetContainer("picImageText");
+  txtFileName.SetContainer("picImageText");
+  txtFileName.SetVisible(false);
+
+  tmrIniitialLoad.SetInterval(kInitialLoadMs);
+  tmrDblClick.SetInterval(kDblClickMs);
+  tmrQueryUnload.SetInterval(kQueryUnloadMs);
+  timerCamera.SetInterval(kCameraMs);
+
+  mnuFile.SetCaption("&File");
+  mnuFRecFolders[0].SetContainer("mnuFile");
+  mnuFRecFolders[0].SetVisible(false);
+  mnuFSep2.SetContainer("mnuFile");
+  mnuFSep2.SetCaption("-");
+  mnuFSep2.SetVisible(false);
+  mnuFExit.SetContainer("mnuFile");
+  mnuFExit.SetCaption("E&xit");
+  mnuEdit.SetCaption("&Edit");
+  mnuERefresh.SetContainer("mnuEdit");
+  mnuERefresh.SetCaption("&Refresh");
+  mnuERefresh.SetShortcut("F5");
+  mnuPhoto.SetCaption("&Photo");
+  mnuView.SetCaption("&View");
+
+  On("tmrIniitialLoad", "Timer", &frmMainWindow::tmrIniitialLoad_Timer);
+  On("tmrQueryUnload", "Timer", &frmMainWindow::tmrQueryUnload_Timer);
+  On("tmrDblClick", "Timer", &frmMainWindow::tmrDblClick_Timer);
+  On("ExpTreeView", "FolderClick", &frmMainWindow::ExpTreeView_FolderClick);
+  for (const char* down : {"MouseDown", "KeyDown"}) {
+    On("ExpTreeView", down, &frmMainWindow::ExpTreeView_Down);
+  }
+  for (const char* up : {"MouseUp", "KeyUp"}) {
+    On("ExpTreeView", up, &frmMainWindow::ExpTreeView_Up);
+  }
+  On("ctrlQuilImage", "Click", &frmMainWindow::ctrlQuilImage_Click);
+  On("mnuFRecFolders", "Click", &frmMainWindow::mnuFRecFolders_Click);
+  On("mnuERefresh", "Click", &frmMainWindow::mnuERefresh_Click);
+  On("mnuFExit", "Click", &frmMainWindow::mnuFExit_Click);
+}
+
+void frmMainWindow::Form_Load() {
+  SetCaption(s_.gsAppTitle);
+  mbFirstLoad = true;
+  mbStartupDone = false;
+  ctrlImageListVScroll.SetMax(0);
+  mbMouseDownOnTreeview = 2;
+  // The window's size limits are kept by Form_Resize and the host.
+  host().DoEvents();
+
+  mbFormReady = false;
+  LoadRecentFolders();
+  mbExplorerOpen = true;
+  s_.giCurrentOperation = 0;
+
+  std::string zoom =
+      app_.settings().Read(s_.gsPrefKey + "Display", "ZoomSettings");
+  msZoomMode = zoom.substr(0, 1);
+
+  std::string prev_mode =
+      DropTrailingNul(Trim(app_.settings().Read(kRootKey, "PrevMode")));
+  std::string prev_height =
+      DropTrailingNul(Trim(app_.settings().Read(kRootKey, "PrevHt")));
+  std::string prev_width =
+      DropTrailingNul(Trim(app_.settings().Read(kRootKey, "PrevWidth")));
+  if (prev_mode == "1" ||
+      (!s_.gsCommandLine.empty() &&
+       UpperCase(s_.gsCommandLine).find("-DEVMO") != std::string::npos)) {
+    prev_mode = "2";
+  }
+  if (prev_mode == "2") {
+    Move(0, 0, Width(), Height());
+    SetWindowState(kWindowMaximized);
+  } else {
+    int height = std::max(ToInt(prev_height), kMinHeight);
+    int width = std::max(ToInt(prev_width), kMinWidth);
+    int screen_width = host().ScreenWidth();
+    int screen_height = host().ScreenHeight();
+    Move((screen_width - width) / 2, (screen_height - height) / 2, width,
+         height);
+  }
+
+  miScreenWidthPx = host().ScreenWidth() / kTwipsPerPixel;
+  miScreenHeightPx = host().ScreenHeight() / kTwipsPerPixel;
+  mbFormReady = true;
+  s_.gsShareSubject = std::string(kShareSubject);
+  s_.gsShareMessage = std::string(kShareMessage);
+}
+
+void frmMainWindow::Form_Resize() {
+  if (!mbFormReady) {
+    return;
+  }
+  int screen_height = host().ScreenHeight() / kTwipsPerPixel;
+  int screen_width = host().ScreenWidth() / kTwipsPerPixel;
+  bool screen_changed = false;
+  if (screen_height != miScreenHeightPx || screen_width != miScreenWidthPx) {
+    miScreenHeightPx = screen_height;
+    miScreenWidthPx = screen_width;
+    screen_changed = !mbFirstLoad;
+  }
+  if (WindowState() == kWindowMinimized) {
+    return;
+  }
+  if (!mbFirstLoad && !screen_changed && WindowState() == kWindowNormal &&
+      (Height() < kMinHeight || Width() < kMinWidth)) {
+    Move(Left(), Top(), std::max(Width(), kMinWidth),
+         std::max(Height(), kMinHeight));
+    return;  // the move raises Resize again
+  }
+  if (mbFirstLoad) {
+    InitFrameArrange();
+    tmrIniitialLoad.SetEnabled(true);
+    return;
+  }
+  FrameReArrange();
+
+  // A running instance that a second start restored picks up its photo here.
+  s_.gsCommandLine.clear();
+  ReadCommandImage(app_, s_.gsCommandLine);
+  if (s_.gsCommandLine.empty()) {
+    return;
+  }
+  bool proceed = true;
+  EndCurrentOperation("", proceed);
+  if (!proceed) {
+    WriteCommandImage(app_, "");
+    s_.gsCommandLine.clear();
+    return;
+  }
+  std::error_code error;
+  fs::path real = fs::weakly_canonical(s_.gsCommandLine, error);
+  if (!error) {
+    s_.gsCommandLine = real.string();
+  }
+  if (IsPhotoExtension(UpperExtension(s_.gsCommandLine))) {
+    timerCamera.SetEnabled(false);
+    host().DoEvents();
+    OpenCommandImage();
+    WriteCommandImage(app_, "");
+    s_.gsCommandLine.clear();
+    timerCamera.SetEnabled(true);
+  } else {
+    timerCamera.SetEnabled(false);
+    timerCamera.SetInterval(kCameraMs);
+    timerCamera.SetEnabled(true);
+    WriteCommandImage(app_, "");
+    s_.gsCommandLine.clear();
+    tmrIniitialLoad.SetEnabled(true);
+  }
+}
+
+void frmMainWindow::tmrIniitialLoad_Timer() {
+  tmrIniitialLoad.SetEnabled(false);
+  mbInitialLoadBusy = true;
+  host().SetMousePointer(kPointerHourglass);
+  s_.gbLoadInProgress = true;
+
+  if (!mbFirstLoad) {
+    for (int key : mdicStaleControls.Keys()) {
+      if (ctrlQuilImage.Exists(key) && !ctrlQuilImage[key].Visible()) {
+        ctrlQuilImage.Unload(key);
+      }
+    }
+    mdicStaleControls.RemoveAll();
+    s_.gbLoadInProgress = false;
+    host().SetMousePointer(kPointerDefault);
+    mbInitialLoadBusy = false;
+    return;
+  }
+
+  host().DoEvents();
+  std::string close_interval = DropTrailingNul(app_.settings().Read(
+      s_.gsPrefKey + "Display", "ExplorerCloseIntervalInSeconds"));
+  if (close_interval.empty()) {
+    tmrExplorer.SetInterval(0);
+    s_.gbExplorerTimerOn = false;
+  } else {
+    tmrExplorer.SetInterval(ToInt(close_interval) * 1000);
+    s_.gbExplorerTimerOn = true;
+  }
+
+  bool choose_folder = true;
+  if (!s_.gsCommandLine.empty()) {
+    if (IsPhotoExtension(UpperExtension(s_.gsCommandLine))) {
+      OpenCommandImage();
+      s_.gsCommandLine.clear();
+      mbFirstLoad = false;
+      timerCamera.SetEnabled(true);
+      tmrExplorer.SetEnabled(s_.gbExplorerTimerOn);
+      ExpTreeView.Refresh();
+      tmrUpgrade.SetEnabled(true);
+      choose_folder = false;
+    } else if (s_.gsCommandLine.find("DEVMON") == std::string::npos) {
+      std::error_code error;
+      if (fs::exists(s_.gsCommandLine, error)) {
+        host().MsgBox(
+            "Quillbay Picture Desk doesn't support this file format.\r\n"
+            "Load Recent Viewed photos.",
+            kMbInformation, s_.gsAppTitle);
+      }
+      s_.gsCommandLine.clear();
+    } else {
+      // Started by the device monitor; the camera transfer takes over when it
+      // is built, and until then the start goes on to the usual folder.
+      mbFirstLoad = false;
+      s_.gsCommandLine.clear();
+    }
+  }
+
+  if (choose_folder) {
+    std::string last_open = DropTrailingNul(app_.settings().Read(
+        s_.gsPrefKey + "Settings", "LastOpenFolderInPreviousSession"));
+    if (UpperCase(last_open) != "TRUE") {
+      std::string default_folder = Trim(DropTrailingNul(
+          app_.settings().Read(s_.gsPrefKey + "Settings", "DefaultFolder")));
+      if (!default_folder.empty()) {
+        WriteRecentFolder(default_folder);
+      }
+    }
+    msRecentFolder = mcolRecentFolders.Count() == 0 ? std::string()
+                                                    : mcolRecentFolders.Item(1);
+    std::string folder =
+        msRecentFolder.empty() ? s_.gsDesktopPath : msRecentFolder;
+    if (folder.empty() || folder.back() != '/') {
+      folder += '/';
+    }
+    mbFirstLoad = false;
+    host().DoEvents();
+    ExpTreeView.SetSelectedFolder(folder);
+    timerCamera.SetInterval(kCameraMs);
+    timerCamera.SetEnabled(true);
+    tmrExplorer.SetEnabled(s_.gbExplorerTimerOn);
+    tmrUpgrade.SetEnabled(true);
+  }
+
+  s_.gbLoadInProgress = false;
+  host().SetMousePointer(kPointerDefault);
+  mbInitialLoadBusy = false;
+  mbStartupDone = true;
+}
+
+void frmMainWindow::Form_QueryUnload(int& Cancel, int UnloadMode) {
+  (void)UnloadMode;
+  SaveImage();
+  if (!s_.gbLoadInProgress) {
+    tmrQueryUnload.SetEnabled(false);
+    Cancel = 0;
+    return;
+  }
+  timerCamera.SetEnabled(false);
+  tmrUpgrade.SetEnabled(false);
+  tmrExplorer.SetEnabled(false);
+  tmrIniitialLoad.SetEnabled(false);
+  tmrQueryUnload.SetEnabled(true);
+  s_.gbQuitRequested = true;
+  Cancel = 1;
+}
+
+void frmMainWindow::tmrQueryUnload_Timer() {
+  // The window holds no service client yet, so no request of it can have
+  // been cancelled: only the start-up load closes the window by itself.
+  constexpr bool kServiceRequestCancelled = false;
+  if (mbInitialLoadBusy || (s_.gbQuitRequested && kServiceRequestCancelled)) {
+    s_.gbLoadInProgress = false;
+    tmrQueryUnload.SetEnabled(false);
+    Unload();
+  }
+}
+
+void frmMainWindow::Form_Unload(int& Cancel) {
+  (void)Cancel;
+  std::error_code ignored;
+  if (!s_.gsTempLoc.empty()) {
+    fs::remove_all(s_.gsTempLoc + "ToJpgs", ignored);
+    fs::remove_all(s_.gsTempLoc + "Thumbnails", ignored);
+  }
+  s_.goResources.reset();
+  WriteWindowState();
+  tmrIniitialLoad.SetEnabled(false);
+  tmrUpgrade.SetEnabled(false);
+  tmrExplorer.SetEnabled(false);
+  for (Form* form : app_.forms().Loaded()) {
+    if (form != this) {
+      form->Unload();
+    }
+  }
+  ctlDisplayImage.SetVisible(false);
+}
+
+void frmMainWindow::WriteWindowState() {
+  std::string mode = WindowState() == kWindowMinimized
+                         ? std::string("2")
+                         : std::to_string(WindowState());
+  // A failed write loses only the window's place; nothing to tell the user.
+  (void)app_.settings().Write(kRootKey, "PrevMode", mode);
+  (void)app_.settings().Write(kRootKey, "PrevHt", std::to_string(Height()));
+  (void)app_.settings().Write(kRootKey, "PrevWidth", std::to_string(Width()));
+}
+
+void frmMainWindow::EndCurrentOperation(const std::string& prefix,
+                                        bool& proceed) {
+  (void)prefix;
+  // The edit modes that could be left unfinished come with the editor; until
+  // then there is nothing to finish and the caller goes on.
+  proceed = true;
+}
+
+void frmMainWindow::SaveImage() {
+  // A rotation on display is the only unsaved change there can be; the
+  // editor asks about it. Nothing is pending until it exists.
+  s_.gbRotationPending = false;
+}
+
+void frmMainWindow::InitFrameArrange() {
+  ArrangeFrames();
+}
+
+void frmMainWindow::FrameReArrange() {
+  ArrangeFrames();
+}
+
+void frmMainWindow::ArrangeFrames() {
+  int height = std::max(Height(), kMinHeight) - 900;
+  int width = std::max(Width(), kMinWidth);
+  picExplorerCont.Move(0, 0, kExplorerWidth, height);
+  ExpTreeView.Move(0, 600, kExplorerWidth, height - 600);
+  lblExpFolderPath.Move(100, 100, kExplorerWidth - 600, 300);
+  imgBrowseClose.Move(kExplorerWidth - 400, 100, 300, 300);
+  int list_left = mbExplorerOpen ? kExplorerWidth : 0;
+  picImageListCont.Move(list_left, 0, kListWidth, height);
+  cmdImageListHead.Move(0, 0, kListWidth, kHeadHeight);
+  picImagelistInnerCont.Move(
+      0, kHeadHeight, kListWidth - 255,
+      std::max(picImagelistInnerCont.Height(), height - kHeadHeight));
+  ctrlImageListVScroll.Move(kListWidth - 255, kHeadHeight, 255,
+                            height - kHeadHeight);
+  lblPhotosSelect.Move(list_left, height, kListWidth, 300);
+  int display_left = list_left + kListWidth;
+  picDisplayImageCont.Move(display_left, 0, width - display_left, height);
+  ctlDisplayImage.Move(0, 0, width - display_left - 50, height * 14 / 15);
+  picImageText.Move(0, height - 400, width - display_left, 400);
+}
+
+void frmMainWindow::mnuFExit_Click() {
+  Unload();
+}
+
+void frmMainWindow::mnuERefresh_Click() {
+  RefreshCurrentFolder();
+}
+
+}  // namespace qbpd

@@ -1,0 +1,153 @@
+#ifndef QBPD_BROWSER_FRM_MAIN_WINDOW_H_
+#define QBPD_BROWSER_FRM_MAIN_WINDOW_H_
+
+#include "core/application.h"
+#include "core/keyed_collection.h"
+#include "core/ordered_dictionary.h"
+#include "platform/forms/control_array.h"
+#include "platform/forms/controls.h"
+#include "platform/forms/form.h"
+
+#include <string>
+#include <string_view>
+
+namespace qbpd {
+
+// The main window: the folder tree, the grid of thumbnails, the photo on
+// display, and the start-up and close of the program. Its routines are
+// spread over several files by concern (start-up and close, folder loading,
+// recent folders, the grid).
+class frmMainWindow : public Form {
+ public:
+  static constexpr std::string_view kName = "frmMainWindow";
+  explicit frmMainWindow(Application& app);
+
+  // --- the folder pane ------------------------------------------------------
+  PictureBox picExplorerCont{*this, "picExplorerCont"};
+  FolderTree ExpTreeView{*this, "ExpTreeView"};
+  Label lblExpFolderPath{*this, "lblExpFolderPath"};
+  PictureButton imgBrowseClose{*this, "imgBrowseClose"};
+  // Lists the photos of a folder for the recent-folder checks.
+  ListBox lstFiles{*this, "lstFiles"};
+
+  // --- the grid -------------------------------------------------------------
+  PictureBox picImageListCont{*this, "picImageListCont"};
+  CommandButton cmdImageListHead{*this, "cmdImageListHead"};
+  PictureBox picImagelistInnerCont{*this, "picImagelistInnerCont"};
+  ControlArray<Thumbnail> ctrlQuilImage{*this, "ctrlQuilImage"};
+  ScrollBar ctrlImageListVScroll{*this, "ctrlImageListVScroll"};
+  Label lblPhotosSelect{*this, "lblPhotosSelect"};
+
+  // --- the photo on display -------------------------------------------------
+  PictureBox picDisplayImageCont{*this, "picDisplayImageCont"};
+  PhotoView ctlDisplayImage{*this, "ctlDisplayImage"};
+  PictureBox picImageText{*this, "picImageText"};
+  Label lblDisplayImageName{*this, "lblDisplayImageName"};
+  TextBox txtFileName{*this, "txtFileName"};
+
+  // --- timers ---------------------------------------------------------------
+  Timer tmrIniitialLoad{*this, "tmrIniitialLoad"};
+  Timer tmrDblClick{*this, "tmrDblClick"};
+  Timer tmrQueryUnload{*this, "tmrQueryUnload"};
+  Timer tmrExplorer{*this, "tmrExplorer"};
+  Timer timerCamera{*this, "timerCamera"};
+  Timer tmrUpgrade{*this, "tmrUpgrade"};
+
+  // --- menus ----------------------------------------------------------------
+  Menu mnuFile{*this, "mnuFile"};
+  ControlArray<Menu> mnuFRecFolders{*this, "mnuFRecFolders"};
+  Menu mnuFSep2{*this, "mnuFSep2"};
+  Menu mnuFExit{*this, "mnuFExit"};
+  Menu mnuEdit{*this, "mnuEdit"};
+  Menu mnuERefresh{*this, "mnuERefresh"};
+  Menu mnuPhoto{*this, "mnuPhoto"};
+  Menu mnuView{*this, "mnuView"};
+
+  // --- routines other forms and later commands call
+  // --------------------------- Fills the photo model from `folder`; `result`
+  // is False when a close stopped the load.
+  void LoadImagesOnFolderClick(std::string& folder, bool& result);
+  // Makes the thumbnail of one photo; its path goes to gsThumbnailPath.
+  bool GenerateThumbnail(const std::string& source);
+  void OpenCommandImage();
+  void RefreshCurrentFolder();
+  void ResetPhotoModel();
+  void LoadRecentFolders();
+  void WriteRecentFolder(std::string folder);
+  void RemoveRecentFolder(std::string folder);
+  void SetPhotosSelectedCaption();
+  void SetControlsEnabled();
+  bool setscrollBar();
+  int getMaxNoImgsDisplayed() const;
+  void PlaceThumbnail(int index);
+
+  // The default zoom mode: the first letter of ZoomSettings.
+  const std::string& DefaultZoomMode() const { return msZoomMode; }
+  const KeyedCollection<std::string>& RecentFolders() const {
+    return mcolRecentFolders;
+  }
+
+ protected:
+  void Form_Load() override;
+  void Form_Resize() override;
+  void Form_QueryUnload(int& Cancel, int UnloadMode) override;
+  void Form_Unload(int& Cancel) override;
+
+ private:
+  // Start-up and close.
+  void tmrIniitialLoad_Timer();
+  void tmrQueryUnload_Timer();
+  void InitFrameArrange();
+  void FrameReArrange();
+  void ArrangeFrames();
+  void EndCurrentOperation(const std::string& prefix, bool& proceed);
+  void SaveImage();
+  void WriteWindowState();
+
+  // The folder tree.
+  void ExpTreeView_FolderClick();
+  void ExpTreeView_Down();
+  void ExpTreeView_Up();
+  void tmrDblClick_Timer();
+  void ShowFolderLabel(const std::string& selected);
+  void ResetGrid();
+  void RemakeThumbnailFolder();
+  void ctrlQuilImage_Click(EventArgs& e);
+
+  // Recent folders.
+  void mnuFRecFolders_Click(int index);
+  void mnuERefresh_Click();
+  void mnuFExit_Click();
+  // Sets lstFiles to the photos of `folder`; their count.
+  int ListPhotoFiles(const std::string& folder);
+
+  Application& app_;
+  Session& s_;
+
+  bool mbFirstLoad = false;
+  bool mbFormReady = false;
+  int mbMouseDownOnTreeview = 0;
+  bool mbFolderClickPending = false;
+  bool mbEditImageText = false;
+  std::string msRecentFolder;
+  KeyedCollection<std::string> mcolRecentFolders;
+  bool mbInitialLoadBusy = false;
+  bool mbStartupDone = false;
+  int miScreenHeightPx = 0;
+  int miScreenWidthPx = 0;
+  bool mbScreenChanged = false;
+  bool mbExplorerOpen = false;
+  std::string msZoomMode;
+
+  int miFileCount = 0;
+  int miLastLoadedControl = 0;
+  bool mbOpeningFromCommand = false;
+  bool mbCommandFolderLoad = false;
+  bool mbCommandPhotoOk = false;
+  bool mbFolderChanging = false;
+  OrderedDictionary<int, std::string> mdicStaleControls;
+};
+
+}  // namespace qbpd
+
+#endif  // QBPD_BROWSER_FRM_MAIN_WINDOW_H_

@@ -1,0 +1,65 @@
+#ifndef QBPD_CORE_QUIL_MOD_H_
+#define QBPD_CORE_QUIL_MOD_H_
+
+#include <string>
+#include <string_view>
+
+namespace qbpd {
+
+class Application;
+
+// The shared start-up routines of the program: its work folders, the photo
+// hand-over between two starts, and the path helpers. Paths use "/"; a
+// folder path that the program keeps "with its trailing separator" ends in
+// "/".
+
+// The root of the program's settings tree.
+inline constexpr std::string_view kRootKey = "Software\\Quillbay Picture Desk";
+inline constexpr std::string_view kSiteSettingsKey =
+    "Software\\Quillbay Picture Desk\\SiteSettings";
+
+// Sets gsTempLoc (the user's private temp folder, with its separator; "" when
+// none can be made), gsThumbnailFolder and gsToJpgFolder below it (made when
+// missing), gsDesktopPath, gsSystemFolder and gsScrIniPath (AppPath from the
+// settings, else the program's folder, + "/scr.ini"). Never fails: a folder
+// that can't be made is left out.
+void InitWorkingFolders(Application& app);
+
+// The program's folder for exchange files (App.Path), without a separator.
+std::string AppPath(const Application& app);
+// The folder of the browsers' caches, with its separator.
+std::string GetInternetCachePath(const Application& app);
+
+// The hand-over file of a second start. A non-empty `path` is written into
+// it (replacing it, no line end); an empty one deletes it.
+void WriteCommandImage(const Application& app, const std::string& path);
+// If the hand-over file exists, `path` takes its content, trimmed, less one
+// trailing NUL; otherwise `path` is left as it is.
+void ReadCommandImage(const Application& app, std::string& path);
+
+// The long form of `path`: a path beginning with "//" comes back as it
+// stands; otherwise it is rebuilt part by part from the file system and cut
+// at the first part that doesn't exist. A path of fewer than two parts gives
+// "".
+std::string GetLongPathName(const std::string& path);
+// Creates each missing folder of `path`.
+void EnsureFolderPath(const std::string& path);
+
+// Reader clean-up of a settings value: drops one trailing NUL.
+std::string DropTrailingNul(std::string text);
+// Cuts a text at its first NUL.
+std::string CutAtFirstNul(std::string text);
+std::string Trim(std::string_view text);
+std::string UpperCase(std::string_view text);
+// The upper-cased extension of a path, without its dot ("" when none).
+std::string UpperExtension(std::string_view path);
+// Whether the upper-cased extension is one of the program's photo types.
+bool IsPhotoExtension(std::string_view upper_extension);
+// The file name part of a path (after the last "/").
+std::string FileNamePart(std::string_view path);
+// The parent folder of a path, with its separator.
+std::string ParentFolder(std::string_view path);
+
+}  // namespace qbpd
+
+#endif  // QBPD_CORE_QUIL_MOD_H_
