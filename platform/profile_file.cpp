@@ -1,0 +1,271 @@
+#include "platform/profile_file.h"
+
+// Plain 8-bit text: no Unicode conversion library is needed or wanted.
+#define SI_NO_CONVERSION
+// The packaged header keeps the template bodies behind this switch.
+#define SI_IMPLEMENTATION
+#include <SimpleIni.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <fcntl.h>
+#include <fstream>
+#include <optional>
+#include <sstream>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace qbpd {
+namespace {
+
+// CSimpleIniA compares section and key names without regard to case.
+using Profile = CSimpleIniA;
+
+constexpr mode_t kNewFileMode = 0600;
+
+// The file's text; "" when it doesn't exist, nothing when it can't be read.
+std::optional<std::string> ReadText(const std::string& path) {
+  struct stat info {};
+  if (stat(path.c_str(), &info) != 0) {
+    if (errno == ENOENT) {
+      return std::string();
+    }
+    return std::nullopt;
+  }
+  if (!S_ISREG(info.st_mode)) {
+    return std::nullopt;
+  }
+  std::ifstream in(path, std::ios::binary);
+  if (!in) {
+    return std::nullopt;
+  }
+  std::ostringstream text;
+  text << in.rdbuf();
+  if (in.bad()) {
+    return std::nullopt;
+  }
+  return text.str();
+}
+
+bool Load(const std::string& text, Profile& profile) {
+  profile.SetSpaces(false);
+  return profile.LoadData(text) >= 0;
+}
+
+// The file a path stands for: a symbolic link is followed, so that the new
+// text replaces its target and the link stays.
+std::string TargetOf(const std::string& path) {
+  char resolved[PATH_MAX];
+  struct stat info {};
+  if (lstat(path.c_str(), &info) == 0 && S_ISLNK(info.st_mode) &&
+      realpath(path.c_str(), resolved) != nullptr) {
+    return resolved;
+  }
+  return path;
+}
+
+bool WriteAll(int fd, const std::string& text) {
+  std::size_t done = 0;
+  while (done < text.size()) {
+    const ssize_t n = write(fd, text.data() + done, text.size() - done);
+    if (n < 0) {
+      if (errno == EINTR) {
+        continue;
+      }
+      return false;
+    }
+    done += static_cast<std::size_t>(n);
+  }
+  return true;
+}
+
+// Replaces the file at `path` with `text`: a temporary file beside it,
+// flushed, given the old file's mode, then renamed over it.
+bool ReplaceFile(const std::string& path, const std::string& text) {
+  const std::string target = TargetOf(path);
+  const std::size_t slash = target.rfind('/');
+  const std::string folder =
+      slash == std::string::npos ? std::string(".") : target.substr(0, slash);
+  const std::string name =
+      slash == std::string::npos ? target : target.substr(slash + 1);
+  std::string temp = folder + "/." + name + ".XXXXXX";
+  const int fd = mkostemp(temp.data(), O_CLOEXEC);
+  if (fd < 0) {
+    return false;
+  }
+  struct stat old_info {};
+  const mode_t mode = stat(target.c_str(), &old_info) == 0
+                          ? (old_info.st_mode & 07777)
+                          : kNewFileMode;
+  bool ok = WriteAll(fd, text) && fchmod(fd, mode) == 0 && fsync(fd) == 0;
+  ok = close(fd) == 0 && ok;
+  if (!ok || rename(temp.c_str(), target.c_str()) != 0) {
+    unlink(temp.c_str());
+    return false;
+  }
+  // The rename itself is made durable by flushing the folder.
+  const int dir = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (dir >= 0) {
+    fsync(dir);
+    close(dir);
+  }
+  return true;
+}
+
+// Loads the file, lets `change` alter it and writes it back when the text
+// differs. `change` returns false to give up without writing.
+template <class Change>
+bool Modify(const std::string& path, Change change) {
+  const std::optional<std::string> text = ReadText(path);
+  if (!text) {
+    return false;
+  }
+  Profile profile;
+  if (!Load(*text, profile)) {
+    return false;
+  }
+  if (!change(profile)) {
+    return false;
+  }
+  std::string out;
+  if (profile.Save(out) < 0) {
+    return false;
+  }
+  if (out == *text) {
+    return true;
+  }
+  return ReplaceFile(path, out);
+}
+
+// Cuts `text` to what fits in the read buffer, never inside a UTF-8
+// character.
+std::string CutToBuffer(std::string_view text) {
+  constexpr std::size_t kMax = kProfileValueBuffer - 1;
+  if (text.size() <= kMax) {
+    return std::string(text);
+  }
+  std::size_t end = kMax;
+  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) {
+    --end;
+  }
+  return std::string(text.substr(0, end));
+}
+
+bool HasLineBreak(std::string_view s) {
+  return s.find_first_of("\r\n") != std::string_view::npos;
+}
+
+bool CanHold(std::string_view section,
+             std::string_view key,
+             std::string_view value) {
+  if (key.empty() || HasLineBreak(section) || HasLineBreak(key) ||
+      HasLineBreak(value)) {
+    return false;
+  }
+  if (section.find(']') != std::string_view::npos ||
+      key.find('=') != std::string_view::npos) {
+    return false;
+  }
+  const char first = key.front();
+  return first != '[' && first != ';' && first != '#';
+}
+
+}  // namespace
+
+std::string GetProfileString(const std::string& path,
+                             std::string_view section,
+                             std::string_view key,
+                             std::string_view default_value) {
+  const std::optional<std::string> text = ReadText(path);
+  Profile profile;
+  if (text && Load(*text, profile)) {
+    const char* value = profile.GetValue(std::string(section).c_str(),
+                                         std::string(key).c_str(), nullptr);
+    if (value != nullptr) {
+      return CutToBuffer(value);
+    }
+  }
+  return CutToBuffer(default_value);
+}
+
+bool WriteProfileString(const std::string& path,
+                        std::string_view section,
+                        std::string_view key,
+                        std::string_view value) {
+  if (!CanHold(section, key, value)) {
+    return false;
+  }
+  return Modify(path, [&](Profile& profile) {
+    return profile.SetValue(std::string(section).c_str(),
+                            std::string(key).c_str(),
+                            std::string(value).c_str()) >= 0;
+  });
+}
+
+int RemoveProfileKey(const std::string& path,
+                     std::string_view section,
+                     std::string_view key) {
+  const bool ok = Modify(path, [&](Profile& profile) {
+    profile.Delete(std::string(section).c_str(), std::string(key).c_str(),
+                   /*a_bRemoveEmpty=*/false);
+    return true;
+  });
+  return ok ? 1 : 0;
+}
+
+int RemoveProfileSection(const std::string& path, std::string_view section) {
+  const bool ok = Modify(path, [&](Profile& profile) {
+    profile.Delete(std::string(section).c_str(), nullptr);
+    return true;
+  });
+  return ok ? 1 : 0;
+}
+
+std::vector<std::string> GetProfileSectionNames(const std::string& path) {
+  std::vector<std::string> out;
+  const std::optional<std::string> text = ReadText(path);
+  Profile profile;
+  if (!text || !Load(*text, profile)) {
+    return out;
+  }
+  Profile::TNamesDepend sections;
+  profile.GetAllSections(sections);
+  sections.sort(Profile::Entry::LoadOrder());
+  for (const Profile::Entry& entry : sections) {
+    // Keys before the first section line belong to no section.
+    if (entry.pItem[0] != '\0') {
+      out.emplace_back(entry.pItem);
+    }
+  }
+  return out;
+}
+
+std::vector<std::pair<std::string, std::string>> GetProfileSection(
+    const std::string& path,
+    std::string_view section) {
+  std::vector<std::pair<std::string, std::string>> out;
+  const std::optional<std::string> text = ReadText(path);
+  Profile profile;
+  if (!text || !Load(*text, profile)) {
+    return out;
+  }
+  const Profile::TKeyVal* keys =
+      profile.GetSection(std::string(section).c_str());
+  if (keys == nullptr) {
+    return out;
+  }
+  std::vector<std::pair<int, std::pair<std::string, std::string>>> ordered;
+  for (const auto& [entry, value] : *keys) {
+    ordered.push_back({entry.nOrder, {entry.pItem, value}});
+  }
+  std::sort(ordered.begin(), ordered.end(),
+            [](const auto& a, const auto& b) { return a.first < b.first; });
+  for (auto& item : ordered) {
+    out.push_back(std::move(item.second));
+  }
+  return out;
+}
+
+}  // namespace qbpd

@@ -1,0 +1,472 @@
+#include "platform/bmp_reader.h"
+#include "platform/image_operations.h"
+
+#include <vips/vips8>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace qbpd {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Decoding is refused above this many pixels.
+constexpr std::uint64_t kMaxPixels = 256'000'000;
+constexpr int kMaxThumbnailSize = 10000;
+constexpr char kCacheSuffix[] = ".qpd";
+// Loaders are asked to give up on a truncated file or a serious decoding
+// error, so a broken photo fails instead of turning grey halfway down.
+constexpr char kLoaderOptions[] = "fail_on=error";
+
+enum class PhotoKind { kJpeg, kPng, kTiff, kBmp, kOther };
+
+// Tells the kind of a file from its first bytes, whatever its name says.
+PhotoKind SniffKind(const std::uint8_t* head, std::size_t size) {
+  static constexpr std::array<std::uint8_t, 8> kPng = {0x89, 'P',  'N',  'G',
+                                                       0x0D, 0x0A, 0x1A, 0x0A};
+  if (size >= 3 && head[0] == 0xFF && head[1] == 0xD8 && head[2] == 0xFF) {
+    return PhotoKind::kJpeg;
+  }
+  if (size >= kPng.size() && std::equal(kPng.begin(), kPng.end(), head)) {
+    return PhotoKind::kPng;
+  }
+  if (size >= 4 &&
+      ((head[0] == 'I' && head[1] == 'I' && head[2] == 42 && head[3] == 0) ||
+       (head[0] == 'M' && head[1] == 'M' && head[2] == 0 && head[3] == 42))) {
+    return PhotoKind::kTiff;
+  }
+  if (size >= 2 && head[0] == 'B' && head[1] == 'M') {
+    return PhotoKind::kBmp;
+  }
+  return PhotoKind::kOther;
+}
+
+// The libvips loader that must claim a file of `kind`; any other loader
+// (ImageMagick's above all) is never given a photo.
+const char* ExpectedLoader(PhotoKind kind) {
+  switch (kind) {
+    case PhotoKind::kJpeg:
+      return "jpegload_source";
+    case PhotoKind::kPng:
+      return "pngload_source";
+    case PhotoKind::kTiff:
+      return "tiffload_source";
+    case PhotoKind::kBmp:
+    case PhotoKind::kOther:
+      return nullptr;
+  }
+  return nullptr;
+}
+
+// A file descriptor closed on every path out.
+class Descriptor {
+ public:
+  explicit Descriptor(int fd) : fd_(fd) {}
+  ~Descriptor() {
+    if (fd_ >= 0) {
+      ::close(fd_);
+    }
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  int get() const { return fd_; }
+  int release() { return std::exchange(fd_, -1); }
+
+ private:
+  int fd_;
+};
+
+bool WriteAll(int fd, const void* data, std::size_t size) {
+  const auto* p = static_cast<const char*>(data);
+  while (size > 0) {
+    const ssize_t written = ::write(fd, p, size);
+    if (written < 0) {
+      if (errno == EINTR) {
+        continue;
+      }
+      return false;
+    }
+    p += written;
+    size -= static_cast<std::size_t>(written);
+  }
+  return true;
+}
+
+// Writes `data` to a temporary file beside `target`, flushes it to disk and
+// renames it over `target`, so a reader never sees half a thumbnail.
+bool ReplaceFile(const std::string& target,
+                 const void* data,
+                 std::size_t size) {
+  const fs::path path(target);
+  if (path.filename().empty()) {
+    return false;
+  }
+  fs::path folder = path.parent_path();
+  if (folder.empty()) {
+    folder = ".";
+  }
+  std::string temp =
+      (folder / ("." + path.filename().string() + ".XXXXXX")).string();
+  Descriptor fd(::mkostemp(temp.data(), O_CLOEXEC));
+  if (fd.get() < 0) {
+    return false;
+  }
+  bool ok = WriteAll(fd.get(), data, size) && ::fsync(fd.get()) == 0;
+  ok = ::close(fd.release()) == 0 && ok;
+  ok = ok && ::rename(temp.c_str(), target.c_str()) == 0;
+  if (!ok) {
+    ::unlink(temp.c_str());
+  }
+  return ok;
+}
+
+std::uint64_t Fnv1a(std::string_view text,
+                    std::uint64_t hash = 0xcbf29ce484222325ULL) {
+  for (const char c : text) {
+    hash ^= static_cast<std::uint8_t>(c);
+    hash *= 0x100000001b3ULL;
+  }
+  return hash;
+}
+
+std::string Hex(std::uint64_t value) {
+  char text[17];
+  std::snprintf(text, sizeof text, "%016llx",
+                static_cast<unsigned long long>(value));
+  return text;
+}
+
+// An absolute path without "." or ".." parts or a trailing "/", so that a
+// photo and its folder name the same place however they were written.
+fs::path Normalised(const std::string& path) {
+  fs::path result = fs::absolute(fs::path(path)).lexically_normal();
+  if (result.filename().empty() && result.has_relative_path()) {
+    result = result.parent_path();
+  }
+  return result;
+}
+
+// Cache entries are named "<folder hash>-<photo hash>-<state hash>-<size>q
+// <quality>.qpd": the first two parts let one photo's or one folder's
+// entries be found without an index, the third changes whenever the photo's
+// size or modification time does.
+std::string FolderPrefix(const fs::path& folder) {
+  return Hex(Fnv1a(folder.string())) + "-";
+}
+
+std::string PhotoPrefix(const fs::path& photo) {
+  return FolderPrefix(photo.parent_path()) + Hex(Fnv1a(photo.string())) + "-";
+}
+
+std::string ParameterSuffix(int size, int quality) {
+  return "-" + std::to_string(size) + "q" + std::to_string(quality) +
+         kCacheSuffix;
+}
+
+bool StartsWith(std::string_view text, std::string_view prefix) {
+  return text.substr(0, prefix.size()) == prefix;
+}
+
+bool EndsWith(std::string_view text, std::string_view suffix) {
+  return text.size() >= suffix.size() &&
+         text.substr(text.size() - suffix.size()) == suffix;
+}
+
+// Removes the cache entries whose names start with `prefix` and end with
+// `suffix`, except `keep`. True when at least one went.
+bool RemoveEntries(const std::string& folder,
+                   const std::string& prefix,
+                   const std::string& suffix,
+                   const std::string& keep = {}) {
+  std::error_code error;
+  bool removed = false;
+  for (fs::directory_iterator it(folder, error), end; !error && it != end;
+       it.increment(error)) {
+    const std::string name = it->path().filename().string();
+    if (name != keep && StartsWith(name, prefix) && EndsWith(name, suffix)) {
+      std::error_code remove_error;
+      removed = fs::remove(it->path(), remove_error) || removed;
+    }
+  }
+  return removed;
+}
+
+// Converts a thumbnail to something a baseline JPEG holds: 8-bit sRGB or
+// grey, with any transparency laid on white.
+vips::VImage ForJpeg(vips::VImage image) {
+  if (image.has_alpha()) {
+    image = image.flatten(
+        vips::VImage::option()->set("background", std::vector<double>{255.0}));
+  }
+  const VipsInterpretation interpretation = image.interpretation();
+  if (interpretation == VIPS_INTERPRETATION_B_W ||
+      interpretation == VIPS_INTERPRETATION_GREY16) {
+    image = image.colourspace(VIPS_INTERPRETATION_B_W);
+  } else if (interpretation != VIPS_INTERPRETATION_sRGB) {
+    image = image.colourspace(VIPS_INTERPRETATION_sRGB);
+  }
+  if (image.format() != VIPS_FORMAT_UCHAR) {
+    image = image.cast(VIPS_FORMAT_UCHAR);
+  }
+  return image;
+}
+
+// Swallows libvips' own warnings while the image library lives: a broken
+// photo fails with 0 and says nothing on the terminal.
+void IgnoreLogMessage(const gchar*, GLogLevelFlags, const gchar*, gpointer) {}
+
+class VipsImageOperations final : public ImageOperations {
+ public:
+  explicit VipsImageOperations(std::string cache_folder)
+      : cache_folder_(std::move(cache_folder)),
+        log_handler_(g_log_set_handler(
+            "VIPS",
+            static_cast<GLogLevelFlags>(G_LOG_LEVEL_WARNING |
+                                        G_LOG_LEVEL_MESSAGE | G_LOG_LEVEL_INFO),
+            IgnoreLogMessage,
+            nullptr)) {}
+
+  ~VipsImageOperations() override {
+    g_log_remove_handler("VIPS", log_handler_);
+  }
+
+  int GenerateThumbnailExt(const std::string& source,
+                           const std::string& thumbnail,
+                           int size,
+                           int quality) override {
+    try {
+      const std::optional<std::vector<std::uint8_t>> jpeg =
+          MakeThumbnail(source, size, quality);
+      return jpeg && ReplaceFile(thumbnail, jpeg->data(), jpeg->size()) ? 1 : 0;
+    } catch (const vips::VError&) {
+      vips_error_clear();
+    } catch (...) {
+    }
+    return 0;
+  }
+
+  int GenerateThumbnailAndBuffer(const std::string& source,
+                                 std::string& buffer,
+                                 int size,
+                                 int quality) override {
+    try {
+      if (source.empty()) {
+        return 0;
+      }
+      const fs::path photo = Normalised(source);
+      struct stat status {};
+      if (::stat(photo.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        return 0;
+      }
+      const std::string state = photo.string() + '\n' +
+                                std::to_string(status.st_size) + '\n' +
+                                std::to_string(status.st_mtim.tv_sec) + '.' +
+                                std::to_string(status.st_mtim.tv_nsec);
+      const std::string prefix = PhotoPrefix(photo);
+      const std::string suffix = ParameterSuffix(size, quality);
+      const std::string name = prefix + Hex(Fnv1a(state)) + suffix;
+      const fs::path entry = fs::path(cache_folder_) / name;
+
+      std::error_code error;
+      if (fs::is_regular_file(entry, error) &&
+          fs::file_size(entry, error) > 0 && !error) {
+        buffer = entry.string();
+        return 1;
+      }
+      if (!MakeCacheFolder() ||
+          GenerateThumbnailExt(photo.string(), entry.string(), size, quality) !=
+              1) {
+        return 0;
+      }
+      // The photo's older thumbnails are stale now.
+      RemoveEntries(cache_folder_, prefix, suffix, name);
+      buffer = entry.string();
+      return 1;
+    } catch (const vips::VError&) {
+      vips_error_clear();
+    } catch (...) {
+    }
+    return 0;
+  }
+
+  int DeleteThumbnailFile(const std::string& source) override {
+    try {
+      return !source.empty() && RemoveEntries(cache_folder_,
+                                              PhotoPrefix(Normalised(source)),
+                                              kCacheSuffix)
+                 ? 1
+                 : 0;
+    } catch (...) {
+    }
+    return 0;
+  }
+
+  int DeleteThumbnailFolder(const std::string& folder) override {
+    try {
+      return !folder.empty() && RemoveEntries(cache_folder_,
+                                              FolderPrefix(Normalised(folder)),
+                                              kCacheSuffix)
+                 ? 1
+                 : 0;
+    } catch (...) {
+    }
+    return 0;
+  }
+
+ private:
+  bool MakeCacheFolder() const {
+    std::error_code error;
+    if (fs::is_directory(cache_folder_, error)) {
+      return true;
+    }
+    if (!fs::create_directories(cache_folder_, error) || error) {
+      return false;
+    }
+    // Thumbnails show what the user's photos hold: the cache is private.
+    fs::permissions(cache_folder_, fs::perms::owner_all,
+                    fs::perm_options::replace, error);
+    return true;
+  }
+
+  // The encoded JPEG thumbnail of `source`, or nothing when the file is no
+  // photo of a supported kind, is broken or is too large.
+  static std::optional<std::vector<std::uint8_t>>
+  MakeThumbnail(const std::string& source, int size, int quality) {
+    if (source.empty() || size < 1 || size > kMaxThumbnailSize || quality < 1 ||
+        quality > 100) {
+      return std::nullopt;
+    }
+    Descriptor fd(::open(source.c_str(), O_RDONLY | O_CLOEXEC));
+    struct stat status {};
+    if (fd.get() < 0 || ::fstat(fd.get(), &status) != 0 ||
+        !S_ISREG(status.st_mode) || status.st_size == 0) {
+      return std::nullopt;
+    }
+    std::array<std::uint8_t, 16> head{};
+    const ssize_t head_size = ::pread(fd.get(), head.data(), head.size(), 0);
+    if (head_size <= 0) {
+      return std::nullopt;
+    }
+    const PhotoKind kind =
+        SniffKind(head.data(), static_cast<std::size_t>(head_size));
+
+    std::optional<vips::VImage> thumbnail;
+    // Kept alive until the JPEG is encoded: the bitmap's pixels are not
+    // copied into libvips.
+    BmpPixels bitmap;
+    if (kind == PhotoKind::kBmp) {
+      thumbnail = BitmapThumbnail(source, size, bitmap);
+    } else if (kind != PhotoKind::kOther) {
+      thumbnail = VipsThumbnail(fd.get(), kind, size);
+    }
+    if (!thumbnail) {
+      return std::nullopt;
+    }
+    void* data = nullptr;
+    std::size_t length = 0;
+    ForJpeg(*thumbnail)
+        .write_to_buffer(".jpg", &data, &length,
+                         vips::VImage::option()
+                             ->set("Q", quality)
+                             ->set("strip", true)
+                             ->set("optimize_coding", true));
+    const auto* bytes = static_cast<const std::uint8_t*>(data);
+    std::vector<std::uint8_t> jpeg(bytes, bytes + length);
+    g_free(data);
+    return jpeg;
+  }
+
+  // A thumbnail over libvips' own loaders, made with shrink-on-load and the
+  // EXIF orientation applied. The header is read first: an oversized photo
+  // is refused before a pixel is decoded.
+  static std::optional<vips::VImage> VipsThumbnail(int fd,
+                                                   PhotoKind kind,
+                                                   int size) {
+    vips::VSource header_source = vips::VSource::new_from_descriptor(fd);
+    const char* loader =
+        vips_foreign_find_load_source(header_source.get_source());
+    if (loader == nullptr) {
+      vips_error_clear();
+      return std::nullopt;
+    }
+    const char* nickname = vips_nickname_find(g_type_from_name(loader));
+    if (nickname == nullptr ||
+        std::string_view(nickname) != ExpectedLoader(kind)) {
+      return std::nullopt;
+    }
+    const vips::VImage header = vips::VImage::new_from_source(
+        header_source, kLoaderOptions,
+        vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL));
+    if (header.width() <= 0 || header.height() <= 0 ||
+        static_cast<std::uint64_t>(header.width()) *
+                static_cast<std::uint64_t>(header.height()) >
+            kMaxPixels) {
+      return std::nullopt;
+    }
+    return vips::VImage::thumbnail_source(
+        vips::VSource::new_from_descriptor(fd), size,
+        vips::VImage::option()
+            ->set("height", size)
+            ->set("size", VIPS_SIZE_DOWN)
+            ->set("option_string", kLoaderOptions));
+  }
+
+  // libvips reads bitmaps only through ImageMagick, which decodes the whole
+  // picture at full size; the bitmap reader shrinks while it reads instead.
+  static std::optional<vips::VImage> BitmapThumbnail(const std::string& source,
+                                                     int size,
+                                                     BmpPixels& bitmap) {
+    std::ifstream in(source, std::ios::binary);
+    BmpInfo info;
+    if (!in || !ReadBmpInfo(in, kMaxPixels, info).ok()) {
+      return std::nullopt;
+    }
+    // Box-shrink to about twice the final size; the last step is libvips'
+    // own resampling, which keeps the result as sharp as the other kinds.
+    const int longest = std::max(info.width, info.height);
+    const int shrink = std::max(1, longest / (2 * size));
+    if (!DecodeBmp(in, kMaxPixels, shrink, bitmap).ok()) {
+      return std::nullopt;
+    }
+    const vips::VImage image =
+        vips::VImage::new_from_memory(bitmap.rgb.data(), bitmap.rgb.size(),
+                                      bitmap.width, bitmap.height,
+                                      /*bands=*/3, VIPS_FORMAT_UCHAR)
+            .copy(vips::VImage::option()->set("interpretation",
+                                              VIPS_INTERPRETATION_sRGB));
+    return image.thumbnail_image(size, vips::VImage::option()
+                                           ->set("height", size)
+                                           ->set("size", VIPS_SIZE_DOWN));
+  }
+
+  std::string cache_folder_;
+  guint log_handler_;
+};
+
+}  // namespace
+
+std::unique_ptr<ImageOperations> MakeVipsImageOperations(
+    std::string cache_folder) {
+  // Starting libvips again is harmless. Its operation cache stays off: every
+  // thumbnail reads a different file, and cached loaders would keep photo
+  // files open.
+  if (VIPS_INIT("qbpd") == 0) {
+    vips_cache_set_max(0);
+  }
+  return std::make_unique<VipsImageOperations>(std::move(cache_folder));
+}
+
+}  // namespace qbpd
