@@ -60,8 +60,27 @@ std::vector<Token> Tokenize(const std::string& line) {
           break;
         }
         if (d == '\\' && i < line.size()) {
+          // Only the escapes below; any other backslash stands for itself,
+          // as in the settings' key paths.
           char e = line[i++];
-          s += e == 'n' ? '\n' : e == 'r' ? '\r' : e == 't' ? '\t' : e;
+          switch (e) {
+            case 'n':
+              s += '\n';
+              break;
+            case 'r':
+              s += '\r';
+              break;
+            case 't':
+              s += '\t';
+              break;
+            case '"':
+            case '\\':
+              s += e;
+              break;
+            default:
+              s += '\\';
+              s += e;
+          }
         } else {
           s += d;
         }
@@ -648,6 +667,21 @@ class Runner {
         f << content;
         if (!f) {
           throw HostAbort("Can't write file " + path);
+        }
+      };
+    } else if (verb == "copy") {
+      Require(t, 3, "copy \"from\" \"to\"");
+      std::string from = t[1].text;
+      std::string to = t[2].text;
+      s.run = [from, to] {
+        std::error_code error;
+        fs::copy(
+            from, to,
+            fs::copy_options::recursive | fs::copy_options::overwrite_existing,
+            error);
+        if (error) {
+          throw HostAbort("Can't copy " + from + " to " + to + ": " +
+                          error.message());
         }
       };
     } else if (verb == "echo") {
