@@ -119,7 +119,9 @@ bool ReplaceFile(const std::string& path, const std::string& text) {
 template <class Change>
 bool Modify(const std::string& path, Change change) {
   const std::optional<std::string> text = ReadText(path);
-  if (!text) {
+  // The parser stops at a NUL byte; rewriting such a file would drop all
+  // that follows it, so it is left alone.
+  if (!text || text->find('\0') != std::string::npos) {
     return false;
   }
   Profile profile;

@@ -225,10 +225,12 @@ class SqliteSettingsStore : public SettingsStore {
       sqlite3_busy_timeout(db_, kBusyTimeoutMs);
       // Write-ahead logging lets a reader and a writer work side by side.
       // The mode is kept in the file, so a busy moment here only means that
-      // another process is setting it; a file that isn't a database fails.
+      // another process is setting it, and a read-only file is read in the
+      // mode it has; a file that isn't a database fails.
       const int rc = sqlite3_exec(db_, "PRAGMA journal_mode=WAL", nullptr,
                                   nullptr, nullptr);
-      if (rc != SQLITE_OK && rc != SQLITE_BUSY && rc != SQLITE_LOCKED) {
+      if (rc != SQLITE_OK && rc != SQLITE_BUSY && rc != SQLITE_LOCKED &&
+          rc != SQLITE_READONLY) {
         Close();
         return false;
       }

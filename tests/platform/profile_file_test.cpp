@@ -236,6 +236,19 @@ TEST(ProfileFileTest, FailedWriteLeavesTheOldFile) {
   EXPECT_EQ(FilesIn(dir.path()), (std::vector<std::string>{"scr.ini"}));
 }
 
+// A stray NUL byte would hide the rest of the file from the parser; such a
+// file is read as far as it goes but never rewritten.
+TEST(ProfileFileTest, FileWithANulByteIsNotRewritten) {
+  testing::TempDir dir;
+  const std::string damaged =
+      std::string("[General]\nA=1\n") + '\0' + "\n[Holiday]\nImage1=x\n";
+  const auto ini = dir.WriteFile("scr.ini", damaged);
+  EXPECT_EQ(GetProfileString(ini.string(), "General", "A", ""), "1");
+  EXPECT_FALSE(WriteProfileString(ini.string(), "General", "B", "2"));
+  EXPECT_EQ(RemoveProfileKey(ini.string(), "General", "A"), 0);
+  EXPECT_EQ(testing::ReadFile(ini), damaged);
+}
+
 TEST(ProfileFileTest, WriteThroughASymbolicLinkKeepsTheLink) {
   testing::TempDir dir;
   const auto real = dir.WriteFile("real.ini", "[General]\nA=1\n");
