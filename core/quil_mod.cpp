@@ -42,27 +42,8 @@ std::string WithSeparator(std::string path) {
 
 }  // namespace
 
-std::string DropTrailingNul(std::string text) {
-  if (!text.empty() && text.back() == '\0') {
-    text.pop_back();
-  }
-  return text;
-}
-
-std::string CutAtFirstNul(std::string text) {
-  if (auto nul = text.find('\0'); nul != std::string::npos) {
-    text.resize(nul);
-  }
-  return text;
-}
-
 std::string Trim(std::string_view text) {
-  size_t first = text.find_first_not_of(' ');
-  if (first == std::string_view::npos) {
-    return std::string();
-  }
-  size_t last = text.find_last_not_of(' ');
-  return std::string(text.substr(first, last - first + 1));
+  return TrimSpaces(text);
 }
 
 std::string UpperCase(std::string_view text) {

@@ -1,6 +1,8 @@
 #ifndef QBPD_CORE_QUIL_MOD_H_
 #define QBPD_CORE_QUIL_MOD_H_
 
+#include "core/settings.h"
+
 #include <string>
 #include <string_view>
 
@@ -12,11 +14,6 @@ class Application;
 // hand-over between two starts, and the path helpers. Paths use "/"; a
 // folder path that the program keeps "with its trailing separator" ends in
 // "/".
-
-// The root of the program's settings tree.
-inline constexpr std::string_view kRootKey = "Software\\Quillbay Picture Desk";
-inline constexpr std::string_view kSiteSettingsKey =
-    "Software\\Quillbay Picture Desk\\SiteSettings";
 
 // Sets gsTempLoc (the user's private temp folder, with its separator; "" when
 // none can be made), gsThumbnailFolder and gsToJpgFolder below it (made when
@@ -45,10 +42,7 @@ std::string GetLongPathName(const std::string& path);
 // Creates each missing folder of `path`.
 void EnsureFolderPath(const std::string& path);
 
-// Reader clean-up of a settings value: drops one trailing NUL.
-std::string DropTrailingNul(std::string text);
-// Cuts a text at its first NUL.
-std::string CutAtFirstNul(std::string text);
+// Trims spaces at both ends.
 std::string Trim(std::string_view text);
 std::string UpperCase(std::string_view text);
 // The upper-cased extension of a path, without its dot ("" when none).

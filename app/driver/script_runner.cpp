@@ -245,6 +245,7 @@ struct Step {
   int line = 0;
   std::string text;
   Mode mode = Mode::kIdle;
+  int skip_pumps = 0;  // "inside pump N:" lets N - 1 pumps go by
   std::function<void()> run;
   std::function<int(const MsgBoxCall&)> answer;
   std::function<std::optional<std::string>(const std::string&)> dialog;
@@ -330,7 +331,7 @@ class Runner {
           if (s.mode == Step::Mode::kIdle) {
             host_->Queue(label, run);
           } else {
-            host_->QueueInside(label, run);
+            host_->QueueInside(label, run, s.skip_pumps);
           }
           break;
         }
@@ -454,7 +455,15 @@ class Runner {
   // --- the verbs ---------------------------------------------------------
   Step ParseStep(std::vector<Token> t) {
     const std::string verb = t[0].text;
-    if (verb == "inside:") {
+    int skip_pumps = 0;
+    if (verb == "inside" && t.size() >= 3 && t[1].text == "pump" &&
+        !t[2].text.empty() && t[2].text.back() == ':') {
+      // "inside pump N: STEP": the Nth pump of the step before takes it.
+      skip_pumps = std::max(0, std::atoi(t[2].text.c_str()) - 1);
+      t.erase(t.begin(), t.begin() + 2);
+      t[0].text = "inside:";
+    }
+    if (t[0].text == "inside:") {
       t.erase(t.begin());
       if (t.empty()) {
         throw ScriptSyntaxError("expected an action after inside:");
@@ -464,6 +473,7 @@ class Runner {
         throw ScriptSyntaxError("only a user action can run inside a pump");
       }
       inner.mode = Step::Mode::kInside;
+      inner.skip_pumps = skip_pumps;
       return inner;
     }
     Step s;

@@ -2,6 +2,7 @@
 
 #include "browser/frm_main_window.h"
 #include "core/frm_splash.h"
+#include "core/settings.h"
 
 namespace qbpd {
 
@@ -28,7 +29,6 @@ PlatformServices MakePlatformServices(std::unique_ptr<SettingsStore> settings) {
           ? MakePrivateTempFolder(services.places)
           : services.places.runtime + "/quillbay-picture-desk";
   services.instance = MakeSingleInstance(runtime);
-  services.resources = FindResourcesFolder(services.places);
   return services;
 }
 

@@ -50,9 +50,11 @@ void ScriptedHost::Queue(std::string description, std::function<void()> step) {
 }
 
 void ScriptedHost::QueueInside(std::string description,
-                               std::function<void()> step) {
+                               std::function<void()> step,
+                               int skip_pumps) {
   steps_.push_back(Step{StepKind::kInside, std::move(description),
-                        std::move(step), nullptr, nullptr, nullptr});
+                        std::move(step), nullptr, nullptr, nullptr,
+                        skip_pumps});
 }
 
 void ScriptedHost::QueueMsgBoxAnswer(
@@ -233,6 +235,10 @@ Form* ScriptedHost::ModalForm() const {
 
 void ScriptedHost::RunInsideSteps() {
   while (!steps_.empty() && steps_.front().kind == StepKind::kInside) {
+    if (steps_.front().skip_pumps > 0) {
+      --steps_.front().skip_pumps;
+      return;
+    }
     Step step = std::move(steps_.front());
     steps_.pop_front();
     step.run();
@@ -253,9 +259,17 @@ void ScriptedHost::Sleep(int ms) {
 void ScriptedHost::Advance(long long ms) {
   long long until = now_ms_ + ms;
   ++pumps_;
-  RunInsideSteps();
-  while (FireNextTimer(until)) {
+  // Sleep inside a handler pumps like DoEvents. A wait of the script itself
+  // leaves its "inside" steps to the handlers of the timers it fires, so
+  // that they land in the middle of what those handlers do.
+  const bool pumping = dispatch_depth() > 0;
+  if (pumping) {
     RunInsideSteps();
+  }
+  while (FireNextTimer(until)) {
+    if (pumping) {
+      RunInsideSteps();
+    }
   }
   now_ms_ = std::max(now_ms_, until);
 }

@@ -46,7 +46,10 @@ class ScriptedHost : public Host {
   // A step the user takes when the program is idle.
   void Queue(std::string description, std::function<void()> step);
   // A step that runs at the next pump (DoEvents or Sleep) of the program.
-  void QueueInside(std::string description, std::function<void()> step);
+  // `skip_pumps` lets that many pumps go by before the step runs.
+  void QueueInside(std::string description,
+                   std::function<void()> step,
+                   int skip_pumps = 0);
   // The answer to the next message box: `answer` may check the call (throw
   // HostAbort when it isn't what was expected) and returns the button.
   void QueueMsgBoxAnswer(std::string description,
@@ -127,6 +130,7 @@ class ScriptedHost : public Host {
     std::function<int(const MsgBoxCall&)> answer;
     std::function<std::optional<std::string>(const std::string&)> dialog;
     std::function<void(Menu&)> pick;
+    int skip_pumps = 0;
   };
   struct Scheduled {
     long long due;
