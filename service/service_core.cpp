@@ -691,7 +691,7 @@ json ServiceCore::GetAlbumList(std::int64_t account) {
     ids.push_back("");
     names.push_back("");
   }
-  return Ok({{"albums", {ids, names}}});
+  return Ok({{"albums", json::array({ids, names})}});
 }
 
 json ServiceCore::GetAddressBook(std::int64_t account) {
