@@ -406,18 +406,21 @@ class VipsImageOperations final : public ImageOperations {
       return std::nullopt;
     }
     const char* nickname = vips_nickname_find(g_type_from_name(loader));
-    if (nickname == nullptr ||
-        std::string_view(nickname) != ExpectedLoader(kind)) {
+    const char* expected = ExpectedLoader(kind);
+    if (nickname == nullptr || expected == nullptr ||
+        std::string_view(nickname) != expected) {
       return std::nullopt;
     }
-    const vips::VImage header = vips::VImage::new_from_source(
-        header_source, kLoaderOptions,
-        vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL));
-    if (header.width() <= 0 || header.height() <= 0 ||
-        static_cast<std::uint64_t>(header.width()) *
-                static_cast<std::uint64_t>(header.height()) >
-            kMaxPixels) {
-      return std::nullopt;
+    {
+      const vips::VImage header = vips::VImage::new_from_source(
+          header_source, kLoaderOptions,
+          vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL));
+      if (header.width() <= 0 || header.height() <= 0 ||
+          static_cast<std::uint64_t>(header.width()) *
+                  static_cast<std::uint64_t>(header.height()) >
+              kMaxPixels) {
+        return std::nullopt;
+      }
     }
     return vips::VImage::thumbnail_source(
         vips::VSource::new_from_descriptor(fd), size,

@@ -205,6 +205,43 @@ TEST_F(ImageOperationsTest, HonoursExifOrientationAndStripsMetadata) {
   EXPECT_EQ(image.get_typeof("orientation"), 0u);
 }
 
+TEST_F(ImageOperationsTest, FlattensTransparencyAndNarrowsDeepColour) {
+  std::vector<std::uint8_t> rgb = PhotoPixels(200, 100);
+  const vips::VImage photo =
+      vips::VImage::new_from_memory(rgb.data(), rgb.size(), 200, 100, 3,
+                                    VIPS_FORMAT_UCHAR)
+          .copy(vips::VImage::option()->set("interpretation",
+                                            VIPS_INTERPRETATION_sRGB));
+  // The top half fully transparent: it shows white in the thumbnail.
+  const vips::VImage alpha =
+      (vips::VImage::xyz(200, 100)[1] >= 50).cast(VIPS_FORMAT_UCHAR);
+  const fs::path transparent = photos() / "transparent.png";
+  photo.bandjoin(alpha).pngsave(transparent.c_str());
+  // Sixteen bits a channel.
+  const fs::path deep = photos() / "deep.png";
+  (photo.cast(VIPS_FORMAT_USHORT) * 257)
+      .cast(VIPS_FORMAT_USHORT)
+      .copy(vips::VImage::option()->set("interpretation",
+                                        VIPS_INTERPRETATION_RGB16))
+      .pngsave(deep.c_str());
+
+  ASSERT_EQ(images_->GenerateThumbnailExt(transparent, thumbs() / "t.jpg",
+                                          kSize, kQuality),
+            1);
+  const vips::VImage flat = LoadJpeg(thumbs() / "t.jpg");
+  ASSERT_EQ(flat.bands(), 3);
+  EXPECT_TRUE(Near(flat, 40, 2, 0xFFFFFF));
+  EXPECT_TRUE(Near(flat, 40, flat.height() - 3, kBlue));
+
+  ASSERT_EQ(
+      images_->GenerateThumbnailExt(deep, thumbs() / "d.jpg", kSize, kQuality),
+      1);
+  const vips::VImage narrow = LoadJpeg(thumbs() / "d.jpg");
+  EXPECT_EQ(narrow.format(), VIPS_FORMAT_UCHAR);
+  EXPECT_TRUE(Near(narrow, 40, 2, kRed));
+  EXPECT_TRUE(Near(narrow, 40, narrow.height() - 3, kBlue));
+}
+
 TEST_F(ImageOperationsTest, QualityParameterChangesTheEncoding) {
   const fs::path source = photos() / "noisy.png";
   WritePhoto(source, 800, 600);
