@@ -1,0 +1,114 @@
+// qbpd-service: the reference online service on one machine.
+
+#include "service/server.h"
+#include "service/service_core.h"
+
+#include <charconv>
+#include <cstdio>
+#include <exception>
+#include <pthread.h>
+#include <signal.h>
+#include <string>
+#include <string_view>
+#include <thread>
+
+namespace {
+
+constexpr int kUsageError = 2;
+
+struct Arguments {
+  int port = 8931;
+  std::string data_dir;
+  std::string listen = "127.0.0.1";
+  std::string upgrade_version = "1.1.0";
+  bool seed_demo = false;
+};
+
+void PrintUsage() {
+  std::fprintf(stderr,
+               "usage: qbpd-service --port N --data-dir DIR [--seed-demo] "
+               "[--listen ADDR] [--upgrade-version V]\n");
+}
+
+bool ParseArguments(int argc, char** argv, Arguments& args) {
+  for (int i = 1; i < argc; ++i) {
+    const std::string_view arg = argv[i];
+    const bool has_value = i + 1 < argc;
+    if (arg == "--seed-demo") {
+      args.seed_demo = true;
+    } else if (arg == "--port" && has_value) {
+      const std::string_view value = argv[++i];
+      const auto [end, error] =
+          std::from_chars(value.data(), value.data() + value.size(), args.port);
+      if (error != std::errc() || end != value.data() + value.size() ||
+          args.port < 0 || args.port > 65535) {
+        std::fprintf(stderr, "qbpd-service: bad port \"%s\"\n", argv[i]);
+        return false;
+      }
+    } else if (arg == "--data-dir" && has_value) {
+      args.data_dir = argv[++i];
+    } else if (arg == "--listen" && has_value) {
+      args.listen = argv[++i];
+    } else if (arg == "--upgrade-version" && has_value) {
+      args.upgrade_version = argv[++i];
+    } else {
+      std::fprintf(stderr,
+                   "qbpd-service: unknown or incomplete option \"%s\"\n",
+                   argv[i]);
+      return false;
+    }
+  }
+  if (args.data_dir.empty()) {
+    std::fprintf(stderr, "qbpd-service: --data-dir is required\n");
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Arguments args;
+  if (!ParseArguments(argc, argv, args)) {
+    PrintUsage();
+    return kUsageError;
+  }
+  // The signals are taken by one waiting thread, not by a handler, so that
+  // stopping the server happens outside signal context.
+  sigset_t stop_signals;
+  sigemptyset(&stop_signals);
+  sigaddset(&stop_signals, SIGTERM);
+  sigaddset(&stop_signals, SIGINT);
+  pthread_sigmask(SIG_BLOCK, &stop_signals, nullptr);
+
+  try {
+    qbpd::service::ServiceOptions options;
+    options.data_dir = args.data_dir;
+    options.seed_demo = args.seed_demo;
+    options.upgrade_version = args.upgrade_version;
+    qbpd::service::ServiceCore core(std::move(options));
+    qbpd::service::Server server(core);
+    const int port = server.Bind(args.listen, args.port);
+    if (port < 0) {
+      std::fprintf(stderr, "qbpd-service: cannot listen on %s:%d\n",
+                   args.listen.c_str(), args.port);
+      return 1;
+    }
+    std::printf("listening on %s:%d\n", args.listen.c_str(), port);
+    std::fflush(stdout);
+
+    std::thread waiter([&server, &stop_signals] {
+      int signal_number = 0;
+      sigwait(&stop_signals, &signal_number);
+      server.Stop();
+    });
+    const bool served = server.Run();
+    // Run can also end on its own; wake the waiter so that it can be joined.
+    pthread_kill(waiter.native_handle(), SIGTERM);
+    waiter.join();
+    return served ? 0 : 1;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "qbpd-service: %s\n", error.what());
+    return 1;
+  }
+}

@@ -1,0 +1,177 @@
+#include "service/server.h"
+
+#include "service/service_core.h"
+
+#include <httplib.h>
+#include <nlohmann/json.hpp>
+
+#include <exception>
+#include <fstream>
+#include <sstream>
+
+namespace qbpd::service {
+
+namespace {
+
+using nlohmann::json;
+
+constexpr int kMalformed = 400;
+constexpr int kNotFound = 404;
+constexpr int kTooLarge = 413;
+constexpr int kServerError = 500;
+// Room for the multipart framing around a photo of the largest size.
+constexpr size_t kMultipartSlack = 64 * 1024;
+
+void SendJson(httplib::Response& res, int status, const json& body) {
+  res.status = status;
+  res.set_content(body.dump(), "application/json");
+}
+
+void SendPage(httplib::Response& res, const PageResult& page) {
+  res.status = page.status;
+  res.set_content(page.html, "text/html; charset=utf-8");
+}
+
+std::string BaseOf(const httplib::Request& req) {
+  const std::string host = req.get_header_value("Host");
+  return "http://" + (host.empty() ? std::string("127.0.0.1") : host);
+}
+
+}  // namespace
+
+struct Server::Impl {
+  explicit Impl(ServiceCore& c) : core(c) {}
+  ServiceCore& core;
+  httplib::Server http;
+};
+
+Server::Server(ServiceCore& core) : impl_(std::make_unique<Impl>(core)) {
+  auto& http = impl_->http;
+  ServiceCore* service = &core;
+  http.set_payload_max_length(core.max_upload_bytes() + kMultipartSlack);
+
+  http.Post(R"(/api/([A-Za-z]+))", [service](const httplib::Request& req,
+                                             httplib::Response& res) {
+    const json request = json::parse(req.body, nullptr, false);
+    if (request.is_discarded() || !request.is_object()) {
+      SendJson(res, kMalformed, Failure("9999"));
+      return;
+    }
+    try {
+      const auto answer = service->Call(req.matches[1].str(), request);
+      if (!answer) {
+        SendJson(res, kNotFound, Failure("9999"));
+        return;
+      }
+      SendJson(res, 200, *answer);
+    } catch (const BadRequest&) {
+      SendJson(res, kMalformed, Failure("9999"));
+    }
+  });
+
+  http.Post("/exuploadimages", [service](const httplib::Request& req,
+                                         httplib::Response& res) {
+    if (!req.has_file("File")) {
+      json out = Failure("3002");
+      out["fatal"] = false;
+      out["albumId"] = "";
+      out["imageId"] = "";
+      SendJson(res, kMalformed, out);
+      return;
+    }
+    std::map<std::string, std::string> query;
+    for (const char* name :
+         {"authcode", "albumid", "albumname", "sourcecode", "file"}) {
+      query[name] = req.get_param_value(name);
+    }
+    const auto& file = req.get_file_value("File");
+    const json answer = service->Upload(query, file.content);
+    SendJson(res, answer["errCode"] == "3003" ? kTooLarge : 200, answer);
+  });
+
+  http.Get("/", [service](const httplib::Request&, httplib::Response& res) {
+    SendPage(res, service->HomePage());
+  });
+  http.Get(R"(/forgotpassword/t_=.*)",
+           [service](const httplib::Request&, httplib::Response& res) {
+             SendPage(res, service->ForgotPasswordPage());
+           });
+  http.Get(R"(/thumbnailshare/AlbumID=([^/]*)/u_=([^/]*))",
+           [service](const httplib::Request& req, httplib::Response& res) {
+             SendPage(res, service->AlbumPage(req.matches[1].str(),
+                                              req.matches[2].str()));
+           });
+  http.Get(R"(/addressbook/AlbumID=([^/]*)/u_=([^/]*))",
+           [service](const httplib::Request& req, httplib::Response& res) {
+             SendPage(res, service->AddressBookPage(req.matches[1].str(),
+                                                    req.matches[2].str()));
+           });
+  http.Get(R"(/orderstatus/o=([^/]*)/u_=([^/]*))",
+           [service](const httplib::Request& req, httplib::Response& res) {
+             SendPage(res, service->OrderStatusPage(req.matches[1].str(),
+                                                    req.matches[2].str()));
+           });
+  http.Get(R"(/photo/([^/]*)/u_=([^/]*))",
+           [service](const httplib::Request& req, httplib::Response& res) {
+             const auto photo =
+                 service->Photo(req.matches[1].str(), req.matches[2].str());
+             std::ifstream in;
+             if (photo) {
+               in.open(photo->path, std::ios::binary);
+             }
+             if (!in) {
+               res.status = kNotFound;
+               res.set_content("not found", "text/plain");
+               return;
+             }
+             std::ostringstream content;
+             content << in.rdbuf();
+             res.set_content(content.str(), photo->mime.c_str());
+           });
+  http.Get("/download/upgrade.xml", [service](const httplib::Request& req,
+                                              httplib::Response& res) {
+    res.set_content(service->UpgradeXml(BaseOf(req)), "application/xml");
+  });
+  http.Get("/download/upgrade1.exe", [service](const httplib::Request&,
+                                               httplib::Response& res) {
+    res.set_content(service->UpgradeFile(), "application/octet-stream");
+  });
+
+  http.set_exception_handler(
+      [](const httplib::Request&, httplib::Response& res, std::exception_ptr) {
+        SendJson(res, kServerError, Failure("9999"));
+      });
+  // Answers that httplib makes itself (too large, unknown path) carry the
+  // envelope too, so that a client can always read one.
+  http.set_error_handler([](const httplib::Request&, httplib::Response& res) {
+    if (!res.body.empty()) {
+      return;
+    }
+    json out = Failure(res.status == kTooLarge ? "3003" : "9999");
+    if (res.status == kTooLarge) {
+      out["fatal"] = false;
+    }
+    SendJson(res, res.status, out);
+  });
+}
+
+Server::~Server() {
+  Stop();
+}
+
+int Server::Bind(const std::string& host, int port) {
+  if (port == 0) {
+    return impl_->http.bind_to_any_port(host);
+  }
+  return impl_->http.bind_to_port(host, port) ? port : -1;
+}
+
+bool Server::Run() {
+  return impl_->http.listen_after_bind();
+}
+
+void Server::Stop() {
+  impl_->http.stop();
+}
+
+}  // namespace qbpd::service

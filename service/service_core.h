@@ -1,0 +1,120 @@
+#ifndef QBPD_SERVICE_SERVICE_CORE_H_
+#define QBPD_SERVICE_SERVICE_CORE_H_
+
+#include <nlohmann/json.hpp>
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+namespace qbpd::service {
+
+class Db;
+
+// A request that does not have the shape of the protocol.
+class BadRequest : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+struct ServiceOptions {
+  std::filesystem::path data_dir;
+  bool seed_demo = false;
+  std::size_t max_upload_bytes = 50u * 1024 * 1024;
+  std::int64_t session_seconds = 8 * 60 * 60;
+  std::string upgrade_version = "1.1.0";
+  // Unix seconds; the system clock when empty.
+  std::function<std::int64_t()> now;
+};
+
+struct PageResult {
+  int status = 200;
+  std::string html;
+};
+
+struct PhotoFile {
+  std::filesystem::path path;
+  std::string mime;
+};
+
+// The online service without its transport: the store, the operations, the
+// upload and the pages. Every public member may be called from several
+// threads; calls are serialised on one lock.
+class ServiceCore {
+ public:
+  // Opens (and on first use seeds) the data folder; throws on failure.
+  explicit ServiceCore(ServiceOptions options);
+  ServiceCore(const ServiceCore&) = delete;
+  ServiceCore& operator=(const ServiceCore&) = delete;
+  ~ServiceCore();
+
+  // One data operation: the request object in, the response envelope out.
+  // Throws BadRequest for a request of the wrong shape; an unknown operation
+  // gives std::nullopt.
+  std::optional<nlohmann::json> Call(const std::string& operation,
+                                     const nlohmann::json& request);
+
+  // One uploaded photo with the query values of the upload URL.
+  nlohmann::json Upload(const std::map<std::string, std::string>& query,
+                        const std::string& content);
+
+  std::size_t max_upload_bytes() const { return options_.max_upload_bytes; }
+
+  PageResult HomePage();
+  PageResult ForgotPasswordPage();
+  PageResult AlbumPage(const std::string& album_id, const std::string& code);
+  PageResult AddressBookPage(const std::string& album_id,
+                             const std::string& code);
+  PageResult OrderStatusPage(const std::string& order_id,
+                             const std::string& code);
+  std::optional<PhotoFile> Photo(const std::string& image_id,
+                                 const std::string& code);
+
+  // `base` is the scheme, host and port the client used.
+  std::string UpgradeXml(const std::string& base) const;
+  std::string UpgradeFile() const;
+
+ private:
+  std::int64_t Now() const;
+  std::optional<std::int64_t> Authenticate(const std::string& code);
+  std::string NewSession(std::int64_t account);
+  void Seed();
+  void SeedDemo();
+
+  nlohmann::json LoginUser(const nlohmann::json& request);
+  nlohmann::json RegisterUser(const nlohmann::json& request);
+  nlohmann::json GetUserInfo(std::int64_t account);
+  nlohmann::json GetPriceList();
+  nlohmann::json GetAlbumList(std::int64_t account);
+  nlohmann::json GetAddressBook(std::int64_t account);
+  nlohmann::json ShareAlbum(std::int64_t account,
+                            const nlohmann::json& request);
+  nlohmann::json GetAlbumPhotos(std::int64_t account,
+                                const nlohmann::json& request);
+  nlohmann::json PlaceOrder(std::int64_t account,
+                            const nlohmann::json& request);
+  nlohmann::json ConfirmOrder(std::int64_t account,
+                              const nlohmann::json& request);
+  nlohmann::json UpdateUserAddress(std::int64_t account,
+                                   const nlohmann::json& request);
+
+  std::optional<std::int64_t> OwnAlbum(std::int64_t account,
+                                       const std::string& album_id);
+
+  ServiceOptions options_;
+  std::mutex mutex_;
+  std::unique_ptr<Db> db_;
+};
+
+// The response envelope of a failure with the code's own sentence.
+nlohmann::json Failure(const std::string& code);
+
+}  // namespace qbpd::service
+
+#endif  // QBPD_SERVICE_SERVICE_CORE_H_
