@@ -105,8 +105,11 @@ bool WriteAll(int fd, const void* data, std::size_t size) {
   return true;
 }
 
-// Writes `data` to a temporary file beside `target`, flushes it to disk and
-// renames it over `target`, so a reader never sees half a thumbnail.
+// Writes `data` to a temporary file beside `target` and renames it over
+// `target`, so a reader sees the old file or the new one, never half of one.
+// There is no fsync: a thumbnail is made again from its photo whenever it is
+// missing, and an fsync costs more than making the thumbnail on a busy disk.
+// A cache entry that a power cut left empty counts as a miss.
 bool ReplaceFile(const std::string& target,
                  const void* data,
                  std::size_t size) {
@@ -124,7 +127,7 @@ bool ReplaceFile(const std::string& target,
   if (fd.get() < 0) {
     return false;
   }
-  bool ok = WriteAll(fd.get(), data, size) && ::fsync(fd.get()) == 0;
+  bool ok = WriteAll(fd.get(), data, size);
   ok = ::close(fd.release()) == 0 && ok;
   ok = ok && ::rename(temp.c_str(), target.c_str()) == 0;
   if (!ok) {
@@ -403,18 +406,21 @@ class VipsImageOperations final : public ImageOperations {
       return std::nullopt;
     }
     const char* nickname = vips_nickname_find(g_type_from_name(loader));
-    if (nickname == nullptr ||
-        std::string_view(nickname) != ExpectedLoader(kind)) {
+    const char* expected = ExpectedLoader(kind);
+    if (nickname == nullptr || expected == nullptr ||
+        std::string_view(nickname) != expected) {
       return std::nullopt;
     }
-    const vips::VImage header = vips::VImage::new_from_source(
-        header_source, kLoaderOptions,
-        vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL));
-    if (header.width() <= 0 || header.height() <= 0 ||
-        static_cast<std::uint64_t>(header.width()) *
-                static_cast<std::uint64_t>(header.height()) >
-            kMaxPixels) {
-      return std::nullopt;
+    {
+      const vips::VImage header = vips::VImage::new_from_source(
+          header_source, kLoaderOptions,
+          vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL));
+      if (header.width() <= 0 || header.height() <= 0 ||
+          static_cast<std::uint64_t>(header.width()) *
+                  static_cast<std::uint64_t>(header.height()) >
+              kMaxPixels) {
+        return std::nullopt;
+      }
     }
     return vips::VImage::thumbnail_source(
         vips::VSource::new_from_descriptor(fd), size,

@@ -1,0 +1,254 @@
+#include "platform/image_operations.h"
+
+#include <benchmark/benchmark.h>
+#include <vips/vips8>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace qbpd {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kSize = 85;
+constexpr int kQuality = 70;
+constexpr int kPhotoCount = 10;
+constexpr int kWidth = 4000;
+constexpr int kHeight = 3000;
+
+// The photos of one run, in a private folder removed at the end.
+struct Folder {
+  Folder() {
+    std::string pattern =
+        (fs::temp_directory_path() / "qbpd-bench-XXXXXX").string();
+    if (::mkdtemp(pattern.data()) == nullptr) {
+      throw std::runtime_error("mkdtemp failed");
+    }
+    root = pattern;
+    fs::create_directories(root / "photos");
+    fs::create_directories(root / "thumbs");
+  }
+  ~Folder() {
+    std::error_code error;
+    fs::remove_all(root, error);
+  }
+  fs::path root;
+  std::vector<std::string> jpegs;
+  std::string png;
+  std::string bmp;
+};
+
+// A 12-megapixel picture with photo-like content: smooth gradients under
+// sensor-like noise, which keeps the JPEG decoder as busy as a real photo.
+vips::VImage MakePicture(int seed) {
+  const vips::VImage xy = vips::VImage::xyz(kWidth, kHeight);
+  const vips::VImage x = xy[0] * (255.0 / kWidth);
+  const vips::VImage y = xy[1] * (255.0 / kHeight);
+  const vips::VImage noise = vips::VImage::gaussnoise(
+      kWidth, kHeight,
+      vips::VImage::option()->set("sigma", 12.0)->set("seed", seed));
+  return (x + noise)
+      .bandjoin(y + noise)
+      .bandjoin((x + y) * 0.5 - noise + seed * 7)
+      .cast(VIPS_FORMAT_UCHAR)
+      .copy(vips::VImage::option()->set("interpretation",
+                                        VIPS_INTERPRETATION_sRGB));
+}
+
+// A Windows bitmap of `image`, written by hand: libvips saves none.
+void SaveBmp(const vips::VImage& image, const std::string& path) {
+  const vips::VImage memory = image.copy_memory();
+  const auto* rgb = static_cast<const std::uint8_t*>(memory.data());
+  const std::size_t row_bytes = static_cast<std::size_t>(kWidth) * 3;
+  const std::uint32_t stride = (kWidth * 3 + 3) / 4 * 4;
+  std::string header(54, '\0');
+  auto put = [&header](std::size_t at, std::uint32_t v) {
+    for (int i = 0; i < 4; ++i) {
+      header[at + i] = static_cast<char>((v >> (8 * i)) & 0xFF);
+    }
+  };
+  header[0] = 'B';
+  header[1] = 'M';
+  put(2, 54 + stride * kHeight);
+  put(10, 54);
+  put(14, 40);
+  put(18, kWidth);
+  put(22, kHeight);
+  put(26, 1 | (24 << 16));  // one plane, 24 bits a pixel
+  std::ofstream out(path, std::ios::binary);
+  out << header;
+  std::string row(stride, '\0');
+  for (int y = kHeight - 1; y >= 0; --y) {
+    const std::uint8_t* p = rgb + static_cast<std::size_t>(y) * row_bytes;
+    for (int x = 0; x < kWidth; ++x) {
+      row[x * 3] = static_cast<char>(p[x * 3 + 2]);
+      row[x * 3 + 1] = static_cast<char>(p[x * 3 + 1]);
+      row[x * 3 + 2] = static_cast<char>(p[x * 3]);
+    }
+    out << row;
+  }
+}
+
+void MakePhotos(Folder& folder) {
+  for (int i = 0; i < kPhotoCount; ++i) {
+    const std::string path =
+        (folder.root / "photos" / ("photo" + std::to_string(i) + ".jpg"))
+            .string();
+    MakePicture(i).jpegsave(path.c_str(), vips::VImage::option()->set("Q", 90));
+    folder.jpegs.push_back(path);
+  }
+  const vips::VImage picture = MakePicture(kPhotoCount);
+  folder.png = (folder.root / "photos" / "photo.png").string();
+  picture.pngsave(folder.png.c_str(),
+                  vips::VImage::option()->set("compression", 3));
+  folder.bmp = (folder.root / "photos" / "photo.bmp").string();
+  SaveBmp(picture, folder.bmp);
+}
+
+// Ten JPEG thumbnails written beside each other, as with the cache off.
+void ThumbnailsNoCache(benchmark::State& state, const Folder& folder) {
+  const auto images = MakeVipsImageOperations((folder.root / "cache").string());
+  for (auto _ : state) {
+    for (const std::string& photo : folder.jpegs) {
+      const std::string target =
+          (folder.root / "thumbs" /
+           (fs::path(photo).filename().string() + ".jpg"))
+              .string();
+      if (images->GenerateThumbnailExt(photo, target, kSize, kQuality) != 1) {
+        state.SkipWithError("thumbnail failed");
+        return;
+      }
+    }
+  }
+  state.SetItemsProcessed(state.iterations() * kPhotoCount);
+}
+
+// The yardstick: libvips' own thumbnail of the same ten files, saved the
+// same way, with none of the checks above.
+void PlainLibvips(benchmark::State& state, const Folder& folder) {
+  const std::string target = (folder.root / "thumbs" / "plain.jpg").string();
+  for (auto _ : state) {
+    for (const std::string& photo : folder.jpegs) {
+      vips::VImage::thumbnail(photo.c_str(), kSize,
+                              vips::VImage::option()->set("height", kSize))
+          .jpegsave(
+              target.c_str(),
+              vips::VImage::option()->set("Q", kQuality)->set("strip", true));
+    }
+  }
+  state.SetItemsProcessed(state.iterations() * kPhotoCount);
+}
+
+// Ten thumbnails through the cache, emptied before every round.
+void CacheMiss(benchmark::State& state, const Folder& folder) {
+  const fs::path cache = folder.root / "cache-miss";
+  const auto images = MakeVipsImageOperations(cache.string());
+  std::string buffer;
+  for (auto _ : state) {
+    state.PauseTiming();
+    fs::remove_all(cache);
+    state.ResumeTiming();
+    for (const std::string& photo : folder.jpegs) {
+      if (images->GenerateThumbnailAndBuffer(photo, buffer, kSize, kQuality) !=
+          1) {
+        state.SkipWithError("thumbnail failed");
+        return;
+      }
+    }
+  }
+  state.SetItemsProcessed(state.iterations() * kPhotoCount);
+}
+
+// The same ten once the cache holds them.
+void CacheHit(benchmark::State& state, const Folder& folder) {
+  const auto images =
+      MakeVipsImageOperations((folder.root / "cache-hit").string());
+  std::string buffer;
+  for (const std::string& photo : folder.jpegs) {
+    if (images->GenerateThumbnailAndBuffer(photo, buffer, kSize, kQuality) !=
+        1) {
+      state.SkipWithError("thumbnail failed");
+      return;
+    }
+  }
+  for (auto _ : state) {
+    for (const std::string& photo : folder.jpegs) {
+      benchmark::DoNotOptimize(
+          images->GenerateThumbnailAndBuffer(photo, buffer, kSize, kQuality));
+    }
+  }
+  state.SetItemsProcessed(state.iterations() * kPhotoCount);
+}
+
+// One thumbnail of a 12-megapixel PNG or bitmap.
+void OneThumbnail(benchmark::State& state,
+                  const Folder& folder,
+                  const std::string& photo) {
+  const auto images = MakeVipsImageOperations((folder.root / "cache").string());
+  const std::string target = (folder.root / "thumbs" / "one.jpg").string();
+  for (auto _ : state) {
+    if (images->GenerateThumbnailExt(photo, target, kSize, kQuality) != 1) {
+      state.SkipWithError("thumbnail failed");
+      return;
+    }
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+
+}  // namespace
+}  // namespace qbpd
+
+int main(int argc, char** argv) {
+  if (VIPS_INIT(argv[0]) != 0) {
+    return 1;
+  }
+  benchmark::Initialize(&argc, argv);
+  qbpd::Folder folder;
+  qbpd::MakePhotos(folder);
+  const qbpd::Folder& photos = folder;
+  benchmark::RegisterBenchmark(
+      "ThumbnailsOfTenJpegs/NoCache",
+      [&](benchmark::State& s) { qbpd::ThumbnailsNoCache(s, photos); })
+      ->Unit(benchmark::kMillisecond)
+      ->UseRealTime()
+      ->MinTime(3.0);
+  benchmark::RegisterBenchmark(
+      "ThumbnailsOfTenJpegs/PlainLibvips",
+      [&](benchmark::State& s) { qbpd::PlainLibvips(s, photos); })
+      ->Unit(benchmark::kMillisecond)
+      ->UseRealTime()
+      ->MinTime(3.0);
+  benchmark::RegisterBenchmark(
+      "ThumbnailsOfTenJpegs/CacheMiss",
+      [&](benchmark::State& s) { qbpd::CacheMiss(s, photos); })
+      ->Unit(benchmark::kMillisecond)
+      ->UseRealTime()
+      ->MinTime(3.0);
+  benchmark::RegisterBenchmark(
+      "ThumbnailsOfTenJpegs/CacheHit",
+      [&](benchmark::State& s) { qbpd::CacheHit(s, photos); })
+      ->Unit(benchmark::kMillisecond)
+      ->UseRealTime()
+      ->MinTime(3.0);
+  benchmark::RegisterBenchmark(
+      "OneThumbnail/Png12MP",
+      [&](benchmark::State& s) { qbpd::OneThumbnail(s, photos, photos.png); })
+      ->Unit(benchmark::kMillisecond)
+      ->UseRealTime()
+      ->MinTime(3.0);
+  benchmark::RegisterBenchmark(
+      "OneThumbnail/Bmp12MP",
+      [&](benchmark::State& s) { qbpd::OneThumbnail(s, photos, photos.bmp); })
+      ->Unit(benchmark::kMillisecond)
+      ->UseRealTime()
+      ->MinTime(3.0);
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}

@@ -1,0 +1,1044 @@
+#include "online/service_client.h"
+
+#include "online/service_json.h"
+#include "platform/forms/host.h"
+#include "platform/http_transport.h"
+#include "platform/json_value.h"
+
+#include <array>
+#include <cctype>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <optional>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace qbpd {
+
+namespace {
+
+constexpr char kServerProblem[] =
+    "There is some problem with the server, please try after some time...";
+constexpr char kCheckConnection[] = "Please check Internet Connection";
+constexpr char kCancelledText[] = "The request was cancelled.";
+constexpr char kBusyText[] =
+    "Another request of this connection is still running.";
+constexpr char kUnreadableAnswer[] =
+    "The service sent an answer that could not be read.";
+
+// The upgrade file may be larger than any answer of the service.
+constexpr size_t kMaxDownloadBytes = 512u * 1024 * 1024;
+
+// --- reading the answer's values -------------------------------------------
+// Each reader returns false when the value has the wrong shape; the caller
+// then treats the whole answer as unreadable.
+
+bool IsScalar(const JsonValue& v) {
+  return !v.is_array() && !v.is_object();
+}
+
+bool ReadText(const JsonValue& v, std::string& out) {
+  if (!IsScalar(v)) {
+    return false;
+  }
+  out = v.AsText();
+  return true;
+}
+
+bool ReadStrings(const JsonValue& v, StringArray& out) {
+  if (!v.is_array()) {
+    return false;
+  }
+  StringArray result;
+  for (const JsonValue& item : v.items()) {
+    if (!IsScalar(item)) {
+      return false;
+    }
+    result.push_back(item.AsText());
+  }
+  out = std::move(result);
+  return true;
+}
+
+bool ReadGrid(const JsonValue& v, TextGrid& out) {
+  if (!v.is_array()) {
+    return false;
+  }
+  std::vector<std::vector<std::string>> rows;
+  for (const JsonValue& row : v.items()) {
+    StringArray cells;
+    if (!ReadStrings(row, cells)) {
+      return false;
+    }
+    rows.push_back(std::move(cells));
+  }
+  out = TextGrid::FromRows(rows);
+  return true;
+}
+
+// A [key, value] pair of a dictionary.
+const JsonValue* PairValue(const JsonValue& pair, std::string& key) {
+  if (!pair.is_array() || pair.items().size() != 2 ||
+      !ReadText(pair.items()[0], key)) {
+    return nullptr;
+  }
+  return &pair.items()[1];
+}
+
+bool ReadDictionary(const JsonValue& v, TextDictionary& out) {
+  if (!v.is_array()) {
+    return false;
+  }
+  TextDictionary result;
+  for (const JsonValue& pair : v.items()) {
+    std::string key;
+    const JsonValue* item = PairValue(pair, key);
+    std::string text;
+    if (item == nullptr || !ReadText(*item, text) || result.Exists(key)) {
+      return false;
+    }
+    result.Add(key, text);
+  }
+  out = std::move(result);
+  return true;
+}
+
+bool ReadPriceTiers(const JsonValue& v, PriceTierDictionary& out) {
+  if (!v.is_array()) {
+    return false;
+  }
+  PriceTierDictionary result;
+  for (const JsonValue& pair : v.items()) {
+    std::string key;
+    const JsonValue* item = PairValue(pair, key);
+    TextGrid tiers;
+    if (item == nullptr || !ReadGrid(*item, tiers)) {
+      return false;
+    }
+    char* end = nullptr;
+    long size_number = std::strtol(key.c_str(), &end, 10);
+    if (key.empty() || *end != '\0' || size_number < 0 || size_number > 99 ||
+        result.Exists(static_cast<int>(size_number))) {
+      return false;
+    }
+    result.Add(static_cast<int>(size_number), std::move(tiers));
+  }
+  out = std::move(result);
+  return true;
+}
+
+bool ReadPrintLines(const JsonValue& v, PrintLineCollection& out) {
+  if (!v.is_array()) {
+    return false;
+  }
+  PrintLineCollection result;
+  for (const JsonValue& line : v.items()) {
+    const JsonValue* key = line.Find("key");
+    const JsonValue* rows = line.Find("rows");
+    std::string key_text;
+    TextGrid grid;
+    if (key == nullptr || rows == nullptr || !ReadText(*key, key_text) ||
+        !ReadGrid(*rows, grid) ||
+        (!key_text.empty() && result.Exists(key_text))) {
+      return false;
+    }
+    result.Add(std::move(grid), key_text);
+  }
+  out = std::move(result);
+  return true;
+}
+
+// Amounts travel as text; a number is read as the program reads one: the
+// leading number, 0 for none.
+bool ReadAmount(const JsonValue& v, double& out) {
+  if (v.kind() == JsonValue::Kind::kNumber) {
+    out = v.number();
+    return true;
+  }
+  std::string text;
+  if (!ReadText(v, text)) {
+    return false;
+  }
+  out = std::strtod(text.c_str(), nullptr);
+  return true;
+}
+
+// Pads an array to at least `size` cells, as the program sizes its records.
+void PadTo(StringArray& cells, size_t size) {
+  if (cells.size() < size) {
+    cells.resize(size);
+  }
+}
+
+// The text of one element of a small XML file, entities decoded and blanks
+// trimmed; nothing when the element is missing.
+std::optional<std::string> XmlElementText(const std::string& xml,
+                                          const std::string& name) {
+  size_t open = 0;
+  while (true) {
+    open = xml.find("<" + name, open);
+    if (open == std::string::npos) {
+      return std::nullopt;
+    }
+    char after = open + name.size() + 1 < xml.size()
+                     ? xml[open + name.size() + 1]
+                     : '\0';
+    if (after == '>' || std::isspace(static_cast<unsigned char>(after))) {
+      break;
+    }
+    open += name.size() + 1;
+  }
+  size_t start = xml.find('>', open);
+  if (start == std::string::npos) {
+    return std::nullopt;
+  }
+  ++start;
+  size_t end = xml.find("</" + name, start);
+  if (end == std::string::npos) {
+    return std::nullopt;
+  }
+  std::string raw = xml.substr(start, end - start);
+  static constexpr std::array<std::pair<const char*, char>, 5> kEntities = {{
+      {"&lt;", '<'},
+      {"&gt;", '>'},
+      {"&quot;", '"'},
+      {"&apos;", '\''},
+      {"&amp;", '&'},
+  }};
+  std::string text;
+  for (size_t i = 0; i < raw.size();) {
+    bool matched = false;
+    if (raw[i] == '&') {
+      for (const auto& [entity, c] : kEntities) {
+        std::string_view e(entity);
+        if (raw.compare(i, e.size(), e) == 0) {
+          text += c;
+          i += e.size();
+          matched = true;
+          break;
+        }
+      }
+    }
+    if (!matched) {
+      text += raw[i++];
+    }
+  }
+  size_t first = text.find_first_not_of(" \t\r\n");
+  size_t last = text.find_last_not_of(" \t\r\n");
+  return first == std::string::npos ? std::string()
+                                    : text.substr(first, last - first + 1);
+}
+
+std::string LowerExtension(const std::string& path) {
+  std::string ext = std::filesystem::path(path).extension().string();
+  for (char& c : ext) {
+    c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  }
+  return ext;
+}
+
+std::string ContentTypeOf(const std::string& path) {
+  std::string ext = LowerExtension(path);
+  if (ext == ".jpg" || ext == ".jpeg" || ext == ".jpe") {
+    return "image/jpeg";
+  }
+  if (ext == ".png") {
+    return "image/png";
+  }
+  if (ext == ".bmp") {
+    return "image/bmp";
+  }
+  if (ext == ".tif" || ext == ".tiff") {
+    return "image/tiff";
+  }
+  return "application/octet-stream";
+}
+
+// The name a download is saved under: the last part of the URL's path.
+std::string DownloadName(const std::string& url) {
+  std::string path = url.substr(0, url.find_first_of("?#"));
+  size_t scheme = path.find("://");
+  if (scheme != std::string::npos) {
+    size_t slash = path.find('/', scheme + 3);
+    path = slash == std::string::npos ? "" : path.substr(slash);
+  }
+  std::string name = path.substr(path.find_last_of('/') + 1);
+  if (name.empty() || name == "." || name == "..") {
+    return "download";
+  }
+  return name;
+}
+
+// Writes `data` to `target` through a temporary file in the same folder,
+// flushed and renamed over, so that the target is whole or absent.
+bool WriteFileAtomically(const std::filesystem::path& target,
+                         const std::string& data,
+                         std::string& error) {
+  std::string pattern = (target.parent_path() / ".download-XXXXXX").string();
+  int fd = mkstemp(pattern.data());
+  if (fd < 0) {
+    error = "The folder " + target.parent_path().string() +
+            " can't take the download.";
+    return false;
+  }
+  size_t written = 0;
+  while (written < data.size()) {
+    ssize_t n = write(fd, data.data() + written, data.size() - written);
+    if (n <= 0) {
+      break;
+    }
+    written += static_cast<size_t>(n);
+  }
+  // The upgrade is a program that is started after the download.
+  bool ok = written == data.size() && fchmod(fd, 0755) == 0 && fsync(fd) == 0;
+  ok = close(fd) == 0 && ok;
+  if (ok) {
+    ok = rename(pattern.c_str(), target.c_str()) == 0;
+  }
+  if (!ok) {
+    unlink(pattern.c_str());
+    error = "The download could not be written to " + target.string() + ".";
+  }
+  return ok;
+}
+
+// --- the client ----------------------------------------------------------
+
+// What came of one exchange.
+struct Answer {
+  bool ok = false;
+  JsonValue envelope;
+  bool connection_lost = false;  // errCode "0"
+  bool cancelled = false;
+  bool from_envelope = false;  // the service itself said no
+  bool local_failure = false;  // the request couldn't be made here
+  std::string error_code;
+  std::string error_text;
+};
+
+class ServiceClient final : public ctlExtAPI {
+ public:
+  ServiceClient(Host& host, HttpTransportFactory factory)
+      : host_(host), factory_(std::move(factory)) {
+    if (!factory_) {
+      factory_ = [] { return MakeCurlTransport(); };
+    }
+  }
+
+  bool LoginUser(const std::string& site,
+                 const std::string& email,
+                 const std::string& password,
+                 StringArray& session,
+                 std::string& errCode,
+                 std::string& errText) override {
+    JsonValue body = JsonValue::Object();
+    body.Set("email", email);
+    body.Set("password", password);
+    StringArray new_session;
+    return Call(site, "LoginUser", std::move(body), errCode, errText,
+                [&](const JsonValue& env) {
+                  if (!Optional(env, "session", [&](const JsonValue& v) {
+                        return ReadStrings(v, new_session);
+                      })) {
+                    return false;
+                  }
+                  PadTo(new_session, 2);
+                  session = std::move(new_session);
+                  return true;
+                });
+  }
+
+  bool GetUserInfo(const std::string& site,
+                   const std::string& authCode,
+                   std::string& accountType,
+                   StringArray& profile,
+                   StringArray& address,
+                   StringArray& card,
+                   std::string& errCode,
+                   std::string& errText) override {
+    JsonValue body = JsonValue::Object();
+    body.Set("authCode", authCode);
+    std::string type = accountType;
+    StringArray new_profile = profile;
+    StringArray new_address = address;
+    StringArray new_card = card;
+    return Call(site, "GetUserInfo", std::move(body), errCode, errText,
+                [&](const JsonValue& env) {
+                  if (!Optional(env, "accountType",
+                                [&](const JsonValue& v) {
+                                  return ReadText(v, type);
+                                }) ||
+                      !Optional(env, "profile",
+                                [&](const JsonValue& v) {
+                                  return ReadStrings(v, new_profile);
+                                }) ||
+                      !Optional(env, "address",
+                                [&](const JsonValue& v) {
+                                  return ReadStrings(v, new_address);
+                                }) ||
+                      !Optional(env, "card", [&](const JsonValue& v) {
+                        return ReadStrings(v, new_card);
+                      })) {
+                    return false;
+                  }
+                  PadTo(new_profile, 5);
+                  PadTo(new_address, 8);
+                  PadTo(new_card, 5);
+                  accountType = std::move(type);
+                  profile = std::move(new_profile);
+                  address = std::move(new_address);
+                  card = std::move(new_card);
+                  return true;
+                });
+  }
+
+  bool GetPriceList(const std::string& site,
+                    PriceTierDictionary& prices,
+                    TextGrid& rates,
+                    std::string& errCode,
+                    std::string& errText) override {
+    PriceTierDictionary new_prices = prices;
+    TextGrid new_rates = rates;
+    return Call(site, "GetPriceList", JsonValue::Object(), errCode, errText,
+                [&](const JsonValue& env) {
+                  if (!Optional(env, "priceTiers",
+                                [&](const JsonValue& v) {
+                                  return ReadPriceTiers(v, new_prices);
+                                }) ||
+                      !Optional(env, "shippingBands", [&](const JsonValue& v) {
+                        return ReadGrid(v, new_rates);
+                      })) {
+                    return false;
+                  }
+                  prices = std::move(new_prices);
+                  rates = std::move(new_rates);
+                  return true;
+                });
+  }
+
+  bool GetAlbumList(const std::string& site,
+                    const std::string& authCode,
+                    TextGrid& albums,
+                    std::string& errCode,
+                    std::string& errText) override {
+    JsonValue body = JsonValue::Object();
+    body.Set("authCode", authCode);
+    TextGrid new_albums = albums;
+    return Call(site, "GetAlbumList", std::move(body), errCode, errText,
+                [&](const JsonValue& env) {
+                  if (!Optional(env, "albums", [&](const JsonValue& v) {
+                        return ReadGrid(v, new_albums);
+                      })) {
+                    return false;
+                  }
+                  // Callers read (1, 0) to learn that there is no album.
+                  if (new_albums.Rows() < 2 || new_albums.Columns() < 1) {
+                    new_albums.ReDim(2, std::max(new_albums.Columns(), 1),
+                                     /*preserve=*/true);
+                  }
+                  albums = std::move(new_albums);
+                  return true;
+                });
+  }
+
+  bool GetAddressBook(const std::string& site,
+                      const std::string& authCode,
+                      StringArray& emails,
+                      std::string& errCode,
+                      std::string& errText) override {
+    JsonValue body = JsonValue::Object();
+    body.Set("authCode", authCode);
+    StringArray new_emails = emails;
+    return Call(site, "GetAddressBook", std::move(body), errCode, errText,
+                [&](const JsonValue& env) {
+                  if (!Optional(env, "emails", [&](const JsonValue& v) {
+                        return ReadStrings(v, new_emails);
+                      })) {
+                    return false;
+                  }
+                  emails = std::move(new_emails);
+                  return true;
+                });
+  }
+
+  bool RegisterUser(const std::string& site,
+                    const StringArray& fields,
+                    StringArray& result,
+                    std::string& errCode,
+                    std::string& errText) override {
+    JsonValue body = JsonValue::Object();
+    body.Set("fields", JsonValue::Strings(fields));
+    StringArray new_result = result;
+    return Call(site, "RegisterUser", std::move(body), errCode, errText,
+                [&](const JsonValue& env) {
+                  if (!Optional(env, "result", [&](const JsonValue& v) {
+                        return ReadStrings(v, new_result);
+                      })) {
+                    return false;
+                  }
+                  PadTo(new_result, 1);
+                  result = std::move(new_result);
+                  return true;
+                });
+  }
+
+  bool UploadFile(const std::string& url,
+                  const std::string& filePath,
+                  std::string& errCode,
+                  std::string& errText,
+                  const std::string& fieldName,
+                  std::string& albumId,
+                  std::string& imageId,
+                  bool& fatal) override {
+    HttpRequest request;
+    request.method = "POST";
+    request.url = EncodeUploadUrl(url);
+    request.file = HttpFilePart{fieldName, filePath, ContentTypeOf(filePath)};
+    Answer answer = Exchange(request, /*expect_envelope=*/true);
+    if (!answer.ok) {
+      if (answer.from_envelope) {
+        // The service says whether further photos can succeed.
+        const JsonValue* flag = answer.envelope.Find("fatal");
+        fatal = flag != nullptr && flag->AsBool();
+      } else {
+        // A lost connection or a service that fails without its own answer
+        // will fail the next photo too; a cancel or a file that can't be
+        // read concerns this photo only.
+        fatal = !answer.cancelled && !answer.local_failure;
+      }
+    }
+    if (!answer.ok) {
+      return Fail(answer, errCode, errText);
+    }
+    std::string new_album = albumId;
+    std::string new_image;
+    const JsonValue& env = answer.envelope;
+    if (!Optional(env, "albumId",
+                  [&](const JsonValue& v) { return ReadText(v, new_album); }) ||
+        !Optional(env, "imageId",
+                  [&](const JsonValue& v) { return ReadText(v, new_image); })) {
+      fatal = true;
+      errCode = kErrServiceFailed;
+      errText = kUnreadableAnswer;
+      return false;
+    }
+    albumId = std::move(new_album);
+    imageId = std::move(new_image);
+    const JsonValue* flag = env.Find("fatal");
+    fatal = flag != nullptr && flag->AsBool();
+    return true;
+  }
+
+  bool ShareAlbum(const std::string& site,
+                  const std::string& authCode,
+                  const std::string& albumId,
+                  const StringArray& emails,
+                  const std::string& subject,
+                  const std::string& message,
+                  const std::string& access,
+                  std::string& accepted,
+                  std::string& errCode,
+                  std::string& errText) override {
+    JsonValue body = JsonValue::Object();
+    body.Set("authCode", authCode);
+    body.Set("albumId", albumId);
+    body.Set("emails", JsonValue::Strings(emails));
+    body.Set("subject", subject);
+    body.Set("message", message);
+    body.Set("access", access);
+    std::string new_accepted;
+    return Call(site, "ShareAlbum", std::move(body), errCode, errText,
+                [&](const JsonValue& env) {
+                  if (!Optional(env, "accepted", [&](const JsonValue& v) {
+                        return ReadText(v, new_accepted);
+                      })) {
+                    return false;
+                  }
+                  accepted = std::move(new_accepted);
+                  return true;
+                });
+  }
+
+  bool GetAlbumPhotos(const std::string& site,
+                      const std::string& authCode,
+                      const std::string& albumId,
+                      TextDictionary& photos,
+                      std::string& errCode,
+                      std::string& errText) override {
+    JsonValue body = JsonValue::Object();
+    body.Set("authCode", authCode);
+    body.Set("albumId", albumId);
+    TextDictionary new_photos;
+    return Call(site, "GetAlbumPhotos", std::move(body), errCode, errText,
+                [&](const JsonValue& env) {
+                  if (!Optional(env, "photos", [&](const JsonValue& v) {
+                        return ReadDictionary(v, new_photos);
+                      })) {
+                    return false;
+                  }
+                  photos = std::move(new_photos);
+                  return true;
+                });
+  }
+
+  bool PlaceOrder(const std::string& site,
+                  const std::string& authCode,
+                  const std::string& userCode,
+                  const std::string& couponCode,
+                  PrintLineCollection& orderLines,
+                  TextDictionary& orderIndex,
+                  TextGrid& sizeTotals,
+                  TextGrid& freePrints,
+                  std::string& orderId,
+                  std::string& shipping,
+                  TextGrid& orderTax,
+                  StringArray& couponResult,
+                  double& costOfPrints,
+                  double& orderTotal,
+                  std::string& errCode,
+                  std::string& errText,
+                  const StringArray* shipTo) override {
+    JsonValue body = JsonValue::Object();
+    body.Set("authCode", authCode);
+    body.Set("userCode", userCode);
+    body.Set("couponCode", couponCode);
+    body.Set("orderLines", PrintLinesJson(orderLines));
+    body.Set("orderIndex", DictionaryJson(orderIndex));
+    if (shipTo != nullptr) {
+      body.Set("shipTo", JsonValue::Strings(*shipTo));
+    }
+    PrintLineCollection new_lines = orderLines;
+    TextDictionary new_index = orderIndex;
+    TextGrid new_totals = sizeTotals;
+    TextGrid new_free = freePrints;
+    std::string new_id = orderId;
+    std::string new_shipping = shipping;
+    TextGrid new_tax = orderTax;
+    StringArray new_coupon = couponResult;
+    double new_cost = costOfPrints;
+    double new_total = orderTotal;
+    return Call(
+        site, "PlaceOrder", std::move(body), errCode, errText,
+        [&](const JsonValue& env) {
+          bool readable =
+              Optional(env, "orderLines",
+                       [&](const JsonValue& v) {
+                         return ReadPrintLines(v, new_lines);
+                       }) &&
+              Optional(env, "orderIndex",
+                       [&](const JsonValue& v) {
+                         return ReadDictionary(v, new_index);
+                       }) &&
+              Optional(env, "sizeTotals",
+                       [&](const JsonValue& v) {
+                         return ReadGrid(v, new_totals);
+                       }) &&
+              Optional(
+                  env, "freePrints",
+                  [&](const JsonValue& v) { return ReadGrid(v, new_free); }) &&
+              Optional(
+                  env, "orderId",
+                  [&](const JsonValue& v) { return ReadText(v, new_id); }) &&
+              Optional(env, "shipping",
+                       [&](const JsonValue& v) {
+                         return ReadText(v, new_shipping);
+                       }) &&
+              Optional(
+                  env, "orderTax",
+                  [&](const JsonValue& v) { return ReadGrid(v, new_tax); }) &&
+              Optional(env, "couponResult",
+                       [&](const JsonValue& v) {
+                         return ReadStrings(v, new_coupon);
+                       }) &&
+              Optional(env, "costOfPrints",
+                       [&](const JsonValue& v) {
+                         return ReadAmount(v, new_cost);
+                       }) &&
+              Optional(env, "orderTotal", [&](const JsonValue& v) {
+                return ReadAmount(v, new_total);
+              });
+          if (!readable) {
+            return false;
+          }
+          PadTo(new_coupon, 4);
+          orderLines = std::move(new_lines);
+          orderIndex = std::move(new_index);
+          sizeTotals = std::move(new_totals);
+          freePrints = std::move(new_free);
+          orderId = std::move(new_id);
+          shipping = std::move(new_shipping);
+          orderTax = std::move(new_tax);
+          couponResult = std::move(new_coupon);
+          costOfPrints = new_cost;
+          orderTotal = new_total;
+          return true;
+        });
+  }
+
+  bool ConfirmOrder(const std::string& site,
+                    const std::string& authCode,
+                    const std::string& orderId,
+                    const std::string& couponCode,
+                    std::string& errCode,
+                    std::string& errText) override {
+    JsonValue body = JsonValue::Object();
+    body.Set("authCode", authCode);
+    body.Set("orderId", orderId);
+    body.Set("couponCode", couponCode);
+    return Call(site, "ConfirmOrder", std::move(body), errCode, errText,
+                [](const JsonValue&) { return true; });
+  }
+
+  bool UpdateUserAddress(const std::string& site,
+                         const std::string& authCode,
+                         const std::string& email,
+                         const std::string& password,
+                         const StringArray& address,
+                         const StringArray& card,
+                         StringArray& session,
+                         std::string& errCode,
+                         std::string& errText,
+                         bool cardChanged,
+                         const std::string& storedCardNumber) override {
+    JsonValue body = JsonValue::Object();
+    body.Set("authCode", authCode);
+    body.Set("email", email);
+    body.Set("password", password);
+    body.Set("address", JsonValue::Strings(address));
+    body.Set("card", JsonValue::Strings(card));
+    body.Set("cardChanged", cardChanged);
+    body.Set("storedCardNumber", storedCardNumber);
+    StringArray new_session = session;
+    return Call(site, "UpdateUserAddress", std::move(body), errCode, errText,
+                [&](const JsonValue& env) {
+                  if (!Optional(env, "session", [&](const JsonValue& v) {
+                        return ReadStrings(v, new_session);
+                      })) {
+                    return false;
+                  }
+                  PadTo(new_session, 1);
+                  session = std::move(new_session);
+                  return true;
+                });
+  }
+
+  bool GetUpgradeInfo(const std::string& url,
+                      const std::string& currentVersion,
+                      std::string& downloadLocation,
+                      std::string& newVersion,
+                      std::string& fileSize,
+                      std::string& notes) override {
+    HttpRequest request;
+    request.url = url;
+    Answer answer = Exchange(request, /*expect_envelope=*/false);
+    if (!answer.ok) {
+      return false;
+    }
+    const std::string& xml = answer.envelope.text();
+    std::optional<std::string> version = XmlElementText(xml, "version");
+    std::optional<std::string> location = XmlElementText(xml, "location");
+    if (!version || !location) {
+      return false;
+    }
+    downloadLocation = *location;
+    newVersion = *version;
+    fileSize = XmlElementText(xml, "size").value_or("");
+    notes = XmlElementText(xml, "notes").value_or("");
+    return !version->empty() && CompareVersions(*version, currentVersion) > 0;
+  }
+
+  bool DownloadFile(const std::string& url,
+                    const std::string& targetFolder,
+                    std::string& savedPath,
+                    std::string& errText) override {
+    std::error_code ec;
+    if (!std::filesystem::is_directory(targetFolder, ec)) {
+      errText = "The folder " + targetFolder + " does not exist.";
+      return false;
+    }
+    HttpRequest request;
+    request.url = url;
+    request.max_response_bytes = kMaxDownloadBytes;
+    Answer answer = Exchange(request, /*expect_envelope=*/false);
+    if (!answer.ok) {
+      errText = answer.error_text;
+      return false;
+    }
+    std::filesystem::path target =
+        std::filesystem::path(targetFolder) / DownloadName(url);
+    if (!WriteFileAtomically(target, answer.envelope.text(), errText)) {
+      return false;
+    }
+    savedPath = target.string();
+    return true;
+  }
+
+  void CancelRequest(bool cancel) override {
+    if (!cancel) {
+      return;
+    }
+    if (busy_) {
+      cancel_requested_ = true;
+      if (transport_) {
+        transport_->Cancel();
+      }
+    } else {
+      cancelled_ = true;
+    }
+  }
+
+  bool IsBusy() const override { return busy_; }
+  bool IsCancelled() const override { return cancelled_; }
+
+ private:
+  // Reads the member `name` of the envelope with `reader`; a missing member
+  // leaves the output as it was.
+  template <class Reader>
+  static bool Optional(const JsonValue& envelope,
+                       const char* name,
+                       Reader reader) {
+    const JsonValue* v = envelope.Find(name);
+    return v == nullptr || v->is_null() || reader(*v);
+  }
+
+  template <class Apply>
+  bool Call(const std::string& site,
+            const std::string& operation,
+            JsonValue body,
+            std::string& errCode,
+            std::string& errText,
+            Apply apply) {
+    HttpRequest request;
+    request.method = "POST";
+    request.url = OperationUrl(site, operation);
+    request.headers.emplace_back("Content-Type", "application/json");
+    request.headers.emplace_back("Accept", "application/json");
+    request.body = SerializeJson(body);
+    Answer answer = Exchange(request, /*expect_envelope=*/true);
+    if (!answer.ok) {
+      return Fail(answer, errCode, errText);
+    }
+    if (!apply(answer.envelope)) {
+      errCode = kErrServiceFailed;
+      errText = kUnreadableAnswer;
+      return false;
+    }
+    return true;
+  }
+
+  static bool Fail(const Answer& answer,
+                   std::string& errCode,
+                   std::string& errText) {
+    errCode = answer.error_code;
+    errText = answer.error_text;
+    return false;
+  }
+
+  // Sends one request with the busy and cancel bookkeeping. For an envelope
+  // the answer's JSON object is in `envelope`; otherwise its body is the text
+  // of `envelope`.
+  Answer Exchange(const HttpRequest& request, bool expect_envelope) {
+    Answer answer;
+    if (busy_) {
+      answer.error_code = kErrServiceFailed;
+      answer.error_text = kBusyText;
+      return answer;
+    }
+    busy_ = true;
+    cancelled_ = false;
+    cancel_requested_ = false;
+    if (!transport_) {
+      transport_ = factory_();
+    }
+    HttpResponse response;
+    if (transport_) {
+      response = transport_->Perform(request, [this] { host_.DoEvents(); });
+    } else {
+      response.failure = HttpFailure::kBadRequest;
+      response.error_text = "No network transport is available.";
+    }
+    busy_ = false;
+    if (cancel_requested_ || response.failure == HttpFailure::kCancelled) {
+      cancelled_ = true;
+      answer.cancelled = true;
+      answer.error_text = kCancelledText;
+      return answer;
+    }
+    Interpret(response, expect_envelope, answer);
+    return answer;
+  }
+
+  static void Interpret(HttpResponse& response,
+                        bool expect_envelope,
+                        Answer& answer) {
+    switch (response.failure) {
+      case HttpFailure::kNone:
+        break;
+      case HttpFailure::kNoConnection:
+      case HttpFailure::kTimeout:
+        answer.connection_lost = true;
+        answer.error_code = kErrNoConnection;
+        answer.error_text = kCheckConnection;
+        return;
+      case HttpFailure::kBadRequest:
+        answer.local_failure = true;
+        answer.error_code = kErrServiceFailed;
+        answer.error_text = response.error_text;
+        return;
+      case HttpFailure::kTooLarge:
+        answer.error_code = kErrServiceFailed;
+        answer.error_text = response.error_text;
+        return;
+      case HttpFailure::kCancelled:
+        answer.cancelled = true;
+        answer.error_text = kCancelledText;
+        return;
+    }
+    bool success_status = response.status >= 200 && response.status < 300;
+    if (!expect_envelope) {
+      if (!success_status) {
+        answer.error_code = kErrServiceFailed;
+        answer.error_text = "The service answered with HTTP status " +
+                            std::to_string(response.status) + ".";
+        return;
+      }
+      answer.ok = true;
+      answer.envelope = JsonValue(std::move(response.body));
+      return;
+    }
+    // The service answers its own refusals with an envelope under any status;
+    // anything else that isn't an envelope means that it failed.
+    std::optional<JsonValue> parsed = ParseJson(response.body);
+    const JsonValue* ok = parsed ? parsed->Find("ok") : nullptr;
+    if (!parsed || !parsed->is_object() || ok == nullptr) {
+      answer.error_code = kErrServiceFailed;
+      answer.error_text = kServerProblem;
+      return;
+    }
+    answer.envelope = std::move(*parsed);
+    if (ok->AsBool() && success_status) {
+      answer.ok = true;
+      return;
+    }
+    answer.from_envelope = true;
+    const JsonValue* code = answer.envelope.Find("errCode");
+    const JsonValue* text = answer.envelope.Find("errText");
+    answer.error_code = code != nullptr ? code->AsText() : "";
+    answer.error_text = text != nullptr ? text->AsText() : "";
+    if (answer.error_code.empty()) {
+      answer.error_code = kErrServiceFailed;
+      if (answer.error_text.empty()) {
+        answer.error_text = kServerProblem;
+      }
+    }
+  }
+
+  Host& host_;
+  HttpTransportFactory factory_;
+  std::unique_ptr<HttpTransport> transport_;
+  bool busy_ = false;
+  bool cancelled_ = false;
+  bool cancel_requested_ = false;
+};
+
+}  // namespace
+
+JsonValue GridJson(const TextGrid& grid) {
+  JsonValue rows = JsonValue::Array();
+  for (const auto& row : grid.ToRows()) {
+    rows.Append(JsonValue::Strings(row));
+  }
+  return rows;
+}
+
+JsonValue DictionaryJson(const TextDictionary& dic) {
+  JsonValue pairs = JsonValue::Array();
+  for (const auto& [key, item] : dic) {
+    pairs.Append(JsonValue::Array({JsonValue(key), JsonValue(item)}));
+  }
+  return pairs;
+}
+
+JsonValue PrintLinesJson(const PrintLineCollection& lines) {
+  JsonValue out = JsonValue::Array();
+  for (int i = 1; i <= lines.Count(); ++i) {
+    JsonValue line = JsonValue::Object();
+    line.Set("key", lines.KeyAt(i));
+    line.Set("rows", GridJson(lines.Item(i)));
+    out.Append(std::move(line));
+  }
+  return out;
+}
+
+JsonValue PriceTiersJson(const PriceTierDictionary& dic) {
+  JsonValue pairs = JsonValue::Array();
+  for (const auto& [key, tiers] : dic) {
+    pairs.Append(
+        JsonValue::Array({JsonValue(std::to_string(key)), GridJson(tiers)}));
+  }
+  return pairs;
+}
+
+std::unique_ptr<ctlExtAPI> MakeServiceClient(
+    Host& host,
+    HttpTransportFactory transport_factory) {
+  return std::make_unique<ServiceClient>(host, std::move(transport_factory));
+}
+
+std::string OperationUrl(const std::string& site,
+                         const std::string& operation) {
+  if (!site.empty() && site.back() == '/') {
+    return site + operation;
+  }
+  return site + "/" + operation;
+}
+
+std::string EncodeUploadUrl(const std::string& url) {
+  static constexpr std::array<std::string_view, 6> kKeys = {
+      "authcode", "numimages", "albumid", "albumname", "sourcecode", "file"};
+  size_t question = url.find('?');
+  if (question == std::string::npos) {
+    return url;
+  }
+  std::string query = url.substr(question + 1);
+  // Where the next of the program's keys begins after `from`, at an "&".
+  auto next_key = [&](size_t from) {
+    size_t best = std::string::npos;
+    for (std::string_view key : kKeys) {
+      std::string marker = "&" + std::string(key) + "=";
+      size_t at = query.find(marker, from);
+      if (at < best) {
+        best = at;
+      }
+    }
+    return best;
+  };
+  std::string out = url.substr(0, question + 1);
+  size_t pos = 0;
+  bool first = true;
+  while (pos < query.size()) {
+    size_t equals = query.find('=', pos);
+    size_t stop = next_key(pos);
+    if (equals == std::string::npos || equals > stop) {
+      // A part that is no key=value pair goes as it is.
+      size_t end = stop == std::string::npos ? query.size() : stop;
+      out += (first ? "" : "&") + query.substr(pos, end - pos);
+      pos = end == query.size() ? end : end + 1;
+      first = false;
+      continue;
+    }
+    std::string key = query.substr(pos, equals - pos);
+    size_t end = key == "file" ? std::string::npos : next_key(equals);
+    if (end == std::string::npos) {
+      end = query.size();
+    }
+    out += (first ? "" : "&") + key + "=" +
+           EscapeQueryValue(query.substr(equals + 1, end - equals - 1));
+    pos = end == query.size() ? end : end + 1;
+    first = false;
+  }
+  return out;
+}
+
+}  // namespace qbpd
