@@ -605,7 +605,7 @@ class Runner {
           throw ScriptSyntaxError("expected ms or s after the number");
         }
       }
-      s.run = [this, ms] { host_->Advance(ms); };
+      s.run = [this, ms] { host_->Wait(ms); };
     } else if (verb == "answer") {
       Require(t, 2, "answer BUTTON");
       int button = ButtonId(t[1].text);

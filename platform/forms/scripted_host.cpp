@@ -257,17 +257,21 @@ void ScriptedHost::Sleep(int ms) {
 }
 
 void ScriptedHost::Advance(long long ms) {
+  AdvanceClock(ms, /*pump=*/true);
+}
+
+void ScriptedHost::Wait(long long ms) {
+  AdvanceClock(ms, /*pump=*/false);
+}
+
+void ScriptedHost::AdvanceClock(long long ms, bool pump) {
   long long until = now_ms_ + ms;
   ++pumps_;
-  // Sleep inside a handler pumps like DoEvents. A wait of the script itself
-  // leaves its "inside" steps to the handlers of the timers it fires, so
-  // that they land in the middle of what those handlers do.
-  const bool pumping = dispatch_depth() > 0;
-  if (pumping) {
+  if (pump) {
     RunInsideSteps();
   }
   while (FireNextTimer(until)) {
-    if (pumping) {
+    if (pump) {
       RunInsideSteps();
     }
   }

@@ -72,6 +72,10 @@ class ScriptedHost : public Host {
   // Advances the virtual clock by `ms`, firing due timers on the way and
   // running "inside" steps at each pump.
   void Advance(long long ms);
+  // The user waits: the clock advances as with Advance, but "inside" steps
+  // are left to the pumps of the timer handlers that fire meanwhile, so that
+  // they land in the middle of what those handlers do.
+  void Wait(long long ms);
 
   // Called after every idle step and timer, when no handler is on the stack
   // (the application collects unloaded forms there).
@@ -159,6 +163,7 @@ class ScriptedHost : public Host {
   std::vector<std::string> failures_;
   std::vector<std::string> shown_;
   std::function<void()> idle_hook_;
+  void AdvanceClock(long long ms, bool pump);
   std::function<void(const std::string&)> transcript_;
   TextMetric metric_;
   int pointer_ = kPointerDefault;
