@@ -133,7 +133,8 @@ TEST(HttpTransportTest, AnUnescapedUrlReachesTheServerWithItsPathAndQuery) {
 
 TEST(HttpTransportTest, AFilePartArrivesInItsFieldWithTheFileBytes) {
   TempDir dir;
-  std::string bytes("\xFF\xD8\xFF\xE0 photo \x00\x01\x02 end", 20);
+  constexpr char kBytes[] = "\xFF\xD8\xFF\xE0 photo \x00\x01\x02 end";
+  std::string bytes(kBytes, sizeof(kBytes) - 1);
   auto photo = dir.WriteFile("my photo.jpg", bytes);
   TestServer server;
   std::string content;
