@@ -91,7 +91,7 @@ void frmMainWindow::ctrlQuilImage_Click(EventArgs& e) {
     e.Handled = true;
     return;
   }
-  ctlDisplayImage.SetPhotoPath(s_.gsSelectedImage);
+  ctlDisplayImage.LoadPhoto(s_.gsSelectedImage);
   if (s_.giCurrentPhotoIndex != i &&
       ctrlQuilImage.Exists(s_.giCurrentPhotoIndex)) {
     Thumbnail& previous = ctrlQuilImage[s_.giCurrentPhotoIndex];

@@ -2,7 +2,9 @@
 #define QBPD_PLATFORM_FORMS_CONTROLS_H_
 
 #include "platform/forms/control.h"
+#include "platform/forms/display_control.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -405,17 +407,48 @@ class Thumbnail : public StatefulControl<ThumbnailState> {
   const PropertyTable& Properties() const override;
 };
 
-// The photo view. The editor attaches its model; the control itself keeps
-// only what the form sets on it.
+// The photo view: the photo on display at its zoom. The program attaches the
+// picture model (AttachDisplay); the operations below pass the control's size
+// to it and forward. Without a model every operation fails (False, 0).
+// Events: Click, MouseMove.
 struct PhotoViewState {
   std::string photo_path;
+  std::shared_ptr<DisplayControl> display;
+  int back_red = 0;
+  int back_green = 0;
+  int back_blue = 0;
+  int scale_base = 0;
 };
 class PhotoView : public StatefulControl<PhotoViewState> {
  public:
   PhotoView(Form& form, std::string name, int index = -1);
+  void AttachDisplay(std::shared_ptr<DisplayControl> display);
+  DisplayControl* Display() const { return state_.display.get(); }
+
+  // The file last loaded with success; "" when none is shown.
   const std::string& PhotoPath() const { return state_.photo_path; }
-  void SetPhotoPath(const std::string& v);
+  bool LoadPhoto(const std::string& path);
+  void ClearPhoto();
+  bool ZoomFitToWidth();
+  bool ZoomTo(int percent);
+  int ZoomPercent() const;
+  bool RotateView(int degrees);
+  int PhotoWidth() const;
+  int PhotoHeight() const;
+
+  int BackRed() const { return state_.back_red; }
+  void SetBackRed(int v);
+  int BackGreen() const { return state_.back_green; }
+  void SetBackGreen(int v);
+  int BackBlue() const { return state_.back_blue; }
+  void SetBackBlue(int v);
+  int ScaleBase() const { return state_.scale_base; }
+  void SetScaleBase(int v);
   const PropertyTable& Properties() const override;
+
+ private:
+  // Tells the model the control's present size in pixels.
+  void PassSize() const;
 };
 
 // The folder tree. Setting SelectedFolder raises FolderClick with the folder

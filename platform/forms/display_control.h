@@ -1,0 +1,71 @@
+#ifndef QBPD_PLATFORM_FORMS_DISPLAY_CONTROL_H_
+#define QBPD_PLATFORM_FORMS_DISPLAY_CONTROL_H_
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace qbpd {
+
+// The picture behind a photo view: one photo, the zoom it is shown at and its
+// on-screen rotation. The form's photo view control owns one and passes its
+// own size in; a desktop widget only draws what Render gives and forwards the
+// mouse.
+//
+// The photo is decoded at the resolution the view needs (a large JPEG shown
+// fitted is decoded at a reduced scale); the file stays the source of the full
+// resolution for the editor's saves. The editor's tools (crop box, red eye,
+// auto colour) and its saves are to be added here, over the same picture.
+//
+// Every operation reports failure by its result only: a missing, corrupt,
+// truncated or oversized file (above 256 megapixels) or a zoom that cannot be
+// shown gives False and leaves the view as it was, never a crash.
+class DisplayControl {
+ public:
+  virtual ~DisplayControl() = default;
+
+  // The size of the visible area in pixels. A fit to width follows it on the
+  // next ZoomFitToWidth; nothing is re-decoded here.
+  virtual void SetViewSize(int width_px, int height_px) = 0;
+
+  // Loads a JPEG, BMP, PNG or TIFF file, honouring its EXIF orientation, and
+  // drops any rotation and edit on screen. The zoom is 100% until told.
+  virtual bool LoadPhoto(const std::string& path) = 0;
+  // Drops the photo; the view shows only its background.
+  virtual void Clear() = 0;
+  virtual bool HasPhoto() const = 0;
+
+  // Scales the photo to the view's width, at any height.
+  virtual bool ZoomFitToWidth() = 0;
+  // Scales the photo to `percent` (1 to 1600).
+  virtual bool ZoomTo(int percent) = 0;
+  // The current scale in whole percent, also after a fit.
+  virtual int ZoomPercent() const = 0;
+
+  // Turns the shown photo by 90 or -90 degrees, or any multiple of 90 (the
+  // negated net angle undoes a series). The file is not touched.
+  virtual bool RotateView(int degrees) = 0;
+  // The net on-screen rotation, 0, 90, 180 or 270.
+  virtual int ViewRotation() const = 0;
+
+  // The size of the loaded photo in pixels, as it stands upright on screen
+  // (EXIF orientation and on-screen rotation applied); 0 without a photo.
+  virtual int PhotoWidth() const = 0;
+  virtual int PhotoHeight() const = 0;
+
+  // The size in pixels of the photo as shown at the current zoom.
+  virtual int ShownWidth() const = 0;
+  virtual int ShownHeight() const = 0;
+  // Renders the rectangle (x, y, w, h) of the shown picture, in shown pixels,
+  // as 8-bit RGB rows into `rgb` (w * h * 3 bytes). The rectangle is clipped
+  // to the shown picture; False when nothing is left of it.
+  virtual bool Render(int x,
+                      int y,
+                      int w,
+                      int h,
+                      std::vector<std::uint8_t>& rgb) = 0;
+};
+
+}  // namespace qbpd
+
+#endif  // QBPD_PLATFORM_FORMS_DISPLAY_CONTROL_H_
