@@ -45,6 +45,24 @@ class frmMainWindow : public Form {
   Label lblDisplayImageName{*this, "lblDisplayImageName"};
   TextBox txtFileName{*this, "txtFileName"};
 
+  // --- the buttons -----------------------------------------------------------
+  PictureButton imgHorzSplit{*this, "imgHorzSplit"};
+  PictureButton imgSelectAll{*this, "imgSelectAll"};
+  PictureButton imgClear{*this, "imgClear"};
+  PictureButton imgScrSaver{*this, "imgScrSaver"};
+  PictureButton imgSlideShow{*this, "imgSlideShow"};
+  PictureButton imgUpload{*this, "imgUpload"};
+  PictureButton imgShare{*this, "imgShare"};
+  PictureButton imgOrdPrints{*this, "imgOrdPrints"};
+  // The photo tools under the display.
+  PictureBox picManipCont{*this, "picManipCont"};
+  PictureButton imgZoom{*this, "imgZoom"};
+  PictureBox picImageFlow{*this, "picImageFlow"};
+  PictureButton imgPrev{*this, "imgPrev"};
+  PictureButton imgNext{*this, "imgNext"};
+  PictureBox picTrash{*this, "picTrash"};
+  PictureButton imgTrash{*this, "imgTrash"};
+
   // --- timers ---------------------------------------------------------------
   Timer tmrIniitialLoad{*this, "tmrIniitialLoad"};
   Timer tmrDblClick{*this, "tmrDblClick"};
@@ -56,12 +74,41 @@ class frmMainWindow : public Form {
   // --- menus ----------------------------------------------------------------
   Menu mnuFile{*this, "mnuFile"};
   ControlArray<Menu> mnuFRecFolders{*this, "mnuFRecFolders"};
+  Menu mnuFGetPhotos{*this, "mnuFGetPhotos"};
+  Menu mnuFGetCameraPhotos{*this, "mnuFGetCameraPhotos"};
+  Menu mnuFSave{*this, "mnuFSave"};
+  Menu mnuFSaveAs{*this, "mnuFSaveAs"};
   Menu mnuFSep2{*this, "mnuFSep2"};
   Menu mnuFExit{*this, "mnuFExit"};
   Menu mnuEdit{*this, "mnuEdit"};
+  Menu mnuEUndo{*this, "mnuEUndo"};
+  Menu mnuECopy{*this, "mnuECopy"};
+  Menu mnuEPaste{*this, "mnuEPaste"};
+  Menu mnuEDelete{*this, "mnuEDelete"};
+  Menu mnuEDelSingle{*this, "mnuEDelSingle"};
+  Menu mnuEDelMultiple{*this, "mnuEDelMultiple"};
+  Menu mnuESelectAll{*this, "mnuESelectAll"};
+  Menu mnuEClear{*this, "mnuEClear"};
   Menu mnuERefresh{*this, "mnuERefresh"};
+  Menu mnuEPref{*this, "mnuEPref"};
   Menu mnuPhoto{*this, "mnuPhoto"};
+  Menu mnuFOrderPrints{*this, "mnuFOrderPrints"};
+  Menu mnuFShare{*this, "mnuFShare"};
+  Menu mnuFUpload{*this, "mnuFUpload"};
+  Menu mnuPRename{*this, "mnuPRename"};
   Menu mnuView{*this, "mnuView"};
+  Menu mnuVZoom{*this, "mnuVZoom"};
+  Menu mnuVZoom25{*this, "mnuVZoom25"};
+  Menu mnuVZoom50{*this, "mnuVZoom50"};
+  Menu mnuVZoom75{*this, "mnuVZoom75"};
+  Menu mnuVZoom100{*this, "mnuVZoom100"};
+  Menu mnuVZoom125{*this, "mnuVZoom125"};
+  Menu mnuVZoom150{*this, "mnuVZoom150"};
+  Menu mnuVZoom175{*this, "mnuVZoom175"};
+  Menu mnuVZoom200{*this, "mnuVZoom200"};
+  Menu mnuVZoomFit{*this, "mnuVZoomFit"};
+  Menu mnuHelp{*this, "mnuHelp"};
+  Menu mnuHHelp{*this, "mnuHHelp"};
 
   // --- routines other forms and later commands call
   // --------------------------- Fills the photo model from `folder`; `result`
@@ -80,6 +127,24 @@ class frmMainWindow : public Form {
   bool setscrollBar();
   int getMaxNoImgsDisplayed() const;
   void PlaceThumbnail(int index);
+
+  // The grid.
+  void LoadVisibleThumbnails(int value);
+  void SetVertScrollValue();
+  // The next photo index from `start` by `step` (-2, -1, 1, 2) over the
+  // holes, wrapping around; -1 for an empty list.
+  int FindNextPhotoIndex(int start, int step) const;
+  void ShowPhotoName(const std::string& name);
+  void ShowZoomLevel(int level);
+
+  // --- photo file operations and the name strip (file_operations.cpp,
+  // name_strip.cpp) -----------------------------------------------------------
+  void RenamePhoto(const std::string& new_base);
+  bool CheckFileExistence(int index);
+  void LoadaNewControl();
+  void arrangethenewlyaddedcontrol(int at, const std::string& path);
+  void RearrangeControls();
+  void RearrangecontrolsafterDelete();
 
   // The default zoom mode: the first letter of ZoomSettings.
   const std::string& DefaultZoomMode() const { return msZoomMode; }
@@ -146,6 +211,20 @@ class frmMainWindow : public Form {
   bool mbCommandPhotoOk = false;
   bool mbFolderChanging = false;
   OrderedDictionary<int, std::string> mdicStaleControls;
+
+  // The grid.
+  bool mbScrollSilent = false;
+  bool mbArrowKeyBusy = false;
+  bool mbNewControlHasPhoto = false;
+  bool mbNoRescroll = false;
+  bool mbInSaveCheck = false;
+  int miClickedPhoto = 0;
+  // The display.
+  bool mbFitToWidth = false;
+  int miSavedZoom = 0;
+  // Photo file operations.
+  bool mbDeleting = false;
+  bool mbDeleteBusy = false;
 };
 
 }  // namespace qbpd

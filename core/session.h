@@ -67,6 +67,11 @@ class Session {
 
   // --- the editor ----------------------------------------------------------
   long glRotationAngle = 0;
+  // Whether the write checks can answer (always so on this system).
+  bool gbHasAccessChecks = true;
+  // The head and body of the notice at the end of a long online job.
+  std::string gsInfoHead;
+  std::string gsInfoMessage;
   bool gbRotationPending = false;
 
   // --- the online service --------------------------------------------------
