@@ -2,6 +2,7 @@
 #define QBPD_CORE_APPLICATION_H_
 
 #include "core/session.h"
+#include "platform/forms/display_control.h"
 #include "platform/forms/form_set.h"
 #include "platform/forms/host.h"
 #include "platform/image_operations.h"
@@ -28,6 +29,8 @@ struct PlatformServices {
   Places places;
   // Folder of the program's read-only files (pictures, help, defaults).
   std::string resources;
+  // Makes the picture model of a photo view; none leaves photo views empty.
+  std::function<std::unique_ptr<DisplayControl>()> make_display;
 };
 
 // One run of the program: the host it talks to, the platform services, the
@@ -53,6 +56,10 @@ class Application {
   ImageOperations& images();
   const Places& places() const { return services_.places; }
   const std::string& resources_folder() const { return services_.resources; }
+  // A new picture model for a photo view; null when the run has none.
+  std::shared_ptr<DisplayControl> NewDisplayControl() const {
+    return services_.make_display ? services_.make_display() : nullptr;
+  }
 
   // App.PrevInstance: whether another instance of the program runs. The
   // first call decides, and makes this process the running instance when
