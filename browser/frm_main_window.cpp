@@ -59,6 +59,10 @@ frmMainWindow::frmMainWindow(Application& app)
   lblDisplayImageName.SetContainer("picImageText");
   txtFileName.SetContainer("picImageText");
   txtFileName.SetVisible(false);
+  imgZoom.SetContainer("picManipCont");
+  imgPrev.SetContainer("picImageFlow");
+  imgNext.SetContainer("picImageFlow");
+  imgTrash.SetContainer("picTrash");
 
   tmrIniitialLoad.SetInterval(kInitialLoadMs);
   tmrDblClick.SetInterval(kDblClickMs);
@@ -102,6 +106,7 @@ frmMainWindow::frmMainWindow(Application& app)
   On("imgClear", "Click", &frmMainWindow::imgClear_Click);
   On("mnuEClear", "Click", &frmMainWindow::imgClear_Click);
   WireDisplay();
+  SetKeyPreview(true);
 }
 
 void frmMainWindow::Form_Load() {
@@ -407,6 +412,15 @@ void frmMainWindow::ArrangeFrames() {
   picDisplayImageCont.Move(display_left, 0, width - display_left, height);
   ctlDisplayImage.Move(0, 0, width - display_left - 50, height * 14 / 15);
   picImageText.Move(0, height - 400, width - display_left, 400);
+  // The photo tools stand in a strip below the display.
+  const int tools_top = height;
+  picManipCont.Move(display_left, tools_top, 1200, 600);
+  imgZoom.Move(100, 0, 500, 500);
+  picImageFlow.Move(display_left + 1300, tools_top, 1200, 600);
+  imgPrev.Move(50, 0, 500, 500);
+  imgNext.Move(600, 0, 500, 500);
+  picTrash.Move(display_left + 2600, tools_top, 600, 600);
+  imgTrash.Move(50, 0, 500, 500);
 }
 
 void frmMainWindow::mnuFExit_Click() {

@@ -157,6 +157,8 @@ class frmMainWindow : public Form {
   void Form_Resize() override;
   void Form_QueryUnload(int& Cancel, int UnloadMode) override;
   void Form_Unload(int& Cancel) override;
+  // The arrow keys move through the grid.
+  void Form_KeyUp(int& KeyCode, int Shift) override;
 
  private:
   // Start-up and close.
@@ -207,6 +209,8 @@ class frmMainWindow : public Form {
   // Clicks the thumbnail of photo `index`, loading its control if need be.
   void ClickThumbnail(int index);
   void SetFocusToWindow();
+  // One arrow key: a step of -1, -2, 1 or 2 through the grid.
+  void MoveInGrid(int step);
 
   // Recent folders.
   void mnuFRecFolders_Click(int index);

@@ -417,6 +417,76 @@ int frmMainWindow::FindNextPhotoIndex(int start, int step) const {
   return -1;
 }
 
+// --- the arrow keys
+// ------------------------------------------------------------
+
+void frmMainWindow::Form_KeyUp(int& KeyCode, int Shift) {
+  (void)Shift;
+  int step = 0;
+  switch (KeyCode) {
+    case kKeyLeft:
+      step = -1;
+      break;
+    case kKeyUp:
+      step = -2;
+      break;
+    case kKeyRight:
+      step = 1;
+      break;
+    case kKeyDown:
+      step = 2;
+      break;
+    default:
+      return;
+  }
+  const int op = s_.giCurrentOperation;
+  if (op == 1 || op == 4 || op == 5 || mbArrowKeyBusy || mbEditImageText) {
+    return;
+  }
+  MoveInGrid(step);
+}
+
+void frmMainWindow::MoveInGrid(int step) {
+  mbArrowKeyBusy = true;
+  SaveImage();
+  if (s_.gdicPhotoList.Count() < 2) {
+    mbArrowKeyBusy = false;
+    return;
+  }
+  const int next = FindNextPhotoIndex(s_.giCurrentPhotoIndex, step);
+  if (next >= 0) {
+    if (!s_.gdicLoadedControls.Exists(next)) {
+      Thumbnail& thumb = LoadThumbnailControl(next);
+      if (!ShowThumbnailOf(thumb, s_.gdicPhotoList.Item(next))) {
+        host().MsgBox("Error in generating the thumbnail", kMbStop,
+                      s_.gsAppTitle);
+        mbArrowKeyBusy = false;
+        return;
+      }
+      thumb.SetTag("U");
+      s_.gdicLoadedControls.Add(next, "");
+      PlaceThumbnail(next);
+    }
+    ctrlQuilImage[next].SelectThumbnail();
+    s_.giCurrentPhotoIndex = next;
+    // Scroll so that the photo is on view.
+    const int p = ctrlQuilImage[next].PhotoIndex();
+    const int m = getMaxNoImgsDisplayed();
+    const int value = ctrlImageListVScroll.Value();
+    if (p < 2 * value || p > 2 * value + m - 1) {
+      if (p + 1 <= m) {
+        ctrlImageListVScroll.SetValue(0);
+      } else {
+        const int d = p + 1 - m;
+        ctrlImageListVScroll.SetValue(std::min(d % 2 == 0 ? d / 2 : d / 2 + 1,
+                                               ctrlImageListVScroll.Max()));
+      }
+    }
+  }
+  mbArrowKeyBusy = false;
+  picImageListCont.SetFocus();
+}
+
 // --- the name strip under the display ----------------------------------------
 
 void frmMainWindow::ShowPhotoName(const std::string& name) {

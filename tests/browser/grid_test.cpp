@@ -216,6 +216,20 @@ TEST_F(GridTest, NextGoesOnIntoPhotosThatAreNotLoadedYet) {
   EXPECT_LT(10, 2 * value + main().getMaxNoImgsDisplayed());
 }
 
+TEST_F(GridTest, ArrowKeysMoveThroughTheColumnsAndWrap) {
+  StartWith(5);
+  user::PressKeys(main(), "{DOWN}");
+  EXPECT_EQ(session().giCurrentPhotoIndex, 2);
+  user::PressKeys(main(), "{RIGHT}");
+  EXPECT_EQ(session().giCurrentPhotoIndex, 3);
+  user::PressKeys(main(), "{UP}");
+  EXPECT_EQ(session().giCurrentPhotoIndex, 1);
+  user::PressKeys(main(), "{LEFT}");
+  user::PressKeys(main(), "{LEFT}");
+  EXPECT_EQ(session().giCurrentPhotoIndex, 4);  // left of the first: the last
+  EXPECT_TRUE(thumb(4).Current());
+}
+
 TEST_F(GridTest, APhotoThatVanishedMakesTheFolderReadAgain) {
   StartWith(4);
   user::SetCheck(thumb(1), true);
