@@ -402,9 +402,10 @@ void frmMainWindow::ArrangeFrames() {
   int list_left = mbExplorerOpen ? kExplorerWidth : 0;
   picImageListCont.Move(list_left, 0, kListWidth, height);
   cmdImageListHead.Move(0, 0, kListWidth, kHeadHeight);
-  picImagelistInnerCont.Move(
-      0, kHeadHeight, kListWidth - 255,
-      std::max(picImagelistInnerCont.Height(), height - kHeadHeight));
+  // The inner panel keeps its height (the photo count's) and its scroll
+  // position.
+  picImagelistInnerCont.Move(0, picImagelistInnerCont.Top(), kListWidth - 255,
+                             picImagelistInnerCont.Height());
   ctrlImageListVScroll.Move(kListWidth - 255, kHeadHeight, 255,
                             height - kHeadHeight);
   lblPhotosSelect.Move(list_left, height, kListWidth, 300);

@@ -1,4 +1,5 @@
 #include "app/program/program.h"
+#include "platform/display_model.h"
 
 #include "browser/frm_main_window.h"
 #include "core/frm_splash.h"
@@ -29,6 +30,7 @@ PlatformServices MakePlatformServices(std::unique_ptr<SettingsStore> settings) {
           ? MakePrivateTempFolder(services.places)
           : services.places.runtime + "/quillbay-picture-desk";
   services.instance = MakeSingleInstance(runtime);
+  services.make_display = [] { return MakeVipsDisplayControl(); };
   return services;
 }
 

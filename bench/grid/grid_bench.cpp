@@ -12,6 +12,7 @@
 #include "app/program/program.h"
 #include "browser/frm_main_window.h"
 #include "core/settings.h"
+#include "platform/display_model.h"
 #include "platform/forms/scripted_host.h"
 #include "platform/forms/user_input.h"
 #include "platform/image_operations.h"
@@ -87,6 +88,7 @@ Pass ScrollThrough(const fs::path& root, const fs::path& folder) {
   services.places.desktop = (root / "Desktop").string();
   services.places.pictures = folder.parent_path().string();
   services.images = MakeVipsImageOperations((root / "cache" / "t").string());
+  services.make_display = [] { return MakeVipsDisplayControl(); };
   SettingsStore& store = *services.settings;
   (void)store.Write(kSettingsKey, "LastOpenFolderInPreviousSession", "False");
   (void)store.Write(kSettingsKey, "DefaultFolder", folder.string());

@@ -4,6 +4,7 @@
 make photos 300 "${PICTURES}/Many"
 setting "Software\Quillbay Picture Desk\Preferences\Settings" LastOpenFolderInPreviousSession = "False"
 setting "Software\Quillbay Picture Desk\Preferences\Settings" DefaultFolder = "${PICTURES}/Many"
+setting "Software\Quillbay Picture Desk\Preferences\Display" NoOfRecentFolders = "5"
 
 start
 wait 200

@@ -4,6 +4,7 @@
 make photos 3 "${PICTURES}/Walk" 1600x1200
 setting "Software\Quillbay Picture Desk\Preferences\Settings" LastOpenFolderInPreviousSession = "False"
 setting "Software\Quillbay Picture Desk\Preferences\Settings" DefaultFolder = "${PICTURES}/Walk"
+setting "Software\Quillbay Picture Desk\Preferences\Display" NoOfRecentFolders = "5"
 setting "Software\Quillbay Picture Desk\Preferences\Display" ZoomSettings = "FitToWidth"
 
 start
