@@ -94,10 +94,20 @@ frmMainWindow::frmMainWindow(Application& app)
   On("mnuFRecFolders", "Click", &frmMainWindow::mnuFRecFolders_Click);
   On("mnuERefresh", "Click", &frmMainWindow::mnuERefresh_Click);
   On("mnuFExit", "Click", &frmMainWindow::mnuFExit_Click);
+  On("ctrlQuilImage", "CheckClick", &frmMainWindow::ctrlQuilImage_CheckClick);
+  On("ctrlImageListVScroll", "Change",
+     &frmMainWindow::ctrlImageListVScroll_Change);
+  On("imgSelectAll", "Click", &frmMainWindow::imgSelectAll_Click);
+  On("mnuESelectAll", "Click", &frmMainWindow::imgSelectAll_Click);
+  On("imgClear", "Click", &frmMainWindow::imgClear_Click);
+  On("mnuEClear", "Click", &frmMainWindow::imgClear_Click);
+  WireDisplay();
 }
 
 void frmMainWindow::Form_Load() {
   SetCaption(s_.gsAppTitle);
+  ctlDisplayImage.AttachDisplay(app_.NewDisplayControl());
+  ctlDisplayImage.SetScaleBase(100);
   mbFirstLoad = true;
   mbStartupDone = false;
   ctrlImageListVScroll.SetMax(0);

@@ -178,6 +178,35 @@ class frmMainWindow : public Form {
   void ResetGrid();
   void RemakeThumbnailFolder();
   void ctrlQuilImage_Click(EventArgs& e);
+  void ctrlQuilImage_CheckClick(int index);
+  void ctrlImageListVScroll_Change();
+  void imgSelectAll_Click();
+  void imgClear_Click();
+  // Loads (or reuses) the control of photo `i`, shown, with its index.
+  Thumbnail& LoadThumbnailControl(int i);
+  // Gives a control the thumbnail, path and tooltip of `path`; false when no
+  // thumbnail could be made.
+  bool ShowThumbnailOf(Thumbnail& thumb, const std::string& path);
+  // Commits a rename in progress as the Enter key does; false when the name
+  // strip stays open.
+  bool CommitRename();
+  void RepairMissingPhoto();
+  void RestoreExplorerTimer();
+
+  // The display (display.cpp).
+  void WireDisplay();
+  Menu& ZoomItem(int level);
+  void ZoomCommand(int level);
+  void mnuVZoomFit_Click();
+  void picDisplayImageCont_Resize();
+  void imgZoom_Click();
+  void ctlDisplayImage_Click();
+  void imgNext_Click();
+  void imgPrev_Click();
+  bool ThumbnailShowable(int index) const;
+  // Clicks the thumbnail of photo `index`, loading its control if need be.
+  void ClickThumbnail(int index);
+  void SetFocusToWindow();
 
   // Recent folders.
   void mnuFRecFolders_Click(int index);

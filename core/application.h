@@ -3,6 +3,7 @@
 
 #include "core/session.h"
 #include "platform/clipboard.h"
+#include "platform/forms/display_control.h"
 #include "platform/forms/form_set.h"
 #include "platform/forms/host.h"
 #include "platform/image_operations.h"
@@ -31,6 +32,8 @@ struct PlatformServices {
   Places places;
   // Folder of the program's read-only files (pictures, help, defaults).
   std::string resources;
+  // Makes the picture model of a photo view; none leaves photo views empty.
+  std::function<std::unique_ptr<DisplayControl>()> make_display;
 };
 
 // One run of the program: the host it talks to, the platform services, the
@@ -57,6 +60,10 @@ class Application {
   const Places& places() const { return services_.places; }
   Clipboard& clipboard() { return *services_.clipboard; }
   const std::string& resources_folder() const { return services_.resources; }
+  // A new picture model for a photo view; null when the run has none.
+  std::shared_ptr<DisplayControl> NewDisplayControl() const {
+    return services_.make_display ? services_.make_display() : nullptr;
+  }
 
   // App.PrevInstance: whether another instance of the program runs. The
   // first call decides, and makes this process the running instance when
