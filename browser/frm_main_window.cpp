@@ -102,6 +102,7 @@ frmMainWindow::frmMainWindow(Application& app)
   On("imgClear", "Click", &frmMainWindow::imgClear_Click);
   On("mnuEClear", "Click", &frmMainWindow::imgClear_Click);
   WireDisplay();
+  WireFileOperations();
 }
 
 void frmMainWindow::Form_Load() {
