@@ -654,6 +654,20 @@ class Runner {
           throw HostAbort("The settings store refused " + key + " " + name);
         }
       };
+    } else if (verb == "make" && t.size() == 3 && t[1].text == "read-only") {
+      std::string path = t[2].text;
+      s.run = [path] {
+        // Takes every write permission away, as a user marking the file
+        // read-only would.
+        std::error_code ec;
+        fs::permissions(path,
+                        fs::perms::owner_write | fs::perms::group_write |
+                            fs::perms::others_write,
+                        fs::perm_options::remove, ec);
+        if (ec) {
+          throw HostAbort("Can't make " + path + " read-only: " + ec.message());
+        }
+      };
     } else if (verb == "make") {
       if (t.size() != 3 || t[1].text != "folder") {
         throw ScriptSyntaxError("expected: make folder \"path\"");
