@@ -244,6 +244,41 @@ TEST_F(FileOperationsTest, TheTrashGoesStraightToTheCurrentPhotoWithoutOthers) {
   EXPECT_FALSE(main().mnuEDelMultiple.Enabled());
 }
 
+// --- a new photo placed behind the one it came from
+// ---------------------------
+
+TEST_F(FileOperationsTest, ACopyPlacedBehindItsPhotoShiftsTheRestAndTheTicks) {
+  StartWith(4);
+  Tick(2);
+  const std::vector<std::string> before = session().gdicPhotoList.Items();
+  const std::string copy = WritePhoto("copy.jpg", 64, 48, 10);
+
+  main().arrangethenewlyaddedcontrol(1, copy);
+
+  const std::vector<std::string> expected = {before[0], before[1], copy,
+                                             before[2], before[3]};
+  EXPECT_EQ(session().gdicPhotoList.Items(), expected);
+  EXPECT_EQ(session().gdicPhotoList.Keys(), (std::vector<int>{0, 1, 2, 3, 4}));
+  // The tick moves with its photo.
+  EXPECT_EQ(session().gdicSelectedPhotos.Keys(), std::vector<int>{3});
+  EXPECT_EQ(session().gdicSelectedPhotos.Item(3), before[2]);
+  EXPECT_TRUE(thumb(3).Checked());
+  EXPECT_FALSE(thumb(2).Checked());
+  EXPECT_EQ(session().giPhotoCount, 5);
+  EXPECT_EQ(session().giNextPhotoIndex, 5);
+  // Every control shows the photo of its index, in its place.
+  for (int i = 0; i < 5; ++i) {
+    EXPECT_EQ(thumb(i).PhotoPath(), expected[i]) << i;
+    EXPECT_EQ(thumb(i).Left(), i % 2 == 1 ? 1585 : 0) << i;
+    EXPECT_EQ(thumb(i).Top(), (i / 2) * 1555 + 100) << i;
+  }
+  EXPECT_EQ(main().picImagelistInnerCont.Height(), 3 * 1585);
+  // The copy is the photo on display.
+  EXPECT_EQ(session().giCurrentPhotoIndex, 2);
+  EXPECT_EQ(session().gsSelectedImage, copy);
+  EXPECT_TRUE(Messages().empty());
+}
+
 // --- copy and paste
 // -----------------------------------------------------------
 
