@@ -332,6 +332,18 @@ TEST_F(FileOperationsTest, PasteWithNothingOnTheClipboardMakesNoFile) {
   EXPECT_EQ(session().gdicPhotoList.Count(), 1);
 }
 
+TEST_F(FileOperationsTest, APhotoThatCannotBeReadIsNotCopied) {
+  StartWith(1);
+  fs::remove(PathOf(0));
+  Answer(kIdOk);
+  user::PickMenu(main().mnuECopy);
+  EXPECT_EQ(Messages(),
+            std::vector<std::string>{"Error in copying the image. The "
+                                     "operation could not be completed"});
+  EXPECT_EQ(host().MessageBoxes().back().style, kMbOk);
+  EXPECT_FALSE(app().clipboard().HasImage());
+}
+
 TEST_F(FileOperationsTest, APasteIntoAnEmptyFolderBecomesItsFirstPhoto) {
   StartWith(1);
   user::PickMenu(main().mnuECopy);
