@@ -90,19 +90,6 @@ TEST_F(FileOperationsTest, DeletingThePhotoOnDisplayAsksAndHonoursTheAnswer) {
   EXPECT_EQ(main().lblPhotosSelect.Caption(), "0 of 2 photo(s) selected");
 }
 
-TEST_F(FileOperationsTest, AReadOnlyPhotoIsNamedInTheQuestionAndDeletedOnYes) {
-  StartWith(2);
-  const std::string first = PathOf(0);
-  MakeReadOnly(first);
-  Answer(kIdYes);
-  user::PickMenu(main().mnuEDelSingle);
-  ASSERT_EQ(Messages().size(), 1u);
-  EXPECT_EQ(Messages()[0], "The file '" + first +
-                               "' is a read-only file. Are you sure you want "
-                               "to delete it permanently?");
-  EXPECT_FALSE(fs::exists(first));
-}
-
 TEST_F(FileOperationsTest, ASecondDeleteWhileTheQuestionIsOpenIsIgnored) {
   StartWith(2);
   host().QueueMsgBoxAnswer("yes, after a second Ctrl+D",
@@ -202,21 +189,6 @@ TEST_F(FileOperationsTest, NoToAReadOnlyPhotoKeepsItTickedAndGoesOn) {
   EXPECT_TRUE(thumb(1).Checked());
   EXPECT_EQ(thumb(1).Tag(), "C");
   EXPECT_EQ(main().lblPhotosSelect.Caption(), "1 of 2 photo(s) selected");
-}
-
-TEST_F(FileOperationsTest, OneReadOnlyPhotoSelectedIsAskedAboutOnlyOnce) {
-  StartWith(2);
-  Tick(1);
-  const std::string locked = PathOf(1);
-  MakeReadOnly(locked);
-  PickFromTrashPopup(main().mnuEDelMultiple);
-  Answer(kIdYes);
-  user::Click(main().imgTrash);
-  EXPECT_EQ(Messages(), std::vector<std::string>{
-                            "The file '" + locked +
-                            "' is a read-only file. Do you want to delete?"});
-  EXPECT_FALSE(fs::exists(locked));
-  EXPECT_EQ(session().gdicPhotoList.Count(), 1);
 }
 
 TEST_F(FileOperationsTest, TheSelectionWithThePhotoOnDisplayMovesTheDisplay) {
