@@ -107,6 +107,7 @@ frmMainWindow::frmMainWindow(Application& app)
   On("mnuEClear", "Click", &frmMainWindow::imgClear_Click);
   WireDisplay();
   SetKeyPreview(true);
+  WireFileOperations();
 }
 
 void frmMainWindow::Form_Load() {

@@ -139,7 +139,11 @@ class frmMainWindow : public Form {
 
   // --- photo file operations and the name strip (file_operations.cpp,
   // name_strip.cpp) -----------------------------------------------------------
+  // Renames the photo on display to `new_base` plus its extension, in its
+  // own folder; never replaces another file.
   void RenamePhoto(const std::string& new_base);
+  // True (after "Selected photo does not exist") when the file of list entry
+  // `index` is gone.
   bool CheckFileExistence(int index);
   void LoadaNewControl();
   void arrangethenewlyaddedcontrol(int at, const std::string& path);
@@ -218,6 +222,29 @@ class frmMainWindow : public Form {
   void mnuFExit_Click();
   // Sets lstFiles to the photos of `folder`; their count.
   int ListPhotoFiles(const std::string& folder);
+
+  // Photo file operations and the name strip (file_operations.cpp,
+  // name_strip.cpp).
+  void WireFileOperations();
+  void imgTrash_Click();
+  void mnuEDelete_Click();
+  void mnuEDelSingle_Click();
+  void mnuEDelMultiple_Click();
+  void mnuECopy_Click();
+  void mnuEPaste_Click();
+  void mnuPRename_Click();
+  // A double click on the name: opens it for editing.
+  void OpenPhotoName();
+  void txtFileName_KeyPress(EventArgs& e);
+  // Enter in the name: checks the typed name and renames.
+  void CommitPhotoName();
+  // Gives photo `index` a control with its thumbnail, if it has none.
+  void EnsurePhotoControl(int index);
+  // Takes away the control of a deleted photo (control 0 is hidden).
+  void DropPhotoControl(int index);
+  // After the photo on display went: selects the nearest photo, looking at
+  // higher indexes first; false when the list is empty.
+  bool SelectPhotoAfterDelete(int deleted);
 
   Application& app_;
   Session& s_;

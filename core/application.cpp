@@ -14,6 +14,9 @@ Application::Application(std::unique_ptr<Host> host,
   if (!services_.settings) {
     services_.settings = MakeMemorySettingsStore();
   }
+  if (!services_.clipboard) {
+    services_.clipboard = MakeMemoryClipboard();
+  }
   if (catalog) {
     catalog(*this);
   }

@@ -2,6 +2,7 @@
 #define QBPD_CORE_APPLICATION_H_
 
 #include "core/session.h"
+#include "platform/clipboard.h"
 #include "platform/forms/display_control.h"
 #include "platform/forms/form_set.h"
 #include "platform/forms/host.h"
@@ -25,6 +26,8 @@ struct PlatformServices {
   std::unique_ptr<ImageOperations> images;
   // The lock of the running instance; none means every start is the first.
   std::unique_ptr<SingleInstance> instance;
+  // The clipboard of the photo commands; none gives the in-process one.
+  std::unique_ptr<Clipboard> clipboard;
   // Where the program keeps its files; see places.h.
   Places places;
   // Folder of the program's read-only files (pictures, help, defaults).
@@ -55,6 +58,7 @@ class Application {
   // The image library; a RuntimeError when the run was made without one.
   ImageOperations& images();
   const Places& places() const { return services_.places; }
+  Clipboard& clipboard() { return *services_.clipboard; }
   const std::string& resources_folder() const { return services_.resources; }
   // A new picture model for a photo view; null when the run has none.
   std::shared_ptr<DisplayControl> NewDisplayControl() const {

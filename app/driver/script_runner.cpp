@@ -656,7 +656,7 @@ class Runner {
         }
       };
     } else if (verb == "make" && t.size() >= 4 && t[1].text == "photos") {
-      // make photos N "folder" [WxH]: photo001.jpg ... in shades of grey.
+      // make photos N "folder" [WxH]: photo001.jpg ... in colour gradients.
       int count = 0;
       int width = 160;
       int height = 120;
@@ -684,6 +684,20 @@ class Runner {
           if (!WriteTestPhoto(folder + name, width, height, i)) {
             throw HostAbort("Can't write a photo in " + folder);
           }
+        }
+      };
+    } else if (verb == "make" && t.size() == 3 && t[1].text == "read-only") {
+      std::string path = t[2].text;
+      s.run = [path] {
+        // Takes every write permission away, as a user marking the file
+        // read-only would.
+        std::error_code ec;
+        fs::permissions(path,
+                        fs::perms::owner_write | fs::perms::group_write |
+                            fs::perms::others_write,
+                        fs::perm_options::remove, ec);
+        if (ec) {
+          throw HostAbort("Can't make " + path + " read-only: " + ec.message());
         }
       };
     } else if (verb == "make") {

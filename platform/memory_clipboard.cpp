@@ -1,0 +1,280 @@
+#include "platform/access_check.h"
+#include "platform/bmp_reader.h"
+#include "platform/clipboard.h"
+
+#include <vips/vips8>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <fcntl.h>
+#include <fstream>
+#include <optional>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace qbpd {
+namespace {
+
+// Decoding is refused above this many pixels.
+constexpr std::uint64_t kMaxPixels = 256'000'000;
+// The quality of a pasted photo: a new file that the user keeps.
+constexpr int kPasteQuality = 92;
+constexpr char kLoaderOptions[] = "fail_on=error";
+
+// The libvips loader that must claim a file, found from its first bytes;
+// nothing for a bitmap (read here) or an unknown kind. Other loaders, such as
+// ImageMagick's, are never handed a file.
+std::optional<std::string_view> ExpectedLoader(const std::uint8_t* head,
+                                               std::size_t size) {
+  static constexpr std::array<std::uint8_t, 8> kPng = {0x89, 'P',  'N',  'G',
+                                                       0x0D, 0x0A, 0x1A, 0x0A};
+  if (size >= 3 && head[0] == 0xFF && head[1] == 0xD8 && head[2] == 0xFF) {
+    return "jpegload";
+  }
+  if (size >= kPng.size() && std::equal(kPng.begin(), kPng.end(), head)) {
+    return "pngload";
+  }
+  if (size >= 4 &&
+      ((head[0] == 'I' && head[1] == 'I' && head[2] == 42 && head[3] == 0) ||
+       (head[0] == 'M' && head[1] == 'M' && head[2] == 0 && head[3] == 42))) {
+    return "tiffload";
+  }
+  return std::nullopt;
+}
+
+bool IsBitmap(const std::uint8_t* head, std::size_t size) {
+  return size >= 2 && head[0] == 'B' && head[1] == 'M';
+}
+
+// Eight-bit sRGB or grey without transparency, as a JPEG holds it.
+vips::VImage ForJpeg(vips::VImage image) {
+  if (image.has_alpha()) {
+    image = image.flatten(
+        vips::VImage::option()->set("background", std::vector<double>{255.0}));
+  }
+  const VipsInterpretation interpretation = image.interpretation();
+  if (interpretation == VIPS_INTERPRETATION_B_W ||
+      interpretation == VIPS_INTERPRETATION_GREY16) {
+    image = image.colourspace(VIPS_INTERPRETATION_B_W);
+  } else if (interpretation != VIPS_INTERPRETATION_sRGB) {
+    image = image.colourspace(VIPS_INTERPRETATION_sRGB);
+  }
+  if (image.format() != VIPS_FORMAT_UCHAR) {
+    image = image.cast(VIPS_FORMAT_UCHAR);
+  }
+  return image;
+}
+
+std::optional<vips::VImage> LoadWithVips(const std::string& path,
+                                         std::string_view expected) {
+  const char* loader = vips_foreign_find_load(path.c_str());
+  if (loader == nullptr) {
+    vips_error_clear();
+    return std::nullopt;
+  }
+  const char* nickname = vips_nickname_find(g_type_from_name(loader));
+  if (nickname == nullptr || expected != nickname) {
+    return std::nullopt;
+  }
+  vips::VImage image = vips::VImage::new_from_file(
+      (path + "[" + kLoaderOptions + "]").c_str(),
+      vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL));
+  if (image.width() <= 0 || image.height() <= 0 ||
+      static_cast<std::uint64_t>(image.width()) *
+              static_cast<std::uint64_t>(image.height()) >
+          kMaxPixels) {
+    return std::nullopt;
+  }
+  // Decoded here, in full, so that a broken file fails now and not when the
+  // picture is pasted.
+  return ForJpeg(image.autorot()).copy_memory();
+}
+
+std::optional<vips::VImage> LoadBitmap(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  BmpPixels pixels;
+  if (!in || !DecodeBmp(in, kMaxPixels, 1, pixels).ok()) {
+    return std::nullopt;
+  }
+  vips::VImage view = vips::VImage::new_from_memory(
+      pixels.rgb.data(), pixels.rgb.size(), pixels.width, pixels.height, 3,
+      VIPS_FORMAT_UCHAR);
+  // The view borrows the vector's bytes; the copy owns its own.
+  return view
+      .copy(vips::VImage::option()->set("interpretation",
+                                        VIPS_INTERPRETATION_sRGB))
+      .copy_memory();
+}
+
+class Descriptor {
+ public:
+  explicit Descriptor(int fd) : fd_(fd) {}
+  ~Descriptor() {
+    if (fd_ >= 0) {
+      ::close(fd_);
+    }
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  int get() const { return fd_; }
+  int release() {
+    const int fd = fd_;
+    fd_ = -1;
+    return fd;
+  }
+
+ private:
+  int fd_;
+};
+
+bool WriteAll(int fd, const std::uint8_t* data, std::size_t size) {
+  while (size > 0) {
+    const ssize_t written = ::write(fd, data, size);
+    if (written < 0) {
+      if (errno == EINTR) {
+        continue;
+      }
+      return false;
+    }
+    data += written;
+    size -= static_cast<std::size_t>(written);
+  }
+  return true;
+}
+
+// Writes `bytes` to a new file at `target`: a temporary file beside it,
+// flushed to the disk, then moved to its name without replacing anything.
+bool WriteNewFile(const std::string& target,
+                  const std::uint8_t* bytes,
+                  std::size_t size) {
+  const std::size_t slash = target.find_last_of('/');
+  const std::string folder =
+      slash == std::string::npos ? std::string(".") : target.substr(0, slash);
+  const std::string name =
+      slash == std::string::npos ? target : target.substr(slash + 1);
+  if (name.empty()) {
+    return false;
+  }
+  std::string temp = folder + "/." + name + ".XXXXXX";
+  Descriptor fd(::mkostemp(temp.data(), O_CLOEXEC));
+  if (fd.get() < 0) {
+    return false;
+  }
+  // mkostemp makes the file private; a photo gets the usual mode.
+  const mode_t mask = ::umask(0);
+  ::umask(mask);
+  bool ok = ::fchmod(fd.get(), 0666 & ~mask) == 0;
+  ok = ok && WriteAll(fd.get(), bytes, size) && ::fsync(fd.get()) == 0;
+  ok = ::close(fd.release()) == 0 && ok;
+  ok = ok && MoveFileNoReplace(temp, target).ok();
+  if (!ok) {
+    ::unlink(temp.c_str());
+  }
+  return ok;
+}
+
+void IgnoreLogMessage(const gchar*, GLogLevelFlags, const gchar*, gpointer) {}
+
+class MemoryClipboard final : public Clipboard {
+ public:
+  MemoryClipboard()
+      : log_handler_(g_log_set_handler(
+            "VIPS",
+            static_cast<GLogLevelFlags>(G_LOG_LEVEL_WARNING |
+                                        G_LOG_LEVEL_MESSAGE | G_LOG_LEVEL_INFO),
+            IgnoreLogMessage,
+            nullptr)) {}
+  ~MemoryClipboard() override { g_log_remove_handler("VIPS", log_handler_); }
+
+  bool SetImageFromFile(const std::string& path) override {
+    // libvips starts on first use, so that a run that never copies a photo
+    // doesn't start it for the clipboard.
+    if (VIPS_INIT("qbpd") != 0) {
+      vips_error_clear();
+      return false;
+    }
+    try {
+      std::optional<vips::VImage> image = Load(path);
+      if (!image) {
+        return false;
+      }
+      picture_ = std::move(image);
+      return true;
+    } catch (const vips::VError&) {
+      vips_error_clear();
+    } catch (...) {
+    }
+    return false;
+  }
+
+  bool WriteImageAsJpeg(const std::string& path) override {
+    if (!picture_ || path.empty()) {
+      return false;
+    }
+    struct stat status {};
+    if (::lstat(path.c_str(), &status) == 0) {
+      return false;
+    }
+    try {
+      void* data = nullptr;
+      std::size_t length = 0;
+      picture_->write_to_buffer(
+          ".jpg", &data, &length,
+          vips::VImage::option()->set("Q", kPasteQuality));
+      const bool ok =
+          WriteNewFile(path, static_cast<const std::uint8_t*>(data), length);
+      g_free(data);
+      return ok;
+    } catch (const vips::VError&) {
+      vips_error_clear();
+    } catch (...) {
+    }
+    return false;
+  }
+
+  bool HasImage() const override { return picture_.has_value(); }
+
+  void Clear() override { picture_.reset(); }
+
+ private:
+  static std::optional<vips::VImage> Load(const std::string& path) {
+    std::array<std::uint8_t, 16> head{};
+    std::size_t head_size = 0;
+    {
+      Descriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+      struct stat status {};
+      if (fd.get() < 0 || ::fstat(fd.get(), &status) != 0 ||
+          !S_ISREG(status.st_mode)) {
+        return std::nullopt;
+      }
+      const ssize_t got = ::pread(fd.get(), head.data(), head.size(), 0);
+      if (got <= 0) {
+        return std::nullopt;
+      }
+      head_size = static_cast<std::size_t>(got);
+    }
+    if (IsBitmap(head.data(), head_size)) {
+      return LoadBitmap(path);
+    }
+    std::optional<std::string_view> loader =
+        ExpectedLoader(head.data(), head_size);
+    if (!loader) {
+      return std::nullopt;
+    }
+    return LoadWithVips(path, *loader);
+  }
+
+  std::optional<vips::VImage> picture_;
+  guint log_handler_;
+};
+
+}  // namespace
+
+std::unique_ptr<Clipboard> MakeMemoryClipboard() {
+  return std::make_unique<MemoryClipboard>();
+}
+
+}  // namespace qbpd
