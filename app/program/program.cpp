@@ -1,6 +1,8 @@
 #include "app/program/program.h"
 
 #include "browser/frm_main_window.h"
+#include "core/frm_about_us.h"
+#include "core/frm_msg_infrm.h"
 #include "core/frm_splash.h"
 #include "core/settings.h"
 
@@ -12,6 +14,10 @@ void RegisterProgram(Application& app) {
       [a] { return std::make_unique<frmSplash>(*a); });
   app.forms().Register<frmMainWindow>(
       [a] { return std::make_unique<frmMainWindow>(*a); });
+  app.forms().Register<frmMsgInfrm>(
+      [a] { return std::make_unique<frmMsgInfrm>(*a); });
+  app.forms().Register<frmAboutUs>(
+      [a] { return std::make_unique<frmAboutUs>(*a); });
   app.SetEntryForm("frmSplash");
 }
 
