@@ -5,6 +5,7 @@
 #include "platform/forms/form_set.h"
 #include "platform/forms/host.h"
 #include "platform/image_operations.h"
+#include "platform/launcher.h"
 #include "platform/places.h"
 #include "platform/settings_store.h"
 #include "platform/single_instance.h"
@@ -28,6 +29,9 @@ struct PlatformServices {
   Places places;
   // Folder of the program's read-only files (pictures, help, defaults).
   std::string resources;
+  // Opens help pages and web pages; none means a recording one that opens
+  // nothing.
+  std::unique_ptr<Launcher> launcher;
 };
 
 // One run of the program: the host it talks to, the platform services, the
@@ -53,6 +57,8 @@ class Application {
   ImageOperations& images();
   const Places& places() const { return services_.places; }
   const std::string& resources_folder() const { return services_.resources; }
+  // Opens help pages and the service's pages in the user's programs.
+  Launcher& launcher() { return *services_.launcher; }
 
   // App.PrevInstance: whether another instance of the program runs. The
   // first call decides, and makes this process the running instance when

@@ -35,6 +35,8 @@ PlatformServices MakePlatformServices(std::unique_ptr<SettingsStore> settings) {
           ? MakePrivateTempFolder(services.places)
           : services.places.runtime + "/quillbay-picture-desk";
   services.instance = MakeSingleInstance(runtime);
+  services.resources = FindResourcesFolder(services.places);
+  services.launcher = MakeXdgLauncher();
   return services;
 }
 
