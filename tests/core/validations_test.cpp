@@ -162,29 +162,32 @@ TEST(KeyFilterTest, LettersDigitsAndBackspacePassWithEveryFlagSet) {
 }
 
 TEST(CharacterFilterTest, AKeyIsValidOnlyInAGroupAskedFor) {
-  CharacterGroups none;
-  EXPECT_FALSE(IsValidCharacter('a', none));
-  EXPECT_FALSE(IsValidCharacter('5', none));
-  EXPECT_TRUE(IsValidCharacter(8, none));  // backspace, always
-
   CharacterGroups letters;
   letters.letters = true;
-  EXPECT_TRUE(IsValidCharacter('q', letters));
-  EXPECT_TRUE(IsValidCharacter(233, letters));
-  EXPECT_FALSE(IsValidCharacter('7', letters));
-
   CharacterGroups symbols;
   symbols.symbols = true;
-  EXPECT_TRUE(IsValidCharacter('@', symbols));
-  EXPECT_FALSE(IsValidCharacter('.', symbols));
-
   CharacterGroups separators;
   separators.separators = true;
-  for (int key : {'.', ',', '\t', '\n', '@'}) {
-    EXPECT_TRUE(IsValidCharacter(key, separators)) << key;
-  }
-  for (int key : {' ', '&', '#', '-'}) {
-    EXPECT_FALSE(IsValidCharacter(key, separators)) << key;
+  struct Case {
+    CharacterGroups groups;
+    std::string valid;
+    std::string invalid;
+  };
+  const Case cases[] = {
+      {CharacterGroups{}, "\b", "a5 .@"},
+      {letters, "qZ\xe9\b", "7 .@"},
+      {symbols, "@#_", ".a "},
+      {separators, ".,\t\n@", " &#-a"},
+  };
+  for (const Case& c : cases) {
+    for (char key : c.valid) {
+      EXPECT_TRUE(IsValidCharacter(static_cast<unsigned char>(key), c.groups))
+          << static_cast<int>(static_cast<unsigned char>(key));
+    }
+    for (char key : c.invalid) {
+      EXPECT_FALSE(IsValidCharacter(static_cast<unsigned char>(key), c.groups))
+          << static_cast<int>(static_cast<unsigned char>(key));
+    }
   }
 }
 
