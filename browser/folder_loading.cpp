@@ -4,6 +4,7 @@
 #include "browser/frm_main_window.h"
 #include "core/quil_mod.h"
 
+#include <algorithm>
 #include <filesystem>
 
 namespace qbpd {
@@ -242,6 +243,11 @@ void frmMainWindow::LoadImagesOnFolderClick(std::string& folder, bool& result) {
       files.push_back(it->path().string());
     }
   }
+  // By name, as people expect to browse a folder.
+  std::sort(files.begin(), files.end(),
+            [](const std::string& a, const std::string& b) {
+              return UpperCase(a) < UpperCase(b);
+            });
   miFileCount = static_cast<int>(files.size());
   auto finish_empty = [&] {
     lblPhotosSelect.SetCaption("No photo(s) exists.");

@@ -59,6 +59,10 @@ frmMainWindow::frmMainWindow(Application& app)
   lblDisplayImageName.SetContainer("picImageText");
   txtFileName.SetContainer("picImageText");
   txtFileName.SetVisible(false);
+  imgZoom.SetContainer("picManipCont");
+  imgPrev.SetContainer("picImageFlow");
+  imgNext.SetContainer("picImageFlow");
+  imgTrash.SetContainer("picTrash");
 
   tmrIniitialLoad.SetInterval(kInitialLoadMs);
   tmrDblClick.SetInterval(kDblClickMs);
@@ -94,10 +98,21 @@ frmMainWindow::frmMainWindow(Application& app)
   On("mnuFRecFolders", "Click", &frmMainWindow::mnuFRecFolders_Click);
   On("mnuERefresh", "Click", &frmMainWindow::mnuERefresh_Click);
   On("mnuFExit", "Click", &frmMainWindow::mnuFExit_Click);
+  On("ctrlQuilImage", "CheckClick", &frmMainWindow::ctrlQuilImage_CheckClick);
+  On("ctrlImageListVScroll", "Change",
+     &frmMainWindow::ctrlImageListVScroll_Change);
+  On("imgSelectAll", "Click", &frmMainWindow::imgSelectAll_Click);
+  On("mnuESelectAll", "Click", &frmMainWindow::imgSelectAll_Click);
+  On("imgClear", "Click", &frmMainWindow::imgClear_Click);
+  On("mnuEClear", "Click", &frmMainWindow::imgClear_Click);
+  WireDisplay();
+  SetKeyPreview(true);
 }
 
 void frmMainWindow::Form_Load() {
   SetCaption(s_.gsAppTitle);
+  ctlDisplayImage.AttachDisplay(app_.NewDisplayControl());
+  ctlDisplayImage.SetScaleBase(100);
   mbFirstLoad = true;
   mbStartupDone = false;
   ctrlImageListVScroll.SetMax(0);
@@ -387,9 +402,10 @@ void frmMainWindow::ArrangeFrames() {
   int list_left = mbExplorerOpen ? kExplorerWidth : 0;
   picImageListCont.Move(list_left, 0, kListWidth, height);
   cmdImageListHead.Move(0, 0, kListWidth, kHeadHeight);
-  picImagelistInnerCont.Move(
-      0, kHeadHeight, kListWidth - 255,
-      std::max(picImagelistInnerCont.Height(), height - kHeadHeight));
+  // The inner panel keeps its height (the photo count's) and its scroll
+  // position.
+  picImagelistInnerCont.Move(0, picImagelistInnerCont.Top(), kListWidth - 255,
+                             picImagelistInnerCont.Height());
   ctrlImageListVScroll.Move(kListWidth - 255, kHeadHeight, 255,
                             height - kHeadHeight);
   lblPhotosSelect.Move(list_left, height, kListWidth, 300);
@@ -397,6 +413,15 @@ void frmMainWindow::ArrangeFrames() {
   picDisplayImageCont.Move(display_left, 0, width - display_left, height);
   ctlDisplayImage.Move(0, 0, width - display_left - 50, height * 14 / 15);
   picImageText.Move(0, height - 400, width - display_left, 400);
+  // The photo tools stand in a strip below the display.
+  const int tools_top = height;
+  picManipCont.Move(display_left, tools_top, 1200, 600);
+  imgZoom.Move(100, 0, 500, 500);
+  picImageFlow.Move(display_left + 1300, tools_top, 1200, 600);
+  imgPrev.Move(50, 0, 500, 500);
+  imgNext.Move(600, 0, 500, 500);
+  picTrash.Move(display_left + 2600, tools_top, 600, 600);
+  imgTrash.Move(50, 0, 500, 500);
 }
 
 void frmMainWindow::mnuFExit_Click() {

@@ -157,6 +157,8 @@ class frmMainWindow : public Form {
   void Form_Resize() override;
   void Form_QueryUnload(int& Cancel, int UnloadMode) override;
   void Form_Unload(int& Cancel) override;
+  // The arrow keys move through the grid.
+  void Form_KeyUp(int& KeyCode, int Shift) override;
 
  private:
   // Start-up and close.
@@ -178,6 +180,37 @@ class frmMainWindow : public Form {
   void ResetGrid();
   void RemakeThumbnailFolder();
   void ctrlQuilImage_Click(EventArgs& e);
+  void ctrlQuilImage_CheckClick(int index);
+  void ctrlImageListVScroll_Change();
+  void imgSelectAll_Click();
+  void imgClear_Click();
+  // Loads (or reuses) the control of photo `i`, shown, with its index.
+  Thumbnail& LoadThumbnailControl(int i);
+  // Gives a control the thumbnail, path and tooltip of `path`; false when no
+  // thumbnail could be made.
+  bool ShowThumbnailOf(Thumbnail& thumb, const std::string& path);
+  // Commits a rename in progress as the Enter key does; false when the name
+  // strip stays open.
+  bool CommitRename();
+  void RepairMissingPhoto();
+  void RestoreExplorerTimer();
+
+  // The display (display.cpp).
+  void WireDisplay();
+  Menu& ZoomItem(int level);
+  void ZoomCommand(int level);
+  void mnuVZoomFit_Click();
+  void picDisplayImageCont_Resize();
+  void imgZoom_Click();
+  void ctlDisplayImage_Click();
+  void imgNext_Click();
+  void imgPrev_Click();
+  bool ThumbnailShowable(int index) const;
+  // Clicks the thumbnail of photo `index`, loading its control if need be.
+  void ClickThumbnail(int index);
+  void SetFocusToWindow();
+  // One arrow key: a step of -1, -2, 1 or 2 through the grid.
+  void MoveInGrid(int step);
 
   // Recent folders.
   void mnuFRecFolders_Click(int index);

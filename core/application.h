@@ -2,6 +2,7 @@
 #define QBPD_CORE_APPLICATION_H_
 
 #include "core/session.h"
+#include "platform/forms/display_control.h"
 #include "platform/forms/form_set.h"
 #include "platform/forms/host.h"
 #include "platform/image_operations.h"
@@ -32,6 +33,8 @@ struct PlatformServices {
   // Opens help pages and web pages; none means a recording one that opens
   // nothing.
   std::unique_ptr<Launcher> launcher;
+  // Makes the picture model of a photo view; none leaves photo views empty.
+  std::function<std::unique_ptr<DisplayControl>()> make_display;
 };
 
 // One run of the program: the host it talks to, the platform services, the
@@ -59,6 +62,10 @@ class Application {
   const std::string& resources_folder() const { return services_.resources; }
   // Opens help pages and the service's pages in the user's programs.
   Launcher& launcher() { return *services_.launcher; }
+  // A new picture model for a photo view; null when the run has none.
+  std::shared_ptr<DisplayControl> NewDisplayControl() const {
+    return services_.make_display ? services_.make_display() : nullptr;
+  }
 
   // App.PrevInstance: whether another instance of the program runs. The
   // first call decides, and makes this process the running instance when

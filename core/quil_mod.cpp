@@ -60,6 +60,15 @@ std::string FileNamePart(std::string_view path) {
                                                      : path.substr(slash + 1));
 }
 
+std::string BaseName(std::string_view path) {
+  std::string name = FileNamePart(path);
+  size_t dot = name.rfind('.');
+  if (dot != std::string::npos && dot > 0) {
+    name.resize(dot);
+  }
+  return name;
+}
+
 std::string ParentFolder(std::string_view path) {
   size_t slash = path.rfind('/');
   return slash == std::string_view::npos

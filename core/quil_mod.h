@@ -51,6 +51,8 @@ std::string UpperExtension(std::string_view path);
 bool IsPhotoExtension(std::string_view upper_extension);
 // The file name part of a path (after the last "/").
 std::string FileNamePart(std::string_view path);
+// The file name without its extension (the text before the last ".").
+std::string BaseName(std::string_view path);
 // The parent folder of a path, with its separator.
 std::string ParentFolder(std::string_view path);
 

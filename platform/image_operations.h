@@ -46,6 +46,11 @@ class ImageOperations {
 std::unique_ptr<ImageOperations> MakeVipsImageOperations(
     std::string cache_folder);
 
+// Writes a JPEG test photo of `width` x `height`: a colour gradient whose
+// hue follows `seed`, so that neighbouring photos differ. For the headless
+// driver's scripts and the benchmarks. False when it can't be written.
+bool WriteTestPhoto(const std::string& path, int width, int height, int seed);
+
 }  // namespace qbpd
 
 #endif  // QBPD_PLATFORM_IMAGE_OPERATIONS_H_

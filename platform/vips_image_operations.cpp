@@ -475,4 +475,26 @@ std::unique_ptr<ImageOperations> MakeVipsImageOperations(
   return std::make_unique<VipsImageOperations>(std::move(cache_folder));
 }
 
+bool WriteTestPhoto(const std::string& path, int width, int height, int seed) {
+  if (VIPS_INIT("qbpd") != 0 || width <= 0 || height <= 0) {
+    return false;
+  }
+  try {
+    vips::VImage x = vips::VImage::xyz(width, height)[0];
+    vips::VImage y = vips::VImage::xyz(width, height)[1];
+    const double shade = (seed * 37) % 200 + 30;
+    vips::VImage red = x * (200.0 / width) + shade / 4;
+    vips::VImage green = y * (200.0 / height) + (255 - shade) / 4;
+    vips::VImage blue = red * 0 + shade;
+    vips::VImage image = red.bandjoin({green, blue}).cast(VIPS_FORMAT_UCHAR);
+    image
+        .copy(vips::VImage::option()->set("interpretation",
+                                          VIPS_INTERPRETATION_sRGB))
+        .jpegsave(path.c_str(), vips::VImage::option()->set("Q", 85));
+    return true;
+  } catch (const vips::VError&) {
+    return false;
+  }
+}
+
 }  // namespace qbpd

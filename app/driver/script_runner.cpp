@@ -4,6 +4,7 @@
 #include "platform/forms/runtime_error.h"
 #include "platform/forms/scripted_host.h"
 #include "platform/forms/user_input.h"
+#include "platform/image_operations.h"
 
 #include <cctype>
 #include <cstdlib>
@@ -652,6 +653,37 @@ class Runner {
       s.run = [this, key, name, value] {
         if (!app_->settings().Write(key, name, value)) {
           throw HostAbort("The settings store refused " + key + " " + name);
+        }
+      };
+    } else if (verb == "make" && t.size() >= 4 && t[1].text == "photos") {
+      // make photos N "folder" [WxH]: photo001.jpg ... in shades of grey.
+      int count = 0;
+      int width = 160;
+      int height = 120;
+      try {
+        count = std::stoi(t[2].text);
+        if (t.size() == 5) {
+          size_t x = t[4].text.find('x');
+          width = std::stoi(t[4].text.substr(0, x));
+          height = std::stoi(t[4].text.substr(x + 1));
+        }
+      } catch (const std::exception&) {
+        count = 0;
+      }
+      if (count <= 0 || t.size() > 5 || width <= 0 || height <= 0) {
+        throw ScriptSyntaxError(
+            "expected: make photos N \"folder\" [WIDTHxHEIGHT]");
+      }
+      std::string folder = t[3].text;
+      s.run = [folder, count, width, height] {
+        std::error_code ec;
+        fs::create_directories(folder, ec);
+        for (int i = 1; i <= count; ++i) {
+          char name[32];
+          std::snprintf(name, sizeof name, "/photo%03d.jpg", i);
+          if (!WriteTestPhoto(folder + name, width, height, i)) {
+            throw HostAbort("Can't write a photo in " + folder);
+          }
         }
       };
     } else if (verb == "make") {

@@ -5,6 +5,7 @@
 #include "core/frm_msg_infrm.h"
 #include "core/frm_splash.h"
 #include "core/settings.h"
+#include "platform/display_model.h"
 
 namespace qbpd {
 
@@ -37,6 +38,7 @@ PlatformServices MakePlatformServices(std::unique_ptr<SettingsStore> settings) {
   services.instance = MakeSingleInstance(runtime);
   services.resources = FindResourcesFolder(services.places);
   services.launcher = MakeXdgLauncher();
+  services.make_display = [] { return MakeVipsDisplayControl(); };
   return services;
 }
 

@@ -83,19 +83,22 @@ void Control::SetTop(int v) {
   Changed();
 }
 void Control::SetWidth(int v) {
-  common_.width = v;
-  Changed();
+  Move(common_.left, common_.top, v, common_.height);
 }
 void Control::SetHeight(int v) {
-  common_.height = v;
-  Changed();
+  Move(common_.left, common_.top, common_.width, v);
 }
 void Control::Move(int left, int top, int width, int height) {
+  const bool resized = width != common_.width || height != common_.height;
   common_.left = left;
   common_.top = top;
   common_.width = width;
   common_.height = height;
   Changed();
+  // A picture box tells its form when its size changed.
+  if (resized && Kind() == ControlKind::kPictureBox) {
+    Raise("Resize");
+  }
 }
 
 void Control::SetVisible(bool v) {

@@ -5,6 +5,7 @@
 #include "browser/frm_main_window.h"
 #include "core/application.h"
 #include "core/settings.h"
+#include "platform/display_model.h"
 #include "platform/forms/scripted_host.h"
 #include "platform/image_operations.h"
 #include "platform/settings_store.h"
@@ -57,6 +58,7 @@ class MainWindowTest : public ::testing::Test {
     services.places.desktop = (dir_ / "Desktop").string();
     services.places.pictures = (dir_ / "Pictures").string();
     services.images = MakeVipsImageOperations((dir_ / "cache" / "t").string());
+    services.make_display = [] { return MakeVipsDisplayControl(); };
     SettingsStore& store = *services.settings;
     Write(store, kSettingsKey, "LastOpenFolderInPreviousSession", "False");
     Write(store, kSettingsKey, "DefaultFolder", photos().string());

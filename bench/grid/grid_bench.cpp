@@ -1,0 +1,176 @@
+// Scrolls the main window's grid page by page through a large folder and
+// reports the time per page and the peak memory.
+//
+//   grid_bench [--photos N] [--width W] [--height H] [--distinct D] [--dir D]
+//
+// The folder holds N photos: D distinct JPEGs of W x H made with libvips, and
+// hard links to them under other names, so that every photo is its own file
+// (its own thumbnail) without filling the disk. The thumbnail cache is on.
+// The first pass starts with an empty cache (every thumbnail is made); the
+// second starts the program again on the same folder (every thumbnail is in
+// the cache).
+#include "app/program/program.h"
+#include "browser/frm_main_window.h"
+#include "core/settings.h"
+#include "platform/display_model.h"
+#include "platform/forms/scripted_host.h"
+#include "platform/forms/user_input.h"
+#include "platform/image_operations.h"
+#include "platform/settings_store.h"
+
+#include <vips/vips8>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <sys/resource.h>
+#include <unistd.h>
+#include <vector>
+
+namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+
+namespace {
+
+struct Options {
+  int photos = 5000;
+  int width = 2000;
+  int height = 1500;
+  int distinct = 20;
+  std::string dir;
+};
+
+long PeakRssKb() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss;
+}
+
+void MakeFolder(const Options& o, const fs::path& folder) {
+  fs::create_directories(folder);
+  std::vector<fs::path> originals;
+  for (int d = 0; d < o.distinct; ++d) {
+    // A gradient with noise, so that JPEG decoding has real work to do.
+    vips::VImage noise = vips::VImage::gaussnoise(
+        o.width, o.height, vips::VImage::option()->set("sigma", 40.0));
+    vips::VImage x = vips::VImage::xyz(o.width, o.height)[0];
+    vips::VImage image = vips::VImage::bandjoin(
+        {(x * (255.0 / o.width) + noise).cast(VIPS_FORMAT_UCHAR),
+         (noise + 40 + d * 5).cast(VIPS_FORMAT_UCHAR),
+         (x * (-255.0 / o.width) + 255 + noise).cast(VIPS_FORMAT_UCHAR)});
+    fs::path path = folder / ("original" + std::to_string(d) + ".jpg");
+    image.jpegsave(path.c_str(), vips::VImage::option()->set("Q", 85));
+    originals.push_back(path);
+  }
+  for (int i = o.distinct; i < o.photos; ++i) {
+    char name[32];
+    std::snprintf(name, sizeof name, "photo%05d.jpg", i);
+    fs::create_hard_link(originals[i % o.distinct], folder / name);
+  }
+}
+
+struct Pass {
+  std::vector<double> page_ms;
+  double start_ms = 0;
+  long peak_kb = 0;
+};
+
+Pass ScrollThrough(const fs::path& root, const fs::path& folder) {
+  using namespace qbpd;
+  PlatformServices services;
+  services.settings = MakeMemorySettingsStore();
+  services.places.config = (root / "config").string();
+  services.places.data = (root / "data").string();
+  services.places.cache = (root / "cache").string();
+  services.places.desktop = (root / "Desktop").string();
+  services.places.pictures = folder.parent_path().string();
+  services.images = MakeVipsImageOperations((root / "cache" / "t").string());
+  services.make_display = [] { return MakeVipsDisplayControl(); };
+  SettingsStore& store = *services.settings;
+  (void)store.Write(kSettingsKey, "LastOpenFolderInPreviousSession", "False");
+  (void)store.Write(kSettingsKey, "DefaultFolder", folder.string());
+  (void)store.Write(kRootKey, "CacheEnable", "True");
+  (void)store.Write(kDisplayKey, "ZoomSettings", "FitToWidth");
+  auto owned_host = std::make_unique<ScriptedHost>();
+  ScriptedHost& host = *owned_host;
+  Application app(std::move(owned_host), std::move(services), RegisterProgram);
+  host.SetIdleHook([&app] { app.forms().CollectGarbage(); });
+
+  Pass pass;
+  auto started = Clock::now();
+  app.Start("");
+  host.Run();
+  host.Advance(500);
+  pass.start_ms =
+      std::chrono::duration<double, std::milli>(Clock::now() - started).count();
+
+  auto& window = app.forms().Get<frmMainWindow>();
+  ScrollBar& bar = window.ctrlImageListVScroll;
+  const int rows_per_page = window.getMaxNoImgsDisplayed() / 2;
+  for (int value = rows_per_page; value <= bar.Max(); value += rows_per_page) {
+    auto t0 = Clock::now();
+    user::ScrollTo(bar, value);
+    pass.page_ms.push_back(
+        std::chrono::duration<double, std::milli>(Clock::now() - t0).count());
+  }
+  pass.peak_kb = PeakRssKb();
+  std::printf("  photos listed %d, controls loaded %d, pages %zu\n",
+              app.session().gdicPhotoList.Count(),
+              app.session().gdicLoadedControls.Count(), pass.page_ms.size());
+  app.End();
+  return pass;
+}
+
+void Report(const char* what, Pass pass) {
+  std::vector<double>& t = pass.page_ms;
+  std::sort(t.begin(), t.end());
+  double sum = 0;
+  for (double v : t)
+    sum += v;
+  auto at = [&](double q) {
+    return t.empty() ? 0.0 : t[std::min(t.size() - 1, size_t(q * t.size()))];
+  };
+  std::printf(
+      "%s: start %.0f ms; per page mean %.2f ms, median %.2f ms, p95 %.2f ms, "
+      "max %.2f ms; peak RSS %.1f MB\n",
+      what, pass.start_ms, t.empty() ? 0.0 : sum / t.size(), at(0.5), at(0.95),
+      t.empty() ? 0.0 : t.back(), pass.peak_kb / 1024.0);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (VIPS_INIT(argv[0]) != 0)
+    return 1;
+  vips_concurrency_set(2);
+  Options o;
+  for (int i = 1; i + 1 < argc; i += 2) {
+    std::string flag = argv[i];
+    std::string value = argv[i + 1];
+    if (flag == "--photos")
+      o.photos = std::stoi(value);
+    else if (flag == "--width")
+      o.width = std::stoi(value);
+    else if (flag == "--height")
+      o.height = std::stoi(value);
+    else if (flag == "--distinct")
+      o.distinct = std::stoi(value);
+    else if (flag == "--dir")
+      o.dir = value;
+  }
+  fs::path root = o.dir.empty() ? fs::temp_directory_path() /
+                                      ("grid-bench-" + std::to_string(getpid()))
+                                : fs::path(o.dir);
+  fs::path folder = root / "Pictures" / "Many";
+  std::printf("making %d photos of %dx%d (%d distinct) in %s\n", o.photos,
+              o.width, o.height, o.distinct, folder.c_str());
+  MakeFolder(o, folder);
+  Report("thumbnails made", ScrollThrough(root, folder));
+  Report("thumbnails cached", ScrollThrough(root, folder));
+  if (o.dir.empty())
+    fs::remove_all(root);
+  return 0;
+}

@@ -1,0 +1,42 @@
+#ifndef QBPD_PLATFORM_DISPLAY_MODEL_H_
+#define QBPD_PLATFORM_DISPLAY_MODEL_H_
+
+#include "platform/forms/display_control.h"
+
+#include <memory>
+
+namespace qbpd {
+
+// The width in pixels that a fit to width leaves for a vertical scroll bar.
+// When the photo fitted to the whole view width would be taller than the view,
+// the fit uses the view width less this much, so the desktop widget's
+// vertical scroll bar never hides the right edge and no horizontal scroll bar
+// is needed. A photo that fits in height uses the whole width. The widget
+// draws its scroll bar this wide.
+inline constexpr int kDisplayScrollBarPx = 16;
+
+// The photo view model over libvips (and libjpeg-turbo for JPEG files).
+//
+// Decoding: LoadPhoto reads the file's header, refuses what it must, and
+// decodes the pixels at once at the coarsest scale that the view's fit to
+// width will need (JPEG files at 1/2, 1/4 or 1/8 of their size through the
+// decoder's own scaling; other kinds box-shrunk while they are read). With no
+// view size known yet it decodes at full size, the zoom that a load starts
+// with. A zoom or a rotation that needs more detail decodes the file again,
+// finer, on the spot; the picture is never shown from fewer pixels than it
+// takes on screen. The file stays the source of full resolution.
+//
+// Render fills `rgb` with the clipped rectangle only: its rows are
+// (min(x + w, ShownWidth()) - max(x, 0)) pixels wide, and there are
+// (min(y + h, ShownHeight()) - max(y, 0)) of them. Transparent photos are
+// shown over the view's grey (206, 206, 206).
+//
+// Refused (False, the view as it was): a missing or empty file, a file that
+// is none of JPEG, PNG, TIFF or bitmap by its first bytes whatever its name,
+// a photo above 256 megapixels (known from the header, before a pixel is
+// decoded), and a corrupt or truncated file.
+std::unique_ptr<DisplayControl> MakeVipsDisplayControl();
+
+}  // namespace qbpd
+
+#endif  // QBPD_PLATFORM_DISPLAY_MODEL_H_
