@@ -5,6 +5,11 @@
 int main(int argc, char** argv) {
   return qbpd::ScriptMain(argc, argv, qbpd::RegisterProgram, [] {
     // A script's settings live in memory; it says what it needs.
-    return qbpd::MakePlatformServices(qbpd::MakeMemorySettingsStore());
+    qbpd::PlatformServices services =
+        qbpd::MakePlatformServices(qbpd::MakeMemorySettingsStore());
+    // A script opens no windows of other programs: help and web pages it
+    // asks for are only recorded.
+    services.launcher = qbpd::MakeRecordingLauncher();
+    return services;
   });
 }

@@ -1,5 +1,6 @@
 #include "core/application.h"
 
+#include "core/help.h"
 #include "platform/forms/runtime_error.h"
 
 #include <cctype>
@@ -17,6 +18,17 @@ Application::Application(std::unique_ptr<Host> host,
   if (!services_.clipboard) {
     services_.clipboard = MakeMemoryClipboard();
   }
+  if (!services_.launcher) {
+    services_.launcher = MakeRecordingLauncher();
+  }
+  // F1 on any form opens the help at that form's topic. A help that can't
+  // be opened is, like any unplanned failure, not shown to the user.
+  forms_.SetHelpHandler([this](Form& form, int context) {
+    LaunchResult result = ShowHelp(*this, context);
+    if (!result.ok) {
+      host_->HandlerFailed(form.Name() + " help", result.error);
+    }
+  });
   if (catalog) {
     catalog(*this);
   }

@@ -7,6 +7,7 @@
 #include "platform/forms/form_set.h"
 #include "platform/forms/host.h"
 #include "platform/image_operations.h"
+#include "platform/launcher.h"
 #include "platform/places.h"
 #include "platform/settings_store.h"
 #include "platform/single_instance.h"
@@ -32,6 +33,9 @@ struct PlatformServices {
   Places places;
   // Folder of the program's read-only files (pictures, help, defaults).
   std::string resources;
+  // Opens help pages and web pages; none means a recording one that opens
+  // nothing.
+  std::unique_ptr<Launcher> launcher;
   // Makes the picture model of a photo view; none leaves photo views empty.
   std::function<std::unique_ptr<DisplayControl>()> make_display;
 };
@@ -60,6 +64,8 @@ class Application {
   const Places& places() const { return services_.places; }
   Clipboard& clipboard() { return *services_.clipboard; }
   const std::string& resources_folder() const { return services_.resources; }
+  // Opens help pages and the service's pages in the user's programs.
+  Launcher& launcher() { return *services_.launcher; }
   // A new picture model for a photo view; null when the run has none.
   std::shared_ptr<DisplayControl> NewDisplayControl() const {
     return services_.make_display ? services_.make_display() : nullptr;

@@ -1,9 +1,11 @@
 #include "app/program/program.h"
-#include "platform/display_model.h"
 
 #include "browser/frm_main_window.h"
+#include "core/frm_about_us.h"
+#include "core/frm_msg_infrm.h"
 #include "core/frm_splash.h"
 #include "core/settings.h"
+#include "platform/display_model.h"
 
 namespace qbpd {
 
@@ -13,6 +15,10 @@ void RegisterProgram(Application& app) {
       [a] { return std::make_unique<frmSplash>(*a); });
   app.forms().Register<frmMainWindow>(
       [a] { return std::make_unique<frmMainWindow>(*a); });
+  app.forms().Register<frmMsgInfrm>(
+      [a] { return std::make_unique<frmMsgInfrm>(*a); });
+  app.forms().Register<frmAboutUs>(
+      [a] { return std::make_unique<frmAboutUs>(*a); });
   app.SetEntryForm("frmSplash");
 }
 
@@ -30,6 +36,8 @@ PlatformServices MakePlatformServices(std::unique_ptr<SettingsStore> settings) {
           ? MakePrivateTempFolder(services.places)
           : services.places.runtime + "/quillbay-picture-desk";
   services.instance = MakeSingleInstance(runtime);
+  services.resources = FindResourcesFolder(services.places);
+  services.launcher = MakeXdgLauncher();
   services.make_display = [] { return MakeVipsDisplayControl(); };
   return services;
 }

@@ -272,6 +272,9 @@ Value Form::Property(std::string_view name) const {
   if (name == "KeyPreview") {
     return key_preview_;
   }
+  if (name == "HelpContextID") {
+    return help_context_id_;
+  }
   if (name == "Name") {
     return name_;
   }
@@ -296,6 +299,8 @@ void Form::SetProperty(std::string_view name, const Value& v) {
     SetEnabled(v.ToBool());
   } else if (name == "KeyPreview") {
     SetKeyPreview(v.ToBool());
+  } else if (name == "HelpContextID") {
+    SetHelpContextID(static_cast<int>(v.ToLong()));
   } else if (name == "Visible") {
     if (v.ToBool()) {
       Show();
@@ -328,6 +333,13 @@ void FormEvents::Resize(Form& f) {
 
 void FormEvents::Activate(Form& f) {
   f.Dispatch(f.name_ + ".Form_Activate", [&] { f.Form_Activate(); });
+}
+
+void FormEvents::Help(Form& f) {
+  if (f.set_ == nullptr) {
+    return;
+  }
+  f.Dispatch(f.name_ + " help", [&] { f.set_->ShowHelp(f); });
 }
 
 }  // namespace qbpd

@@ -114,10 +114,14 @@ class Form {
   // With KeyPreview the form sees every key before its controls do.
   bool KeyPreview() const { return key_preview_; }
   void SetKeyPreview(bool v) { key_preview_ = v; }
+  // The topic of the help that F1 opens on this form; 0 for the help's
+  // contents.
+  int HelpContextID() const { return help_context_id_; }
+  void SetHelpContextID(int v) { help_context_id_ = v; }
   unsigned long long revision() const { return revision_; }
 
   // Reflection on the form's own properties (Caption, Left, Top, Width,
-  // Height, WindowState, Visible, Enabled, KeyPreview).
+  // Height, WindowState, Visible, Enabled, KeyPreview, HelpContextID).
   Value Property(std::string_view name) const;
   void SetProperty(std::string_view name, const Value& v);
 
@@ -170,6 +174,7 @@ class Form {
   int window_state_ = kWindowNormal;
   bool enabled_ = true;
   bool key_preview_ = false;
+  int help_context_id_ = 0;
   bool loaded_ = false;
   bool unloaded_ = false;
   bool visible_ = false;
@@ -187,6 +192,9 @@ class FormEvents {
   static void KeyUp(Form& f, int& key_code, int shift);
   static void Resize(Form& f);
   static void Activate(Form& f);
+  // F1 reached the form and no KeyDown handler dropped it: asks the form's
+  // set to open the help at the form's HelpContextID.
+  static void Help(Form& f);
 };
 
 template <class F>

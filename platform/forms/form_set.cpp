@@ -86,4 +86,10 @@ void FormSet::CollectGarbage() {
   }
 }
 
+void FormSet::ShowHelp(Form& form) {
+  if (help_) {
+    help_(form, form.HelpContextID());
+  }
+}
+
 }  // namespace qbpd

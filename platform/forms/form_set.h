@@ -56,11 +56,19 @@ class FormSet {
   // Destroys released forms if no handler is running.
   void CollectGarbage();
 
+  // Who opens the help when F1 reaches a form: it receives the form and the
+  // form's HelpContextID. Without one, F1 does nothing.
+  using HelpHandler = std::function<void(Form& form, int context)>;
+  void SetHelpHandler(HelpHandler handler) { help_ = std::move(handler); }
+  // Opens the help for `form` through the help handler, if there is one.
+  void ShowHelp(Form& form);
+
  private:
   Host& host_;
   std::map<std::string, Factory, std::less<>> factories_;
   std::vector<std::unique_ptr<Form>> loaded_;
   std::vector<std::unique_ptr<Form>> released_;
+  HelpHandler help_;
 };
 
 }  // namespace qbpd

@@ -170,6 +170,9 @@ void Press(Form& form, Control* target, const KeyStroke& key) {
       NavigateText(static_cast<TextBox&>(*target), key_code);
     }
   }
+  if (key_code == kKeyF1) {
+    FormEvents::Help(form);
+  }
   int ascii = key.ascii;
   if (key_code != 0 && ascii != 0) {
     if (form.KeyPreview()) {
