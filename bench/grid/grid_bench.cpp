@@ -94,6 +94,7 @@ Pass ScrollThrough(const fs::path& root, const fs::path& folder) {
   (void)store.Write(kSettingsKey, "DefaultFolder", folder.string());
   (void)store.Write(kRootKey, "CacheEnable", "True");
   (void)store.Write(kDisplayKey, "ZoomSettings", "FitToWidth");
+  (void)store.Write(kDisplayKey, "NoOfRecentFolders", "5");
   auto owned_host = std::make_unique<ScriptedHost>();
   ScriptedHost& host = *owned_host;
   Application app(std::move(owned_host), std::move(services), RegisterProgram);
