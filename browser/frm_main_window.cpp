@@ -1,5 +1,6 @@
 #include "browser/frm_main_window.h"
 
+#include "core/help.h"
 #include "core/quil_mod.h"
 
 #include <filesystem>
@@ -106,6 +107,11 @@ frmMainWindow::frmMainWindow(Application& app)
   On("imgClear", "Click", &frmMainWindow::imgClear_Click);
   On("mnuEClear", "Click", &frmMainWindow::imgClear_Click);
   WireDisplay();
+  mnuHelp.SetCaption("&Help");
+  mnuHHelp.SetContainer("mnuHelp");
+  mnuHHelp.SetCaption("Picture Desk &Help            F1");
+  On("mnuHHelp", "Click", &frmMainWindow::mnuHHelp_Click);
+  SetHelpContextID(kHelpBrowsing);
   SetKeyPreview(true);
   WireFileOperations();
 }
@@ -423,6 +429,18 @@ void frmMainWindow::ArrangeFrames() {
   imgNext.Move(600, 0, 500, 500);
   picTrash.Move(display_left + 2600, tools_top, 600, 600);
   imgTrash.Move(50, 0, 500, 500);
+}
+
+void frmMainWindow::mnuHHelp_Click() {
+  // The help opens at the topic of what the window is busy with; F1 keeps
+  // the browsing topic.
+  const int context = HelpContextForOperation(s_.giCurrentOperation);
+  SetHelpContextID(context);
+  LaunchResult result = ShowHelp(app_, context);
+  SetHelpContextID(kHelpBrowsing);
+  if (!result.ok) {
+    host().HandlerFailed("frmMainWindow help", result.error);
+  }
 }
 
 void frmMainWindow::mnuFExit_Click() {

@@ -220,6 +220,7 @@ class frmMainWindow : public Form {
   void mnuFRecFolders_Click(int index);
   void mnuERefresh_Click();
   void mnuFExit_Click();
+  void mnuHHelp_Click();
   // Sets lstFiles to the photos of `folder`; their count.
   int ListPhotoFiles(const std::string& folder);
 

@@ -1,3 +1,4 @@
+#include "core/help.h"
 #include "platform/forms/user_input.h"
 #include "tests/browser/main_window_fixture.h"
 
@@ -279,6 +280,18 @@ TEST_F(GridTest, TheNameStripShortensLongNamesAndGrowsBack) {
   // A wider window shows more of the name again.
   w.Move(0, 0, 30000, 12000);
   EXPECT_GT(w.txtFileName.Text().size(), shown.size());
+}
+
+TEST_F(GridTest, HelpOpensAtTheTopicOfWhatTheWindowIsBusyWith) {
+  StartWith(1);
+  user::PressKeys(main(), "{F1}");
+  session().giCurrentOperation = 1;  // cropping
+  user::PickMenu(main().mnuHHelp);
+  ASSERT_EQ(launcher_->Opened().size(), 2u);
+  EXPECT_EQ(fs::path(launcher_->Opened()[0]).filename(), HelpPage(6));
+  EXPECT_EQ(fs::path(launcher_->Opened()[1]).filename(), HelpPage(7));
+  // F1 afterwards is back on the browsing topic.
+  EXPECT_EQ(main().HelpContextID(), 6);
 }
 
 TEST_F(GridTest, CommandsFollowTheListState) {

@@ -8,6 +8,8 @@
 #include "platform/display_model.h"
 #include "platform/forms/scripted_host.h"
 #include "platform/image_operations.h"
+#include "platform/launcher.h"
+#include "platform/places.h"
 #include "platform/settings_store.h"
 #include "tests/support/temp_dir.h"
 
@@ -59,6 +61,10 @@ class MainWindowTest : public ::testing::Test {
     services.places.pictures = (dir_ / "Pictures").string();
     services.images = MakeVipsImageOperations((dir_ / "cache" / "t").string());
     services.make_display = [] { return MakeVipsDisplayControl(); };
+    services.resources = FindResourcesFolder(services.places);
+    auto launcher = MakeRecordingLauncher();
+    launcher_ = launcher.get();
+    services.launcher = std::move(launcher);
     SettingsStore& store = *services.settings;
     Write(store, kSettingsKey, "LastOpenFolderInPreviousSession", "False");
     Write(store, kSettingsKey, "DefaultFolder", photos().string());
@@ -96,6 +102,8 @@ class MainWindowTest : public ::testing::Test {
   }
 
   std::string zoom_setting_ = "FitToWidth";
+  // What the program asked the desktop to open (help pages, web pages).
+  RecordingLauncher* launcher_ = nullptr;
 
  private:
   static void Write(SettingsStore& store,
