@@ -9,19 +9,11 @@ namespace qbpd {
 namespace fs = std::filesystem;
 namespace {
 
-// The smallest window, in twips.
-constexpr int kMinHeight = 9000;
-constexpr int kMinWidth = 12845;
 constexpr int kInitialLoadMs = 200;
 constexpr int kDblClickMs = 300;
 constexpr int kQueryUnloadMs = 100;
 constexpr int kCameraMs = 400;
 constexpr int kThumbnailHeight = 1455;
-
-// Grid pane geometry, in twips.
-constexpr int kExplorerWidth = 3000;
-constexpr int kListWidth = 3300;
-constexpr int kHeadHeight = 300;
 
 constexpr std::string_view kShareSubject =
     "You're invited to view my online photos";
@@ -60,30 +52,26 @@ frmMainWindow::frmMainWindow(Application& app)
   lblDisplayImageName.SetContainer("picImageText");
   txtFileName.SetContainer("picImageText");
   txtFileName.SetVisible(false);
-  imgZoom.SetContainer("picManipCont");
+  for (Control* tool : std::initializer_list<Control*>{
+           &imgZoom, &imgLeftRotate, &imgRightRotate, &imgCrop, &imgRedeye,
+           &imgAutocolor, &imgInfo, &imgWallpaper}) {
+    tool->SetContainer("picManipCont");
+  }
   imgPrev.SetContainer("picImageFlow");
   imgNext.SetContainer("picImageFlow");
   imgTrash.SetContainer("picTrash");
+  imgApplyChanges.SetContainer("picCropCont");
+  imgCancel.SetContainer("picCropCont");
+  picCropCont.SetVisible(false);
 
   tmrIniitialLoad.SetInterval(kInitialLoadMs);
   tmrDblClick.SetInterval(kDblClickMs);
   tmrQueryUnload.SetInterval(kQueryUnloadMs);
   timerCamera.SetInterval(kCameraMs);
 
-  mnuFile.SetCaption("&File");
   mnuFRecFolders[0].SetContainer("mnuFile");
   mnuFRecFolders[0].SetVisible(false);
-  mnuFSep2.SetContainer("mnuFile");
-  mnuFSep2.SetCaption("-");
   mnuFSep2.SetVisible(false);
-  mnuFExit.SetContainer("mnuFile");
-  mnuFExit.SetCaption("E&xit");
-  mnuEdit.SetCaption("&Edit");
-  mnuERefresh.SetContainer("mnuEdit");
-  mnuERefresh.SetCaption("&Refresh");
-  mnuERefresh.SetShortcut("F5");
-  mnuPhoto.SetCaption("&Photo");
-  mnuView.SetCaption("&View");
 
   On("tmrIniitialLoad", "Timer", &frmMainWindow::tmrIniitialLoad_Timer);
   On("tmrQueryUnload", "Timer", &frmMainWindow::tmrQueryUnload_Timer);
@@ -107,9 +95,8 @@ frmMainWindow::frmMainWindow(Application& app)
   On("imgClear", "Click", &frmMainWindow::imgClear_Click);
   On("mnuEClear", "Click", &frmMainWindow::imgClear_Click);
   WireDisplay();
-  mnuHelp.SetCaption("&Help");
   mnuHHelp.SetContainer("mnuHelp");
-  mnuHHelp.SetCaption("Picture Desk &Help            F1");
+  WireCommands();
   On("mnuHHelp", "Click", &frmMainWindow::mnuHHelp_Click);
   SetHelpContextID(kHelpBrowsing);
   SetKeyPreview(true);
@@ -131,6 +118,7 @@ void frmMainWindow::Form_Load() {
   LoadRecentFolders();
   mbExplorerOpen = true;
   s_.giCurrentOperation = 0;
+  ShowButtonPictures();
 
   std::string zoom =
       app_.settings().Read(s_.gsPrefKey + "Display", "ZoomSettings");
@@ -389,46 +377,6 @@ void frmMainWindow::SaveImage() {
   // A rotation on display is the only unsaved change there can be; the
   // editor asks about it. Nothing is pending until it exists.
   s_.gbRotationPending = false;
-}
-
-void frmMainWindow::InitFrameArrange() {
-  ArrangeFrames();
-}
-
-void frmMainWindow::FrameReArrange() {
-  ArrangeFrames();
-}
-
-void frmMainWindow::ArrangeFrames() {
-  int height = std::max(Height(), kMinHeight) - 900;
-  int width = std::max(Width(), kMinWidth);
-  picExplorerCont.Move(0, 0, kExplorerWidth, height);
-  ExpTreeView.Move(0, 600, kExplorerWidth, height - 600);
-  lblExpFolderPath.Move(100, 100, kExplorerWidth - 600, 300);
-  imgBrowseClose.Move(kExplorerWidth - 400, 100, 300, 300);
-  int list_left = mbExplorerOpen ? kExplorerWidth : 0;
-  picImageListCont.Move(list_left, 0, kListWidth, height);
-  cmdImageListHead.Move(0, 0, kListWidth, kHeadHeight);
-  // The inner panel keeps its height (the photo count's) and its scroll
-  // position.
-  picImagelistInnerCont.Move(0, picImagelistInnerCont.Top(), kListWidth - 255,
-                             picImagelistInnerCont.Height());
-  ctrlImageListVScroll.Move(kListWidth - 255, kHeadHeight, 255,
-                            height - kHeadHeight);
-  lblPhotosSelect.Move(list_left, height, kListWidth, 300);
-  int display_left = list_left + kListWidth;
-  picDisplayImageCont.Move(display_left, 0, width - display_left, height);
-  ctlDisplayImage.Move(0, 0, width - display_left - 50, height * 14 / 15);
-  picImageText.Move(0, height - 400, width - display_left, 400);
-  // The photo tools stand in a strip below the display.
-  const int tools_top = height;
-  picManipCont.Move(display_left, tools_top, 1200, 600);
-  imgZoom.Move(100, 0, 500, 500);
-  picImageFlow.Move(display_left + 1300, tools_top, 1200, 600);
-  imgPrev.Move(50, 0, 500, 500);
-  imgNext.Move(600, 0, 500, 500);
-  picTrash.Move(display_left + 2600, tools_top, 600, 600);
-  imgTrash.Move(50, 0, 500, 500);
 }
 
 void frmMainWindow::mnuHHelp_Click() {

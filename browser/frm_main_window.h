@@ -20,6 +20,9 @@ namespace qbpd {
 class frmMainWindow : public Form {
  public:
   static constexpr std::string_view kName = "frmMainWindow";
+  // The smallest window, in twips.
+  static constexpr int kMinHeight = 9000;
+  static constexpr int kMinWidth = 12845;
   explicit frmMainWindow(Application& app);
 
   // --- the folder pane ------------------------------------------------------
@@ -57,11 +60,22 @@ class frmMainWindow : public Form {
   // The photo tools under the display.
   PictureBox picManipCont{*this, "picManipCont"};
   PictureButton imgZoom{*this, "imgZoom"};
+  PictureButton imgLeftRotate{*this, "imgLeftRotate"};
+  PictureButton imgRightRotate{*this, "imgRightRotate"};
+  PictureButton imgCrop{*this, "imgCrop"};
+  PictureButton imgRedeye{*this, "imgRedeye"};
+  PictureButton imgAutocolor{*this, "imgAutocolor"};
+  PictureButton imgInfo{*this, "imgInfo"};
+  PictureButton imgWallpaper{*this, "imgWallpaper"};
   PictureBox picImageFlow{*this, "picImageFlow"};
   PictureButton imgPrev{*this, "imgPrev"};
   PictureButton imgNext{*this, "imgNext"};
   PictureBox picTrash{*this, "picTrash"};
   PictureButton imgTrash{*this, "imgTrash"};
+  // The edit panel's strip, shown instead of the photo tools in edit mode.
+  PictureBox picCropCont{*this, "picCropCont"};
+  PictureButton imgApplyChanges{*this, "imgApplyChanges"};
+  PictureButton imgCancel{*this, "imgCancel"};
 
   // --- timers ---------------------------------------------------------------
   Timer tmrIniitialLoad{*this, "tmrIniitialLoad"};
@@ -71,13 +85,14 @@ class frmMainWindow : public Form {
   Timer timerCamera{*this, "timerCamera"};
   Timer tmrUpgrade{*this, "tmrUpgrade"};
 
-  // --- menus ----------------------------------------------------------------
+  // --- menus, in the order they show -----------------------------------------
   Menu mnuFile{*this, "mnuFile"};
-  ControlArray<Menu> mnuFRecFolders{*this, "mnuFRecFolders"};
   Menu mnuFGetPhotos{*this, "mnuFGetPhotos"};
   Menu mnuFGetCameraPhotos{*this, "mnuFGetCameraPhotos"};
   Menu mnuFSave{*this, "mnuFSave"};
   Menu mnuFSaveAs{*this, "mnuFSaveAs"};
+  Menu mnuFSep1{*this, "mnuFSep1"};
+  ControlArray<Menu> mnuFRecFolders{*this, "mnuFRecFolders"};
   Menu mnuFSep2{*this, "mnuFSep2"};
   Menu mnuFExit{*this, "mnuFExit"};
   Menu mnuEdit{*this, "mnuEdit"};
@@ -90,13 +105,32 @@ class frmMainWindow : public Form {
   Menu mnuESelectAll{*this, "mnuESelectAll"};
   Menu mnuEClear{*this, "mnuEClear"};
   Menu mnuERefresh{*this, "mnuERefresh"};
+  Menu mnuESep1{*this, "mnuESep1"};
   Menu mnuEPref{*this, "mnuEPref"};
   Menu mnuPhoto{*this, "mnuPhoto"};
   Menu mnuFOrderPrints{*this, "mnuFOrderPrints"};
   Menu mnuFShare{*this, "mnuFShare"};
   Menu mnuFUpload{*this, "mnuFUpload"};
+  Menu mnuPSep1{*this, "mnuPSep1"};
+  Menu mnuPEditPhotos{*this, "mnuPEditPhotos"};
+  Menu mnuPCrop{*this, "mnuPCrop"};
+  Menu mnuPCrop4x6{*this, "mnuPCrop4x6"};
+  Menu mnuPCrop5x7{*this, "mnuPCrop5x7"};
+  Menu mnuPCrop8x10{*this, "mnuPCrop8x10"};
+  Menu mnuPCropWallet{*this, "mnuPCropWallet"};
+  Menu mnuPRedeye{*this, "mnuPRedeye"};
+  Menu mnuPAutoFix{*this, "mnuPAutoFix"};
+  Menu mnuPRotate{*this, "mnuPRotate"};
+  Menu mnuPRotSingle{*this, "mnuPRotSingle"};
+  Menu mnuPRotSingLeft{*this, "mnuPRotSingLeft"};
+  Menu mnuPRotSingRight{*this, "mnuPRotSingRight"};
+  Menu mnuPRotMultiple{*this, "mnuPRotMultiple"};
+  Menu mnuPRotMultiLeft{*this, "mnuPRotMultiLeft"};
+  Menu mnuPRotMultiRight{*this, "mnuPRotMultiRight"};
   Menu mnuPRename{*this, "mnuPRename"};
+  Menu mnuPInfo{*this, "mnuPInfo"};
   Menu mnuView{*this, "mnuView"};
+  Menu mnuVSlideShow{*this, "mnuVSlideShow"};
   Menu mnuVZoom{*this, "mnuVZoom"};
   Menu mnuVZoom25{*this, "mnuVZoom25"};
   Menu mnuVZoom50{*this, "mnuVZoom50"};
@@ -107,8 +141,23 @@ class frmMainWindow : public Form {
   Menu mnuVZoom175{*this, "mnuVZoom175"};
   Menu mnuVZoom200{*this, "mnuVZoom200"};
   Menu mnuVZoomFit{*this, "mnuVZoomFit"};
+  Menu mnuVFullScreen{*this, "mnuVFullScreen"};
+  Menu mnuVSep1{*this, "mnuVSep1"};
+  Menu mnuPWallPaper{*this, "mnuPWallPaper"};
+  Menu mnuPScrSaver{*this, "mnuPScrSaver"};
+  Menu mnuscrCreatenew{*this, "mnuscrCreatenew"};
+  Menu mnuScrAddPhotos{*this, "mnuScrAddPhotos"};
+  Menu mnuScrEdit{*this, "mnuScrEdit"};
+  Menu mnuScrSelect{*this, "mnuScrSelect"};
   Menu mnuHelp{*this, "mnuHelp"};
   Menu mnuHHelp{*this, "mnuHHelp"};
+  Menu mnuHWebsite{*this, "mnuHWebsite"};
+  Menu mnuHUpgrade{*this, "mnuHUpgrade"};
+  Menu mnuHAboutus{*this, "mnuHAboutus"};
+  // The rotate button's pop-up (hidden from the menu bar).
+  Menu mnuRotate{*this, "mnuRotate"};
+  Menu mnuSingle{*this, "mnuSingle"};
+  Menu mnuMultiple{*this, "mnuMultiple"};
 
   // --- routines other forms and later commands call
   // --------------------------- Fills the photo model from `folder`; `result`
@@ -136,6 +185,11 @@ class frmMainWindow : public Form {
   int FindNextPhotoIndex(int start, int step) const;
   void ShowPhotoName(const std::string& name);
   void ShowZoomLevel(int level);
+  // Edit mode: the top menus and the toolbar are off.
+  void DisableMainControls();
+  // Shows or hides the top menus for the full-screen views; `with_help` says
+  // whether the Help menu goes too.
+  void ShowTopMenus(bool show, bool with_help);
 
   // --- photo file operations and the name strip (file_operations.cpp,
   // name_strip.cpp) -----------------------------------------------------------
@@ -163,14 +217,37 @@ class frmMainWindow : public Form {
   void Form_Unload(int& Cancel) override;
   // The arrow keys move through the grid.
   void Form_KeyUp(int& KeyCode, int Shift) override;
+  // Ctrl+D deletes the photo on display.
+  void Form_KeyPress(int& KeyAscii) override;
 
  private:
   // Start-up and close.
   void tmrIniitialLoad_Timer();
   void tmrQueryUnload_Timer();
+  // The layout (layout.cpp).
   void InitFrameArrange();
   void FrameReArrange();
-  void ArrangeFrames();
+  // The folder pane, the splitter and the grid, after the pane opened or
+  // closed or the splitter moved.
+  void ArrangeLeftColumn();
+  // A splitter position within its bounds.
+  int ClampSplit(int top) const;
+
+  // The commands (commands.cpp).
+  void WireCommands();
+  void ShowButtonPictures();
+  void HoverButton(PictureButton& button, const std::string& number);
+  void ResetButtonImages();
+  void mnuFile_Click();
+  void mnuEdit_Click();
+  void mnuPhoto_Click();
+  void mnuView_Click();
+  void mnuPScrSaver_Click();
+  void imgBrowseClose_Click();
+  void tmrExplorer_Timer();
+  void imgHorzSplit_MouseDown(EventArgs& e);
+  void imgHorzSplit_MouseMove(EventArgs& e);
+  void imgHorzSplit_MouseUp(EventArgs& e);
   void EndCurrentOperation(const std::string& prefix, bool& proceed);
   void SaveImage();
   void WriteWindowState();
@@ -283,6 +360,13 @@ class frmMainWindow : public Form {
   // The display.
   bool mbFitToWidth = false;
   int miSavedZoom = 0;
+  // The commands and the layout.
+  std::string msHoverPicture;
+  PictureButton* moHoverButton = nullptr;
+  int miSplitGrabY = 0;
+  bool mbSplitMoved = false;
+  // The splitter's place; 0 until the first layout chooses one.
+  int miSplitTop = 0;
   // Photo file operations.
   bool mbDeleting = false;
   bool mbDeleteBusy = false;

@@ -73,6 +73,8 @@ class Session {
   std::string gsInfoHead;
   std::string gsInfoMessage;
   bool gbRotationPending = false;
+  // The rotation applies to every selected photo.
+  bool gbMultiRotation = false;
 
   // --- the online service --------------------------------------------------
   std::string gsAuthCode;

@@ -38,27 +38,35 @@ TEST_F(GridTest, TwoColumnsWithTheLastOddPhotoOnTheLeft) {
   // The panel steps by 1585 a row; an odd count takes the exact half row
   // more: (7 / 2 + 1) rows.
   EXPECT_EQ(main().picImagelistInnerCont.Height(), 7132);
-  EXPECT_FALSE(main().ctrlImageListVScroll.Visible());
+  EXPECT_EQ(main().ctrlImageListVScroll.Visible(),
+            7 > main().getMaxNoImgsDisplayed());
 }
 
 TEST_F(GridTest, ScrollingLoadsOnlyWhatComesIntoView) {
   StartWith(40);
   const int m = main().getMaxNoImgsDisplayed();
-  ASSERT_EQ(m, 10);  // 7800 twips of pane hold five rows
+  // Whole rows of the pane's height, two photos each.
+  const int viewport =
+      main().picImageListCont.Height() - main().cmdImageListHead.Height();
+  ASSERT_EQ(m, viewport / 1555 * 2);
+  ASSERT_GE(m, 2);
   ScrollBar& bar = main().ctrlImageListVScroll;
   ASSERT_TRUE(bar.Visible());
-  EXPECT_EQ(bar.Max(), 20 - 5);
-  EXPECT_FALSE(Loaded(12));
+  EXPECT_EQ(bar.Max(), 20 - m / 2);
+  EXPECT_FALSE(Loaded(6 + m + 3));
 
   user::ScrollTo(bar, 3);
   EXPECT_EQ(main().picImagelistInnerCont.Top(), 300 - 1555 * 3);
   // From photo 6 to 6 + m + 2.
-  for (int i = 6; i <= 18; ++i)
+  for (int i = 6; i <= 6 + m + 2; ++i)
     EXPECT_TRUE(Loaded(i)) << i;
-  EXPECT_FALSE(Loaded(19));
-  EXPECT_EQ(thumb(18).Top(), 9 * 1455 + 10 * 100);
-  EXPECT_EQ(thumb(18).ToolTipText(), "p018.jpg");
-  EXPECT_FALSE(thumb(18).ThumbnailFile().empty());
+  EXPECT_FALSE(Loaded(6 + m + 3));
+  const int last = 6 + m + 2;
+  EXPECT_EQ(thumb(last).Top(), last / 2 * 1455 + (last / 2 + 1) * 100);
+  char tip[32];
+  std::snprintf(tip, sizeof tip, "p%03d.jpg", last);
+  EXPECT_EQ(thumb(last).ToolTipText(), tip);
+  EXPECT_FALSE(thumb(last).ThumbnailFile().empty());
 
   // Back at the top, nothing is made twice and nothing is unloaded.
   const int loaded = session().gdicLoadedControls.Count();
@@ -77,7 +85,8 @@ TEST_F(GridTest, ScrollingSkipsTheHolesLeftByDeletions) {
   // Value 6 starts at photo 12, pushed to 14 by the two holes below it.
   EXPECT_FALSE(Loaded(12));
   EXPECT_FALSE(Loaded(13));
-  for (int i = 14; i <= 26; ++i)
+  const int m = main().getMaxNoImgsDisplayed();
+  for (int i = 14; i <= 14 + m + 2; ++i)
     EXPECT_TRUE(Loaded(i)) << i;
 }
 
@@ -213,23 +222,19 @@ TEST_F(GridTest, WithASinglePhotoNextAndPreviousOpenNothing) {
   EXPECT_TRUE(Messages().empty());
 }
 
-TEST_F(GridTest, NextGoesOnIntoPhotosThatAreNotLoadedYet) {
-  StartWith(30);
-  thumb(9).SelectThumbnail();
-  ASSERT_FALSE(Loaded(10));
-  user::Click(main().imgNext);
-  EXPECT_EQ(session().giCurrentPhotoIndex, 10);
-  EXPECT_TRUE(Loaded(10));
-  // The band that counts as on view is m + 1 photos long, so photo 10 of a
-  // ten-photo view leaves the scroll bar where it was; photo 12 moves it.
-  EXPECT_EQ(main().ctrlImageListVScroll.Value(), 0);
-  user::Click(main().imgNext);
-  user::Click(main().imgNext);
-  EXPECT_EQ(session().giCurrentPhotoIndex, 12);
+TEST_F(GridTest, NextWalksOnPastTheFirstLoadedThumbnails) {
+  StartWith(40);
+  ASSERT_FALSE(Loaded(25));
+  for (int i = 0; i < 25; ++i)
+    user::Click(main().imgNext);
+  EXPECT_EQ(session().giCurrentPhotoIndex, 25);
+  EXPECT_TRUE(thumb(25).Current());
+  EXPECT_EQ(main().ctlDisplayImage.PhotoPath(), (photos() / "p025.jpg"));
+  // The band that counts as on view is m + 1 photos long, so the photo is in
+  // it or just below it.
   const int value = main().ctrlImageListVScroll.Value();
-  EXPECT_GE(value, 1);
-  EXPECT_LE(2 * value, 12);
-  EXPECT_LE(12, 2 * value + main().getMaxNoImgsDisplayed());
+  EXPECT_LE(2 * value, 25);
+  EXPECT_LE(25, 2 * value + main().getMaxNoImgsDisplayed());
 }
 
 TEST_F(GridTest, ArrowKeysMoveThroughTheColumnsAndWrap) {
