@@ -19,6 +19,8 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <tuple>
+#include <vector>
 
 namespace qbpd::testing_support {
 
@@ -71,6 +73,9 @@ class MainWindowTest : public ::testing::Test {
     Write(store, kDisplayKey, "ZoomSettings", zoom_setting_);
     Write(store, kDisplayKey, "NoOfRecentFolders", "5");
     Write(store, kRootKey, "Version", "1.0.0");
+    for (const auto& [key, name, value] : extra_settings_) {
+      Write(store, key, name, value);
+    }
     auto host = std::make_unique<ScriptedHost>();
     host_ = host.get();
     app_ = std::make_unique<Application>(std::move(host), std::move(services),
@@ -102,6 +107,9 @@ class MainWindowTest : public ::testing::Test {
   }
 
   std::string zoom_setting_ = "FitToWidth";
+  // Further settings the program starts with: key, name, value.
+  std::vector<std::tuple<std::string, std::string, std::string>>
+      extra_settings_;
   // What the program asked the desktop to open (help pages, web pages).
   RecordingLauncher* launcher_ = nullptr;
 
