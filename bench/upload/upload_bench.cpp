@@ -20,6 +20,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
@@ -71,8 +72,21 @@ class ScratchFolder {
 // One run's outcome: how long it took and how many photos the service took.
 struct Run {
   double seconds = 0;
+  // Processor time (user and system) of the uploading side alone.
+  double cpu_seconds = 0;
   int accepted = 0;
 };
+
+// Processor time used so far by this process (RUSAGE_SELF) or by its children
+// that have been waited for (RUSAGE_CHILDREN).
+double CpuSeconds(int who) {
+  rusage usage{};
+  getrusage(who, &usage);
+  const auto seconds = [](const timeval& t) {
+    return static_cast<double>(t.tv_sec) + t.tv_usec / 1e6;
+  };
+  return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
 
 // The upload address exactly as the upload engine builds it.
 std::string UploadUrl(const std::string& site_address,
@@ -93,6 +107,7 @@ Run UploadWithClient(ctlExtAPI& client,
                      const std::vector<std::string>& photos) {
   Run run;
   std::string album_id;
+  const double cpu_start = CpuSeconds(RUSAGE_SELF);
   const auto start = Clock::now();
   for (const std::string& photo : photos) {
     std::string code;
@@ -113,6 +128,7 @@ Run UploadWithClient(ctlExtAPI& client,
     }
   }
   run.seconds = std::chrono::duration<double>(Clock::now() - start).count();
+  run.cpu_seconds = CpuSeconds(RUSAGE_SELF) - cpu_start;
   return run;
 }
 
@@ -177,9 +193,11 @@ Run UploadWithCurl(const std::string& curl,
         UploadUrl(site_address, auth_code, album_id, "", photos[i]))));
   }
   Run run;
+  const double cpu_start = CpuSeconds(RUSAGE_CHILDREN);
   const auto start = Clock::now();
   const int status = RunProgram(arguments, output);
   run.seconds = std::chrono::duration<double>(Clock::now() - start).count();
+  run.cpu_seconds = CpuSeconds(RUSAGE_CHILDREN) - cpu_start;
   if (status != 0) {
     std::fprintf(stderr, "curl ended with status %d\n", status);
   }
@@ -266,6 +284,10 @@ int Main(int argc, char** argv) {
   std::vector<double> client_rates;
   std::vector<double> curl_rates;
   std::vector<double> curl_no_expect_rates;
+  // Processor milliseconds per photo of each uploader.
+  std::vector<double> client_cpu;
+  std::vector<double> curl_cpu;
+  std::vector<double> curl_no_expect_cpu;
   const fs::path curl_output = scratch.path() / "curl-answers.txt";
   for (int round = 1; round <= options.rounds; ++round) {
     // The two take turns, so that a change in the machine's load or the
@@ -289,6 +311,12 @@ int Main(int argc, char** argv) {
     client_rates.push_back(megabytes / by_client.seconds);
     curl_rates.push_back(megabytes / by_curl.seconds);
     curl_no_expect_rates.push_back(megabytes / by_curl_no_expect.seconds);
+    const auto per_photo_ms = [&](const Run& run) {
+      return run.cpu_seconds * 1000 / options.photos;
+    };
+    client_cpu.push_back(per_photo_ms(by_client));
+    curl_cpu.push_back(per_photo_ms(by_curl));
+    curl_no_expect_cpu.push_back(per_photo_ms(by_curl_no_expect));
     std::printf(
         "round %d: client %.3f s (%.1f MB/s), curl %.3f s (%.1f MB/s), "
         "curl without Expect %.3f s (%.1f MB/s)\n",
@@ -307,6 +335,10 @@ int Main(int argc, char** argv) {
       options.rounds, client_median, client_median / megabytes * options.photos,
       curl_median, curl_no_expect_median, client_median / curl_median,
       client_median / curl_no_expect_median);
+  std::printf(
+      "processor time per photo (median): client %.2f ms, curl %.2f ms, "
+      "curl without Expect %.2f ms\n",
+      Median(client_cpu), Median(curl_cpu), Median(curl_no_expect_cpu));
   client.reset();
   if (service.Terminate() != 0) {
     std::fprintf(stderr, "the service did not stop cleanly\n");
