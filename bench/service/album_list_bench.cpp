@@ -36,6 +36,8 @@ struct Options {
   int albums = 5;
   double seconds = 5;
   int rounds = 3;
+  // Another build of the service, to compare two of them.
+  std::string service = QBPD_SERVICE_PROGRAM;
 };
 
 class ScratchFolder {
@@ -160,6 +162,8 @@ Options ParseOptions(int argc, char** argv) {
       options.seconds = std::max(0.5, std::atof(value.c_str()));
     } else if (name == "--rounds") {
       options.rounds = std::max(1, std::atoi(value.c_str()));
+    } else if (name == "--service") {
+      options.service = value;
     } else {
       throw std::runtime_error("unknown option " + name);
     }
@@ -170,8 +174,8 @@ Options ParseOptions(int argc, char** argv) {
 int Main(int argc, char** argv) {
   const Options options = ParseOptions(argc, argv);
   ScratchFolder scratch;
-  testing::ServiceProcess service(QBPD_SERVICE_PROGRAM,
-                                  scratch.path() / "service", {"--seed-demo"});
+  testing::ServiceProcess service(options.service, scratch.path() / "service",
+                                  {"--seed-demo"});
   if (!service.ok()) {
     throw std::runtime_error(service.error());
   }
