@@ -7,11 +7,14 @@
 
 #include <sodium.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <ctime>
-#include <fstream>
+#include <fcntl.h>
 #include <set>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace qbpd::service {
 
@@ -230,15 +233,29 @@ std::optional<PhotoType> DetectPhotoType(const std::string& content) {
 void WriteFileAtomically(const std::filesystem::path& path,
                          const std::string& content) {
   const auto temp = path.string() + ".part";
-  {
-    std::ofstream out(temp, std::ios::binary | std::ios::trunc);
-    out.write(content.data(), static_cast<std::streamsize>(content.size()));
-    out.flush();
-    if (!out) {
-      std::error_code ignored;
-      std::filesystem::remove(temp, ignored);
-      throw std::runtime_error("cannot write " + temp);
+  // The photo reaches the disk before its name does, so that a crash or a
+  // power cut leaves the old state or the whole photo, never half of it.
+  const int fd = open(temp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC,
+                      S_IRUSR | S_IWUSR);
+  bool ok = fd >= 0;
+  size_t written = 0;
+  while (ok && written < content.size()) {
+    const ssize_t n =
+        write(fd, content.data() + written, content.size() - written);
+    if (n < 0 && errno == EINTR) {
+      continue;
     }
+    ok = n > 0;
+    written += ok ? static_cast<size_t>(n) : 0;
+  }
+  ok = ok && fsync(fd) == 0;
+  if (fd >= 0) {
+    ok = close(fd) == 0 && ok;
+  }
+  if (!ok) {
+    std::error_code ignored;
+    std::filesystem::remove(temp, ignored);
+    throw std::runtime_error("cannot write " + temp);
   }
   std::filesystem::rename(temp, path);
 }
