@@ -39,6 +39,7 @@ function(qbpd_executable)
   target_compile_options(${ARG_NAME} PRIVATE ${QBPD_WARNINGS})
   target_link_libraries(${ARG_NAME} PRIVATE ${ARG_DEPS})
   install(TARGETS ${ARG_NAME} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  set_target_properties(${ARG_NAME} PROPERTIES QBPD_INSTALLED TRUE)
 endfunction()
 
 # qbpd_test(NAME <target> [LABEL unit|integration] [SOURCES ...] [GLOB] [DEPS ...])

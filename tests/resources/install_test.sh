@@ -1,0 +1,63 @@
+#!/usr/bin/env bash
+# Installs the build into a scratch prefix and checks the layout: the programs
+# in bin, the resources where the installed programs look for them, the
+# desktop entry and the icons where the desktop looks for them.
+# usage: install_test.sh BUILD_DIR
+set -euo pipefail
+build=$1
+prefix=$(mktemp -d)
+trap 'rm -rf "$prefix"' EXIT
+
+fail() {
+  echo "install_test: $*" >&2
+  exit 1
+}
+
+cmake --install "$build" --prefix "$prefix" >/dev/null
+
+share=$prefix/share/quillbay-picture-desk/resources
+for program in qbpd-reg qbpd-script qbpd-service; do
+  [[ -x $prefix/bin/$program ]] || fail "bin/$program is not installed"
+done
+for file in pictures/button/26N.png pictures/button/26N@2x.png \
+            pictures/button/26N.svg pictures/button/G10.png \
+            default-settings.ini help/index.html; do
+  [[ -f $share/$file ]] || fail "resources/$file is not installed"
+done
+for file in pictures/README.md pictures/contact-sheet.png \
+            quillbay-picture-desk.desktop icons; do
+  [[ ! -e $share/$file ]] || fail "resources/$file is installed for nobody"
+done
+
+desktop=$prefix/share/applications/quillbay-picture-desk.desktop
+[[ -f $desktop ]] || fail "the desktop entry is not installed"
+if command -v desktop-file-validate >/dev/null; then
+  desktop-file-validate "$desktop" || fail "the desktop entry does not validate"
+fi
+for size in 16 32 48 64 128 256; do
+  icon=$prefix/share/icons/hicolor/${size}x${size}/apps/quillbay-picture-desk.png
+  [[ -f $icon ]] || fail "the ${size}x${size} icon is not installed"
+done
+[[ -f $prefix/share/icons/hicolor/scalable/apps/quillbay-picture-desk.svg ]] ||
+  fail "the scalable icon is not installed"
+
+# The installed program must find the installed resources, not the source
+# tree it was built from. qbpd-reg names the defaults file it reads.
+run_reg() {
+  HOME=$prefix/home XDG_CONFIG_HOME=$prefix/home/config \
+    XDG_DATA_HOME=$prefix/home/data XDG_CACHE_HOME=$prefix/home/cache \
+    "$prefix/bin/qbpd-reg" --db "$prefix/home/settings.db" defaults
+}
+mkdir -p "$prefix/home"
+out=$(run_reg) || fail "installed qbpd-reg failed: $out"
+[[ $out == *"from $share/default-settings.ini"* ]] ||
+  fail "installed qbpd-reg did not read the installed resources: $out"
+
+# And the check above can fail: without the installed share folder the
+# program reads something else.
+mv "$prefix/share/quillbay-picture-desk" "$prefix/share/moved-away"
+out=$(run_reg 2>&1) || true
+[[ $out != *"from $share/"* ]] ||
+  fail "qbpd-reg reports the installed resources after they were moved"
+
+echo "install_test: layout and resource lookup are right under $prefix"
