@@ -59,7 +59,8 @@ function(qbpd_test)
   target_compile_options(${ARG_NAME} PRIVATE ${QBPD_WARNINGS})
   target_link_libraries(${ARG_NAME} PRIVATE ${ARG_DEPS} GTest::gtest_main GTest::gmock)
   gtest_discover_tests(${ARG_NAME}
-    PROPERTIES LABELS ${ARG_LABEL}
+    # A test that hangs fails after two minutes instead of holding up CI.
+    PROPERTIES LABELS ${ARG_LABEL} TIMEOUT 120
     DISCOVERY_TIMEOUT 60)
   if(ARG_LABEL STREQUAL "unit")
     add_dependencies(qbpd_unit_tests ${ARG_NAME})

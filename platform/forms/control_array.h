@@ -14,7 +14,9 @@ namespace qbpd {
 // A control array: member 0 made with the form, further members loaded and
 // unloaded by index. A loaded member copies member 0's properties and starts
 // hidden. Using a member that isn't loaded is error 340, loading one that is
-// is error 360, and member 0 cannot be unloaded.
+// is error 360, and member 0 cannot be unloaded. A member unloaded while an
+// event handler runs leaves the form at once but is destroyed only when no
+// handler runs any more, so that the event of the member itself can end.
 template <class T>
 class ControlArray {
  public:
@@ -37,6 +39,7 @@ class ControlArray {
   bool Exists(int index) const { return members_.count(index) != 0; }
 
   T& Load(int index) {
+    ReleaseUnloaded();
     if (index < 0 || Exists(index)) {
       throw RuntimeError(kErrElementExists, "Object already loaded: " + name_ +
                                                 "(" + std::to_string(index) +
@@ -62,7 +65,20 @@ class ControlArray {
                                                 std::to_string(index) +
                                                 "' doesn't exist: " + name_);
     }
+    // While a handler runs, the member may be the one whose event it is:
+    // it leaves the form now and is destroyed once no handler runs.
+    std::unique_ptr<T> member = std::move(it->second);
     members_.erase(it);
+    form_.Unregister(member.get());
+    released_.push_back(std::move(member));
+    ReleaseUnloaded();
+  }
+
+  // Destroys the members unloaded while handlers ran, once none runs.
+  void ReleaseUnloaded() {
+    if (form_.host().dispatch_depth() == 0) {
+      released_.clear();
+    }
   }
 
   int LBound() const { return members_.begin()->first; }
@@ -81,6 +97,7 @@ class ControlArray {
   Form& form_;
   std::string name_;
   std::map<int, std::unique_ptr<T>> members_;
+  std::vector<std::unique_ptr<T>> released_;
 };
 
 }  // namespace qbpd

@@ -71,7 +71,12 @@ void Form::Register(Control* control) {
 }
 
 void Form::Unregister(Control* control) {
-  by_name_.erase(std::make_pair(control->Name(), control->Index()));
+  // A member unloaded during its own event is destroyed later; by then a new
+  // member may hold its name and index.
+  auto it = by_name_.find(std::make_pair(control->Name(), control->Index()));
+  if (it != by_name_.end() && it->second == control) {
+    by_name_.erase(it);
+  }
   controls_.erase(std::remove(controls_.begin(), controls_.end(), control),
                   controls_.end());
   if (active_control_ == control) {

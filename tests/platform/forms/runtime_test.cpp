@@ -209,6 +209,30 @@ TEST_F(RuntimeTest, FailingHandlerIsSwallowedAndRecorded) {
             "frmFixture.cmdAsk_Click: Subscript out of range");
 }
 
+TEST_F(RuntimeTest, AMemberUnloadedInItsOwnEventLivesUntilTheEventEnds) {
+  auto& qty = main().txtQty;
+  TextBox& fourth = qty.Load(4);
+  fourth.SetVisible(true);
+  // The handler unloads the member whose event it is, and loads a new one
+  // under the same index, as re-reading a folder does.
+  bool done = false;
+  main().On("txtQty", "Change", [&](EventArgs& e) {
+    if (e.Index == 4 && !done) {
+      done = true;
+      qty.Unload(4);
+      qty.Load(4).SetText("new");
+    }
+  });
+  // The event goes on with the old member (Change, then KeyUp); the sanitizer
+  // build sees any use of a destroyed one.
+  user::TypeKeys(fourth, "7");
+  ASSERT_TRUE(qty.Exists(4));
+  EXPECT_EQ(qty[4].Text(), "new");
+  EXPECT_EQ(&main().control("txtQty", 4), &qty[4]);
+  qty.Unload(4);
+  EXPECT_EQ(main().FindControl("txtQty", 4), nullptr);
+}
+
 TEST_F(RuntimeTest, ControlArraysLoadCopyAndUnload) {
   auto& qty = main().txtQty;
   EXPECT_EQ(qty.Count(), 3);
