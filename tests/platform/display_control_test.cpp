@@ -152,6 +152,38 @@ TEST_F(DisplayControlTest, LoadsEveryKindAtFullSizeAndTrueColours) {
   }
 }
 
+TEST_F(DisplayControlTest, GreyAndCmykJpegsShowInColour) {
+  // One band, light on the left and dark on the right.
+  const vips::VImage xy = vips::VImage::xyz(64, 32);
+  const vips::VImage grey =
+      (xy[0] < 32)
+          .ifthenelse(std::vector<double>{200.0}, std::vector<double>{40.0})
+          .cast(VIPS_FORMAT_UCHAR)
+          .copy(vips::VImage::option()->set("interpretation",
+                                            VIPS_INTERPRETATION_B_W));
+  grey.jpegsave((dir_ / "grey.jpg").c_str());
+  ASSERT_TRUE(display_->LoadPhoto((dir_ / "grey.jpg").string()));
+  EXPECT_TRUE(Near(PixelAt(*display_, 8, 16), {200, 200, 200}, 4));
+  EXPECT_TRUE(Near(PixelAt(*display_, 56, 16), {40, 40, 40}, 4));
+
+  // Four bands of ink, none on the left, full cyan on the right.
+  const vips::VImage cyan = (xy[0] < 32)
+                                .ifthenelse(std::vector<double>{0, 0, 0, 0},
+                                            std::vector<double>{255, 0, 0, 0});
+  cyan.cast(VIPS_FORMAT_UCHAR)
+      .copy(vips::VImage::option()->set("interpretation",
+                                        VIPS_INTERPRETATION_CMYK))
+      .jpegsave((dir_ / "cmyk.jpg").c_str());
+  ASSERT_TRUE(display_->LoadPhoto((dir_ / "cmyk.jpg").string()));
+  const Rgb paper = PixelAt(*display_, 8, 16);
+  const Rgb ink = PixelAt(*display_, 56, 16);
+  EXPECT_GT(paper[0], 200);
+  EXPECT_GT(paper[2], 200);
+  // Cyan ink takes the red away and leaves blue.
+  EXPECT_LT(ink[0], 100);
+  EXPECT_GT(ink[2], 150);
+}
+
 TEST_F(DisplayControlTest, ExifOrientationStandsThePhotoUpright) {
   struct Case {
     int tag;
