@@ -30,8 +30,9 @@ constexpr int kMaxPercent = 1600;
 constexpr double kMaxShownSide = 10'000'000;
 // The grey of the view's background, under a transparent photo.
 constexpr double kBackgroundGrey = 206.0;
-// The JPEG decoder scales by 1/2, 1/4 and 1/8 for nearly nothing; the other
-// kinds are box-shrunk while they are read, which may go further.
+// libvips' JPEG loader, which reads the JPEG files that libjpeg-turbo's
+// direct path leaves to it, scales by 1/2, 1/4 and 1/8 for nearly nothing;
+// the other kinds are box-shrunk while they are read, which may go further.
 constexpr int kMaxJpegShrink = 8;
 constexpr int kMaxOtherShrink = 64;
 
@@ -493,7 +494,6 @@ class VipsDisplayControl final : public DisplayControl {
       const int height = bottom - top;
       const vips::VImage* shown = CachedShown(shown_width, shown_height);
       if (shown == nullptr) {
-        // Enlarged: only the asked part is ever computed.
         const vips::VImage area =
             Shown(shown_width, shown_height).crop(left, top, width, height);
         std::size_t size = 0;
@@ -525,7 +525,7 @@ class VipsDisplayControl final : public DisplayControl {
     // The stored picture in memory at the detail the zooms so far have
     // needed (RGB, not turned upright); empty until decoded.
     std::optional<vips::VImage> decoded;
-    // The picture as last shown, in memory, while it is no larger than the
+    // The picture as last shown, in memory, while it is smaller than the
     // decoding: a scrolled view copies from it instead of resampling again.
     std::optional<vips::VImage> shown;
     double shown_scale = 0;
@@ -574,11 +574,16 @@ class VipsDisplayControl final : public DisplayControl {
 
   bool SetScale(double scale) {
     const double longest = std::max(PhotoWidth(), PhotoHeight()) * scale;
-    if (longest > kMaxShownSide || !Decode(*photo_, scale)) {
+    if (longest > kMaxShownSide) {
       return false;
     }
-    scale_ = scale;
-    return true;
+    return Guarded([&] {
+      if (!Decode(*photo_, scale)) {
+        return false;
+      }
+      scale_ = scale;
+      return true;
+    });
   }
 
   // Makes sure `photo` is decoded finely enough for `scale`, decoding the
@@ -602,7 +607,9 @@ class VipsDisplayControl final : public DisplayControl {
   }
 
   // The whole shown picture in memory, made on first use at this zoom and
-  // rotation; nothing when it would be larger than the decoding.
+  // rotation. Nothing when it would be as large as the decoding or larger:
+  // at 100% a render turns the decoding itself, and an enlargement is
+  // computed only where it is asked for.
   const vips::VImage* CachedShown(int width, int height) {
     Photo& photo = *photo_;
     if (photo.shown && photo.shown_scale == scale_ &&
@@ -610,7 +617,7 @@ class VipsDisplayControl final : public DisplayControl {
       return &*photo.shown;
     }
     photo.shown.reset();
-    if (std::int64_t{width} * height >
+    if (std::int64_t{width} * height >=
         std::int64_t{photo.decoded->width()} * photo.decoded->height()) {
       return nullptr;
     }

@@ -356,6 +356,23 @@ TEST_F(DisplayControlTest, FinerZoomDecodesTheDetailAgain) {
   }
 }
 
+TEST_F(DisplayControlTest, ZoomThatCannotDecodeKeepsTheZoomItHad) {
+  const std::string path = Photo("later_cut.jpg", 1200, 800);
+  display_->SetViewSize(300, 1000);
+  ASSERT_TRUE(display_->LoadPhoto(path));
+  ASSERT_TRUE(display_->ZoomFitToWidth());
+  // The file is cut short behind the view's back; 100% needs it again.
+  const std::string jpeg = ReadFile(path);
+  std::ofstream(path, std::ios::binary | std::ios::trunc)
+      << jpeg.substr(0, jpeg.size() / 3);
+  EXPECT_FALSE(display_->ZoomTo(100));
+  EXPECT_EQ(display_->ZoomPercent(), 25);
+  EXPECT_EQ(display_->ShownWidth(), 300);
+  ExpectQuadrants(*display_, {kRed, kGreen, kBlue, kYellow}, kJpegTolerance);
+  // A zoom the held decoding serves still works.
+  EXPECT_TRUE(display_->ZoomTo(20));
+}
+
 TEST_F(DisplayControlTest, TransparentAndSixteenBitPhotos) {
   // Fully transparent pixels show the view's grey.
   const vips::VImage clear = Quadrants(40, 40).bandjoin_const({0}).copy(
