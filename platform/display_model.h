@@ -15,16 +15,19 @@ namespace qbpd {
 // draws its scroll bar this wide.
 inline constexpr int kDisplayScrollBarPx = 16;
 
-// The photo view model over libvips (and libjpeg-turbo for JPEG files).
+// The photo view model over libvips, with libjpeg-turbo decoding JPEG files.
 //
 // Decoding: LoadPhoto reads the file's header, refuses what it must, and
-// decodes the pixels at once at the coarsest scale that the view's fit to
-// width will need (JPEG files at 1/2, 1/4 or 1/8 of their size through the
-// decoder's own scaling; other kinds box-shrunk while they are read). With no
-// view size known yet it decodes at full size, the zoom that a load starts
-// with. A zoom or a rotation that needs more detail decodes the file again,
-// finer, on the spot; the picture is never shown from fewer pixels than it
-// takes on screen. The file stays the source of full resolution.
+// decodes the pixels at once at the coarsest detail that the view's fit to
+// width will need: JPEG files through libjpeg-turbo at the smallest of its
+// eighth scales (1/8 to 8/8) that still gives a decoded pixel for every
+// shown one, other kinds box-shrunk by a power of two while they are read.
+// With no view size known yet it decodes at full size, the zoom that a load
+// starts with. A zoom that needs more detail decodes the file again, finer,
+// on the spot; a finer decoding already held is kept. The picture is never
+// shown from fewer pixels than it takes on screen, and the file stays the
+// source of full resolution. Render keeps the shown picture in memory while
+// it is no larger than the decoding (a fitted photo), so scrolling copies.
 //
 // Render fills `rgb` with the clipped rectangle only: its rows are
 // (min(x + w, ShownWidth()) - max(x, 0)) pixels wide, and there are

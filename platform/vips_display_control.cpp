@@ -1,16 +1,22 @@
 #include "platform/bmp_reader.h"
 #include "platform/display_model.h"
 
+#include <turbojpeg.h>
 #include <vips/vips8>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <fcntl.h>
 #include <fstream>
+#include <memory>
 #include <optional>
 #include <string>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -24,8 +30,9 @@ constexpr int kMaxPercent = 1600;
 constexpr double kMaxShownSide = 10'000'000;
 // The grey of the view's background, under a transparent photo.
 constexpr double kBackgroundGrey = 206.0;
-// The JPEG decoder scales by 1/2, 1/4 and 1/8 for nearly nothing; the other
-// kinds are box-shrunk while they are read, which may go further.
+// libvips' JPEG loader, which reads the JPEG files that libjpeg-turbo's
+// direct path leaves to it, scales by 1/2, 1/4 and 1/8 for nearly nothing;
+// the other kinds are box-shrunk while they are read, which may go further.
 constexpr int kMaxJpegShrink = 8;
 constexpr int kMaxOtherShrink = 64;
 
@@ -187,19 +194,152 @@ vips::VImage ToDisplayRgb(vips::VImage image) {
   return image;
 }
 
-// The stored picture decoded into memory at 1/`shrink` of its size, as RGB,
-// not yet turned upright.
+// The size a decoding must at least have: one decoded pixel for each shown
+// pixel.
+struct Needed {
+  int width = 0;
+  int height = 0;
+};
+
+bool Covers(int width, int height, Needed needed) {
+  return width >= needed.width && height >= needed.height;
+}
+
+// The largest power of two up to `most` that shrinks the stored picture no
+// smaller than `needed`, the shrunk sides rounded down.
+int BoxShrink(const PhotoHeader& header, Needed needed, int most) {
+  int shrink = 1;
+  while (shrink * 2 <= most &&
+         Covers(header.stored_width / (shrink * 2),
+                header.stored_height / (shrink * 2), needed)) {
+    shrink *= 2;
+  }
+  return shrink;
+}
+
+// The pixels of a decoding that libvips did not allocate: freed with the
+// image that wraps them.
+void FreeTracked(VipsImage*, gpointer pixels) {
+  vips_tracked_free(pixels);
+}
+
+struct TurboDeleter {
+  void operator()(void* handle) const { tjDestroy(handle); }
+};
+using TurboHandle = std::unique_ptr<void, TurboDeleter>;
+
+std::optional<std::vector<unsigned char>> ReadWholeFile(
+    const std::string& path) {
+  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) {
+    return std::nullopt;
+  }
+  std::vector<unsigned char> bytes;
+  struct stat status {};
+  if (::fstat(fd, &status) == 0 && status.st_size > 0) {
+    bytes.resize(static_cast<std::size_t>(status.st_size));
+    std::size_t got = 0;
+    while (got < bytes.size()) {
+      const ssize_t n = ::read(fd, bytes.data() + got, bytes.size() - got);
+      if (n < 0 && errno == EINTR) {
+        continue;
+      }
+      if (n <= 0) {
+        break;
+      }
+      got += static_cast<std::size_t>(n);
+    }
+    bytes.resize(got);
+  }
+  ::close(fd);
+  return bytes;
+}
+
+// libjpeg-turbo's decoding of an ordinary JPEG, at the smallest of its
+// scales (eighths of the size) that covers `needed`: for a fit it decodes
+// fewer pixels than libvips' halving scales would. Nothing when the file
+// holds anything unusual (CMYK, a warning such as a truncation): libvips
+// then decides.
+std::optional<vips::VImage> TurboDecode(const std::string& path,
+                                        const PhotoHeader& header,
+                                        Needed needed) {
+  const std::optional<std::vector<unsigned char>> jpeg = ReadWholeFile(path);
+  const TurboHandle handle(tjInitDecompress());
+  if (!jpeg || !handle) {
+    return std::nullopt;
+  }
+  int width = 0;
+  int height = 0;
+  int subsampling = 0;
+  int colourspace = 0;
+  if (tjDecompressHeader3(handle.get(), jpeg->data(), jpeg->size(), &width,
+                          &height, &subsampling, &colourspace) != 0 ||
+      width != header.stored_width || height != header.stored_height ||
+      colourspace == TJCS_CMYK || colourspace == TJCS_YCCK) {
+    return std::nullopt;
+  }
+  int count = 0;
+  const tjscalingfactor* factors = tjGetScalingFactors(&count);
+  int scaled_width = width;
+  int scaled_height = height;
+  for (int i = 0; factors != nullptr && i < count; ++i) {
+    const tjscalingfactor f = factors[i];
+    const int w = TJSCALED(width, f);
+    const int h = TJSCALED(height, f);
+    if (f.num <= f.denom && Covers(w, h, needed) && w < scaled_width) {
+      scaled_width = w;
+      scaled_height = h;
+    }
+  }
+  const std::size_t size =
+      static_cast<std::size_t>(scaled_width) * scaled_height * 3;
+  auto* pixels = static_cast<unsigned char*>(vips_tracked_malloc(size));
+  if (pixels == nullptr) {
+    return std::nullopt;
+  }
+  if (tjDecompress2(handle.get(), jpeg->data(), jpeg->size(), pixels,
+                    scaled_width, /*pitch=*/0, scaled_height, TJPF_RGB,
+                    /*flags=*/0) != 0) {
+    vips_tracked_free(pixels);
+    return std::nullopt;
+  }
+  VipsImage* image =
+      vips_image_new_from_memory(pixels, size, scaled_width, scaled_height,
+                                 /*bands=*/3, VIPS_FORMAT_UCHAR);
+  if (image == nullptr) {
+    vips_tracked_free(pixels);
+    throw vips::VError("cannot wrap the decoded photo");
+  }
+  g_signal_connect(image, "postclose", G_CALLBACK(FreeTracked), pixels);
+  return vips::VImage(image);
+}
+
+// The stored picture decoded into memory, covering `needed`, as RGB, not
+// yet turned upright.
 vips::VImage DecodeStored(const std::string& path,
                           const PhotoHeader& header,
-                          int shrink) {
+                          Needed needed) {
   switch (header.kind) {
-    case PhotoKind::kJpeg:
+    case PhotoKind::kJpeg: {
+      if (std::optional<vips::VImage> fast =
+              TurboDecode(path, header, needed)) {
+        return *fast;
+      }
+      int shrink = 1;
+      while (shrink * 2 <= kMaxJpegShrink &&
+             Covers((header.stored_width + shrink * 2 - 1) / (shrink * 2),
+                    (header.stored_height + shrink * 2 - 1) / (shrink * 2),
+                    needed)) {
+        shrink *= 2;
+      }
       return ToDisplayRgb(
                  vips::VImage::jpegload(path.c_str(),
                                         LoaderOptions()->set("shrink", shrink)))
           .copy_memory();
+    }
     case PhotoKind::kPng:
     case PhotoKind::kTiff: {
+      const int shrink = BoxShrink(header, needed, kMaxOtherShrink);
       vips::VImage image =
           ToDisplayRgb(OpenLazily(path, header.kind, LoaderOptions()));
       if (shrink > 1) {
@@ -208,6 +348,7 @@ vips::VImage DecodeStored(const std::string& path,
       return image.copy_memory();
     }
     case PhotoKind::kBmp: {
+      const int shrink = BoxShrink(header, needed, kMaxOtherShrink);
       std::ifstream in(path, std::ios::binary);
       BmpPixels pixels;
       if (!in || !DecodeBmp(in, kMaxPixels, shrink, pixels).ok()) {
@@ -349,14 +490,29 @@ class VipsDisplayControl final : public DisplayControl {
       if (!Decode(*photo_, scale_)) {
         return false;
       }
-      const vips::VImage area =
-          Shown(shown_width, shown_height)
-              .crop(left, top, right - left, bottom - top);
-      std::size_t size = 0;
-      void* pixels = area.write_to_memory(&size);
-      const auto* bytes = static_cast<const std::uint8_t*>(pixels);
-      rgb.assign(bytes, bytes + size);
-      g_free(pixels);
+      const int width = right - left;
+      const int height = bottom - top;
+      const vips::VImage* shown = CachedShown(shown_width, shown_height);
+      if (shown == nullptr) {
+        const vips::VImage area =
+            Shown(shown_width, shown_height).crop(left, top, width, height);
+        std::size_t size = 0;
+        void* pixels = area.write_to_memory(&size);
+        const auto* bytes = static_cast<const std::uint8_t*>(pixels);
+        rgb.assign(bytes, bytes + size);
+        g_free(pixels);
+        return true;
+      }
+      const std::size_t row_bytes = static_cast<std::size_t>(width) * 3;
+      const std::size_t stride = static_cast<std::size_t>(shown_width) * 3;
+      const auto* from = static_cast<const std::uint8_t*>(shown->data()) +
+                         static_cast<std::size_t>(top) * stride +
+                         static_cast<std::size_t>(left) * 3;
+      rgb.resize(row_bytes * static_cast<std::size_t>(height));
+      for (int row = 0; row < height; ++row) {
+        std::memcpy(rgb.data() + row * row_bytes, from + row * stride,
+                    row_bytes);
+      }
       return true;
     });
   }
@@ -366,10 +522,14 @@ class VipsDisplayControl final : public DisplayControl {
   struct Photo {
     std::string path;
     PhotoHeader header;
-    // The stored picture in memory at 1/`shrink` of its size (RGB, not
-    // turned upright); empty until decoded.
+    // The stored picture in memory at the detail the zooms so far have
+    // needed (RGB, not turned upright); empty until decoded.
     std::optional<vips::VImage> decoded;
-    int shrink = 0;
+    // The picture as last shown, in memory, while it is smaller than the
+    // decoding: a scrolled view copies from it instead of resampling again.
+    std::optional<vips::VImage> shown;
+    double shown_scale = 0;
+    int shown_rotation = 0;
   };
 
   // Runs `step`, turning any failure of the library into False.
@@ -414,40 +574,57 @@ class VipsDisplayControl final : public DisplayControl {
 
   bool SetScale(double scale) {
     const double longest = std::max(PhotoWidth(), PhotoHeight()) * scale;
-    if (longest > kMaxShownSide || !Decode(*photo_, scale)) {
+    if (longest > kMaxShownSide) {
       return false;
     }
-    scale_ = scale;
-    return true;
-  }
-
-  // The coarsest decoding that still gives at least one decoded pixel per
-  // shown pixel at `scale`.
-  static int CoarsestShrink(const Photo& photo, double scale) {
-    const int most = photo.header.kind == PhotoKind::kJpeg ? kMaxJpegShrink
-                                                           : kMaxOtherShrink;
-    const int smallest_side =
-        std::min(photo.header.stored_width, photo.header.stored_height);
-    int shrink = 1;
-    while (shrink * 2 <= most && shrink * 2 <= smallest_side &&
-           scale * (shrink * 2) <= 1.0) {
-      shrink *= 2;
-    }
-    return shrink;
+    return Guarded([&] {
+      if (!Decode(*photo_, scale)) {
+        return false;
+      }
+      scale_ = scale;
+      return true;
+    });
   }
 
   // Makes sure `photo` is decoded finely enough for `scale`, decoding the
   // file again when it is not. A finer decoding already held is kept. On
   // failure the photo keeps what it had.
   static bool Decode(Photo& photo, double scale) {
-    const int wanted = CoarsestShrink(photo, scale);
-    if (photo.decoded && photo.shrink <= wanted) {
+    auto side = [scale](int stored) {
+      return std::clamp(static_cast<int>(std::ceil(stored * scale - 1e-9)), 1,
+                        stored);
+    };
+    const Needed needed{side(photo.header.stored_width),
+                        side(photo.header.stored_height)};
+    if (photo.decoded &&
+        Covers(photo.decoded->width(), photo.decoded->height(), needed)) {
       return true;
     }
-    vips::VImage decoded = DecodeStored(photo.path, photo.header, wanted);
+    vips::VImage decoded = DecodeStored(photo.path, photo.header, needed);
     photo.decoded = std::move(decoded);
-    photo.shrink = wanted;
+    photo.shown.reset();
     return true;
+  }
+
+  // The whole shown picture in memory, made on first use at this zoom and
+  // rotation. Nothing when it would be as large as the decoding or larger:
+  // at 100% a render turns the decoding itself, and an enlargement is
+  // computed only where it is asked for.
+  const vips::VImage* CachedShown(int width, int height) {
+    Photo& photo = *photo_;
+    if (photo.shown && photo.shown_scale == scale_ &&
+        photo.shown_rotation == rotation_) {
+      return &*photo.shown;
+    }
+    photo.shown.reset();
+    if (std::int64_t{width} * height >=
+        std::int64_t{photo.decoded->width()} * photo.decoded->height()) {
+      return nullptr;
+    }
+    photo.shown = Shown(width, height).copy_memory();
+    photo.shown_scale = scale_;
+    photo.shown_rotation = rotation_;
+    return &*photo.shown;
   }
 
   // The photo as shown: turned upright, turned by the view's rotation and

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <vips/vips8>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdlib>
@@ -149,6 +150,38 @@ TEST_F(DisplayControlTest, LoadsEveryKindAtFullSizeAndTrueColours) {
     ASSERT_TRUE(display_->ZoomTo(50));
     ASSERT_TRUE(display_->RotateView(90));
   }
+}
+
+TEST_F(DisplayControlTest, GreyAndCmykJpegsShowInColour) {
+  // One band, light on the left and dark on the right.
+  const vips::VImage xy = vips::VImage::xyz(64, 32);
+  const vips::VImage grey =
+      (xy[0] < 32)
+          .ifthenelse(std::vector<double>{200.0}, std::vector<double>{40.0})
+          .cast(VIPS_FORMAT_UCHAR)
+          .copy(vips::VImage::option()->set("interpretation",
+                                            VIPS_INTERPRETATION_B_W));
+  grey.jpegsave((dir_ / "grey.jpg").c_str());
+  ASSERT_TRUE(display_->LoadPhoto((dir_ / "grey.jpg").string()));
+  EXPECT_TRUE(Near(PixelAt(*display_, 8, 16), {200, 200, 200}, 4));
+  EXPECT_TRUE(Near(PixelAt(*display_, 56, 16), {40, 40, 40}, 4));
+
+  // Four bands of ink, none on the left, full cyan on the right.
+  const vips::VImage cyan = (xy[0] < 32)
+                                .ifthenelse(std::vector<double>{0, 0, 0, 0},
+                                            std::vector<double>{255, 0, 0, 0});
+  cyan.cast(VIPS_FORMAT_UCHAR)
+      .copy(vips::VImage::option()->set("interpretation",
+                                        VIPS_INTERPRETATION_CMYK))
+      .jpegsave((dir_ / "cmyk.jpg").c_str());
+  ASSERT_TRUE(display_->LoadPhoto((dir_ / "cmyk.jpg").string()));
+  const Rgb paper = PixelAt(*display_, 8, 16);
+  const Rgb ink = PixelAt(*display_, 56, 16);
+  EXPECT_GT(paper[0], 200);
+  EXPECT_GT(paper[2], 200);
+  // Cyan ink takes the red away and leaves blue.
+  EXPECT_LT(ink[0], 100);
+  EXPECT_GT(ink[2], 150);
 }
 
 TEST_F(DisplayControlTest, ExifOrientationStandsThePhotoUpright) {
@@ -323,6 +356,23 @@ TEST_F(DisplayControlTest, FinerZoomDecodesTheDetailAgain) {
   }
 }
 
+TEST_F(DisplayControlTest, ZoomThatCannotDecodeKeepsTheZoomItHad) {
+  const std::string path = Photo("later_cut.jpg", 1200, 800);
+  display_->SetViewSize(300, 1000);
+  ASSERT_TRUE(display_->LoadPhoto(path));
+  ASSERT_TRUE(display_->ZoomFitToWidth());
+  // The file is cut short behind the view's back; 100% needs it again.
+  const std::string jpeg = ReadFile(path);
+  std::ofstream(path, std::ios::binary | std::ios::trunc)
+      << jpeg.substr(0, jpeg.size() / 3);
+  EXPECT_FALSE(display_->ZoomTo(100));
+  EXPECT_EQ(display_->ZoomPercent(), 25);
+  EXPECT_EQ(display_->ShownWidth(), 300);
+  ExpectQuadrants(*display_, {kRed, kGreen, kBlue, kYellow}, kJpegTolerance);
+  // A zoom the held decoding serves still works.
+  EXPECT_TRUE(display_->ZoomTo(20));
+}
+
 TEST_F(DisplayControlTest, TransparentAndSixteenBitPhotos) {
   // Fully transparent pixels show the view's grey.
   const vips::VImage clear = Quadrants(40, 40).bandjoin_const({0}).copy(
@@ -341,16 +391,22 @@ TEST_F(DisplayControlTest, TransparentAndSixteenBitPhotos) {
   ExpectQuadrants(*display_, {kRed, kGreen, kBlue, kYellow}, 1);
 }
 
-// Writes a PNG file whose header claims `width` x `height` pixels, with
-// pixel data for none of them.
-std::string PngClaiming(std::uint32_t width, std::uint32_t height) {
-  auto crc = [](const std::string& bytes) {
+// A black PNG of any size, one bit a pixel, written by hand: its pixel rows
+// go into uncompressed deflate blocks, so a photo above the size bound can be
+// made in a moment. With `rows` false the file stops after the header.
+std::string BlackPng(std::uint32_t width, std::uint32_t height, bool rows) {
+  std::array<std::uint32_t, 256> table{};
+  for (std::uint32_t n = 0; n < 256; ++n) {
+    std::uint32_t c = n;
+    for (int k = 0; k < 8; ++k) {
+      c = (c & 1u) != 0 ? 0xEDB88320u ^ (c >> 1) : c >> 1;
+    }
+    table[n] = c;
+  }
+  auto crc = [&table](const std::string& bytes) {
     std::uint32_t c = 0xFFFFFFFFu;
     for (unsigned char b : bytes) {
-      c ^= b;
-      for (int k = 0; k < 8; ++k) {
-        c = (c >> 1) ^ (0xEDB88320u & (0u - (c & 1u)));
-      }
+      c = table[(c ^ b) & 0xFFu] ^ (c >> 8);
     }
     return ~c;
   };
@@ -363,9 +419,41 @@ std::string PngClaiming(std::uint32_t width, std::uint32_t height) {
            be32(crc(type + data));
   };
   const std::string ihdr =
-      be32(width) + be32(height) + std::string{8, 2, 0, 0, 0};
-  return std::string("\x89PNG\r\n\x1a\n", 8) + chunk("IHDR", ihdr) +
-         chunk("IEND", "");
+      be32(width) + be32(height) + std::string{1, 0, 0, 0, 0};
+  std::string png = std::string("\x89PNG\r\n\x1a\n", 8) + chunk("IHDR", ihdr);
+  if (rows) {
+    // Each row: a filter byte and the bits, all zero.
+    const std::size_t raw = std::size_t{height} * (1 + (width + 7) / 8);
+    constexpr std::size_t kBlock = 65535;
+    std::string zlib = "\x78\x01";
+    for (std::size_t done = 0; done < raw;) {
+      const std::size_t n = std::min(kBlock, raw - done);
+      done += n;
+      zlib += static_cast<char>(done == raw ? 1 : 0);
+      zlib += static_cast<char>(n & 0xFF);
+      zlib += static_cast<char>(n >> 8);
+      zlib += static_cast<char>(~n & 0xFF);
+      zlib += static_cast<char>((~n >> 8) & 0xFF);
+      zlib.append(n, '\0');
+    }
+    // The Adler-32 sum of `raw` zero bytes.
+    zlib += be32(static_cast<std::uint32_t>((raw % 65521) << 16 | 1));
+    png += chunk("IDAT", zlib);
+  }
+  return png + chunk("IEND", "");
+}
+
+TEST_F(DisplayControlTest, PhotosAboveTheSizeBoundAreRefused) {
+  display_->SetViewSize(150, 1000);
+  // The hand-made PNG is a real photo when small.
+  ASSERT_TRUE(display_->LoadPhoto(
+      dir_.WriteFile("small.png", BlackPng(64, 32, true)).string()));
+  EXPECT_EQ(display_->PhotoWidth(), 64);
+  EXPECT_TRUE(Near(PixelAt(*display_, 10, 10), {0, 0, 0}, 0));
+  // Complete and valid, but 16001 x 16000 is above 256 megapixels.
+  EXPECT_FALSE(display_->LoadPhoto(
+      dir_.WriteFile("big.png", BlackPng(16001, 16000, true)).string()));
+  EXPECT_EQ(display_->PhotoWidth(), 64);
 }
 
 TEST_F(DisplayControlTest, RefusedFilesLeaveTheShownPhotoAlone) {
@@ -382,8 +470,8 @@ TEST_F(DisplayControlTest, RefusedFilesLeaveTheShownPhotoAlone) {
       dir_.WriteFile("empty.png", ""),
       (dir_ / "missing.jpg").string(),
       dir_.WriteFile("half.jpg", jpeg.substr(0, jpeg.size() / 2)),
-      // 17000 x 17000 is above 256 megapixels.
-      dir_.WriteFile("huge.png", PngClaiming(17000, 17000)),
+      // Headers claiming 17000 x 17000 pixels, with no pixels behind.
+      dir_.WriteFile("huge.png", BlackPng(17000, 17000, false)),
       dir_.WriteFile("huge.bmp", testing::EncodeBmp(testing::BmpSpec(1, 1),
                                                     [](int, int) { return 0u; })
                                      .replace(18, 8,
