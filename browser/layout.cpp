@@ -16,19 +16,21 @@ constexpr int kBorderWidth = 240;
 constexpr int kChromeHeight = 900;
 // The column of command buttons.
 constexpr int kButtonColumnLeft = 85;
-constexpr int kButtonColumnWidth = 1200;
-constexpr int kCommandButtonHeight = 1000;
+// The command buttons carry their label: 120 x 30 pixels.
+constexpr int kButtonColumnWidth = 1900;
+constexpr int kCommandButtonWidth = 1800;
+constexpr int kCommandButtonHeight = 450;
 // The folder pane and the grid: two columns of thumbnails and a scroll bar.
 constexpr int kListWidth = 3300;
 constexpr int kScrollWidth = 255;
 constexpr int kHeadHeight = 300;
 constexpr int kPaneTitleHeight = 420;
 constexpr int kSplitHeight = 90;
-constexpr int kSelectRowHeight = 500;
+constexpr int kSelectRowHeight = 400;
 constexpr int kCaptionHeight = 300;
 // The photo tools under the display.
 constexpr int kToolHeight = 600;
-constexpr int kToolSize = 540;
+constexpr int kToolSize = 500;
 
 }  // namespace
 
@@ -46,8 +48,7 @@ void frmMainWindow::FrameReArrange() {
   int top = kGap;
   for (PictureButton* b :
        {&imgUpload, &imgShare, &imgOrdPrints, &imgSlideShow, &imgScrSaver}) {
-    b->Move(kButtonColumnLeft, top, kButtonColumnWidth - kGap,
-            kCommandButtonHeight);
+    b->Move(kButtonColumnLeft, top, kCommandButtonWidth, kCommandButtonHeight);
     top += kCommandButtonHeight + kGap;
   }
 
