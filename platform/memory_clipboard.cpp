@@ -1,4 +1,5 @@
 #include "platform/access_check.h"
+#include "platform/atomic_file.h"
 #include "platform/bmp_reader.h"
 #include "platform/clipboard.h"
 
@@ -109,71 +110,14 @@ std::optional<vips::VImage> LoadBitmap(const std::string& path) {
       .copy_memory();
 }
 
-class Descriptor {
- public:
-  explicit Descriptor(int fd) : fd_(fd) {}
-  ~Descriptor() {
-    if (fd_ >= 0) {
-      ::close(fd_);
-    }
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  int get() const { return fd_; }
-  int release() {
-    const int fd = fd_;
-    fd_ = -1;
-    return fd;
-  }
-
- private:
-  int fd_;
-};
-
-bool WriteAll(int fd, const std::uint8_t* data, std::size_t size) {
-  while (size > 0) {
-    const ssize_t written = ::write(fd, data, size);
-    if (written < 0) {
-      if (errno == EINTR) {
-        continue;
-      }
-      return false;
-    }
-    data += written;
-    size -= static_cast<std::size_t>(written);
-  }
-  return true;
-}
-
-// Writes `bytes` to a new file at `target`: a temporary file beside it,
-// flushed to the disk, then moved to its name without replacing anything.
+// Writes `bytes` to a new file at `target`, flushed to the disk, without
+// replacing anything.
 bool WriteNewFile(const std::string& target,
                   const std::uint8_t* bytes,
                   std::size_t size) {
-  const std::size_t slash = target.find_last_of('/');
-  const std::string folder =
-      slash == std::string::npos ? std::string(".") : target.substr(0, slash);
-  const std::string name =
-      slash == std::string::npos ? target : target.substr(slash + 1);
-  if (name.empty()) {
-    return false;
-  }
-  std::string temp = folder + "/." + name + ".XXXXXX";
-  Descriptor fd(::mkostemp(temp.data(), O_CLOEXEC));
-  if (fd.get() < 0) {
-    return false;
-  }
-  // mkostemp makes the file private; a photo gets the usual mode.
-  const mode_t mask = ::umask(0);
-  ::umask(mask);
-  bool ok = ::fchmod(fd.get(), 0666 & ~mask) == 0;
-  ok = ok && WriteAll(fd.get(), bytes, size) && ::fsync(fd.get()) == 0;
-  ok = ::close(fd.release()) == 0 && ok;
-  ok = ok && MoveFileNoReplace(temp, target).ok();
-  if (!ok) {
-    ::unlink(temp.c_str());
-  }
-  return ok;
+  AtomicWrite how;
+  how.replace = false;
+  return WriteFileAtomically(target, bytes, size, how);
 }
 
 void IgnoreLogMessage(const gchar*, GLogLevelFlags, const gchar*, gpointer) {}
@@ -244,7 +188,7 @@ class MemoryClipboard final : public Clipboard {
     std::array<std::uint8_t, 16> head{};
     std::size_t head_size = 0;
     {
-      Descriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+      FileDescriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
       struct stat status {};
       if (fd.get() < 0 || ::fstat(fd.get(), &status) != 0 ||
           !S_ISREG(status.st_mode)) {

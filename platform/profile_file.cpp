@@ -1,5 +1,7 @@
 #include "platform/profile_file.h"
 
+#include "platform/atomic_file.h"
+
 // Plain 8-bit text: no Unicode conversion library is needed or wanted.
 #define SI_NO_CONVERSION
 // The packaged header keeps the template bodies behind this switch.
@@ -66,52 +68,15 @@ std::string TargetOf(const std::string& path) {
   return path;
 }
 
-bool WriteAll(int fd, const std::string& text) {
-  std::size_t done = 0;
-  while (done < text.size()) {
-    const ssize_t n = write(fd, text.data() + done, text.size() - done);
-    if (n < 0) {
-      if (errno == EINTR) {
-        continue;
-      }
-      return false;
-    }
-    done += static_cast<std::size_t>(n);
-  }
-  return true;
-}
-
-// Replaces the file at `path` with `text`: a temporary file beside it,
-// flushed, given the old file's mode, then renamed over it.
+// Replaces the file at `path` with `text`, keeping the old file's mode (a
+// new file is private to the user).
 bool ReplaceFile(const std::string& path, const std::string& text) {
   const std::string target = TargetOf(path);
-  const std::size_t slash = target.rfind('/');
-  const std::string folder =
-      slash == std::string::npos ? std::string(".") : target.substr(0, slash);
-  const std::string name =
-      slash == std::string::npos ? target : target.substr(slash + 1);
-  std::string temp = folder + "/." + name + ".XXXXXX";
-  const int fd = mkostemp(temp.data(), O_CLOEXEC);
-  if (fd < 0) {
-    return false;
-  }
   struct stat old_info {};
-  const mode_t mode = stat(target.c_str(), &old_info) == 0
-                          ? (old_info.st_mode & 07777)
-                          : kNewFileMode;
-  bool ok = WriteAll(fd, text) && fchmod(fd, mode) == 0 && fsync(fd) == 0;
-  ok = close(fd) == 0 && ok;
-  if (!ok || rename(temp.c_str(), target.c_str()) != 0) {
-    unlink(temp.c_str());
-    return false;
-  }
-  // The rename itself is made durable by flushing the folder.
-  const int dir = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (dir >= 0) {
-    fsync(dir);
-    close(dir);
-  }
-  return true;
+  AtomicWrite how;
+  how.mode = stat(target.c_str(), &old_info) == 0 ? (old_info.st_mode & 07777)
+                                                  : kNewFileMode;
+  return WriteFileAtomically(target, text.data(), text.size(), how);
 }
 
 // Loads the file, lets `change` alter it and writes it back when the text

@@ -1,3 +1,4 @@
+#include "platform/atomic_file.h"
 #include "platform/bmp_reader.h"
 #include "platform/image_operations.h"
 
@@ -71,69 +72,16 @@ const char* ExpectedLoader(PhotoKind kind) {
   return nullptr;
 }
 
-// A file descriptor closed on every path out.
-class Descriptor {
- public:
-  explicit Descriptor(int fd) : fd_(fd) {}
-  ~Descriptor() {
-    if (fd_ >= 0) {
-      ::close(fd_);
-    }
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  int get() const { return fd_; }
-  int release() { return std::exchange(fd_, -1); }
-
- private:
-  int fd_;
-};
-
-bool WriteAll(int fd, const void* data, std::size_t size) {
-  const auto* p = static_cast<const char*>(data);
-  while (size > 0) {
-    const ssize_t written = ::write(fd, p, size);
-    if (written < 0) {
-      if (errno == EINTR) {
-        continue;
-      }
-      return false;
-    }
-    p += written;
-    size -= static_cast<std::size_t>(written);
-  }
-  return true;
-}
-
-// Writes `data` to a temporary file beside `target` and renames it over
-// `target`, so a reader sees the old file or the new one, never half of one.
-// There is no fsync: a thumbnail is made again from its photo whenever it is
-// missing, and an fsync costs more than making the thumbnail on a busy disk.
-// A cache entry that a power cut left empty counts as a miss.
+// Writes a thumbnail in place of the old one, whole or not at all. There is
+// no fsync: a thumbnail is made again from its photo whenever it is missing,
+// and an fsync costs more than making the thumbnail on a busy disk. A cache
+// entry that a power cut left empty counts as a miss.
 bool ReplaceFile(const std::string& target,
                  const void* data,
                  std::size_t size) {
-  const fs::path path(target);
-  if (path.filename().empty()) {
-    return false;
-  }
-  fs::path folder = path.parent_path();
-  if (folder.empty()) {
-    folder = ".";
-  }
-  std::string temp =
-      (folder / ("." + path.filename().string() + ".XXXXXX")).string();
-  Descriptor fd(::mkostemp(temp.data(), O_CLOEXEC));
-  if (fd.get() < 0) {
-    return false;
-  }
-  bool ok = WriteAll(fd.get(), data, size);
-  ok = ::close(fd.release()) == 0 && ok;
-  ok = ok && ::rename(temp.c_str(), target.c_str()) == 0;
-  if (!ok) {
-    ::unlink(temp.c_str());
-  }
-  return ok;
+  AtomicWrite how;
+  how.sync = false;
+  return WriteFileAtomically(target, data, size, how);
 }
 
 std::uint64_t Fnv1a(std::string_view text,
@@ -352,7 +300,7 @@ class VipsImageOperations final : public ImageOperations {
         quality > 100) {
       return std::nullopt;
     }
-    Descriptor fd(::open(source.c_str(), O_RDONLY | O_CLOEXEC));
+    FileDescriptor fd(::open(source.c_str(), O_RDONLY | O_CLOEXEC));
     struct stat status {};
     if (fd.get() < 0 || ::fstat(fd.get(), &status) != 0 ||
         !S_ISREG(status.st_mode) || status.st_size == 0) {

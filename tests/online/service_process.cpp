@@ -144,7 +144,12 @@ int ServiceProcess::Terminate() {
 }
 
 bool ServiceProcess::Freeze() {
-  return pid_ > 0 && kill(pid_, SIGSTOP) == 0;
+  if (pid_ <= 0 || kill(pid_, SIGSTOP) != 0) {
+    return false;
+  }
+  // The stop takes effect asynchronously; wait until it has.
+  int status = 0;
+  return waitpid(pid_, &status, WUNTRACED) == pid_ && WIFSTOPPED(status);
 }
 
 void ServiceProcess::Kill() {

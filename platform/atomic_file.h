@@ -1,0 +1,56 @@
+#ifndef QBPD_PLATFORM_ATOMIC_FILE_H_
+#define QBPD_PLATFORM_ATOMIC_FILE_H_
+
+#include <cstddef>
+#include <string>
+#include <sys/types.h>
+
+namespace qbpd {
+
+// A file descriptor that is closed on every path out.
+class FileDescriptor {
+ public:
+  explicit FileDescriptor(int fd) : fd_(fd) {}
+  ~FileDescriptor();
+  FileDescriptor(const FileDescriptor&) = delete;
+  FileDescriptor& operator=(const FileDescriptor&) = delete;
+  int get() const { return fd_; }
+  // Gives the descriptor up without closing it.
+  int release() {
+    const int fd = fd_;
+    fd_ = -1;
+    return fd;
+  }
+
+ private:
+  int fd_;
+};
+
+// How WriteFileAtomically treats the target and the disk.
+struct AtomicWrite {
+  // Replace a file at the target (rename over it); otherwise a file there (or
+  // one that appears meanwhile) makes the write fail and stay unmade.
+  bool replace = true;
+  // Flush the data, and the folder after the rename, to the disk. Derived
+  // files that are made again when missing may skip it.
+  bool sync = true;
+  // The new file's mode; -1 keeps the replaced file's mode, or gives the
+  // usual mode (0666 less the umask) to a new file.
+  mode_t mode = static_cast<mode_t>(-1);
+};
+
+// Writes `size` bytes at `data` to `target` through a temporary file in the
+// same folder that is renamed to its name only once it is whole, so that a
+// reader sees the old file or the new one, never half of one. On any failure
+// nothing is left behind and the target is as it was.
+bool WriteFileAtomically(const std::string& target,
+                         const void* data,
+                         std::size_t size,
+                         const AtomicWrite& how = {});
+
+// Writes all `size` bytes to `fd`, going on after an interrupted write.
+bool WriteAll(int fd, const void* data, std::size_t size);
+
+}  // namespace qbpd
+
+#endif  // QBPD_PLATFORM_ATOMIC_FILE_H_
