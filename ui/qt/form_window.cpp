@@ -419,7 +419,8 @@ void FormWindow::UpdateAction(Menu& menu, QAction* action) {
   if (!separator) {
     action->setText(MenuText(menu.Caption(), menu.Shortcut()));
   }
-  action->setVisible(menu.Visible());
+  // An entry the program has not named yet takes no room.
+  action->setVisible(menu.Visible() && !menu.Caption().empty());
   action->setEnabled(menu.Enabled());
   action->setCheckable(menu.Checked());
   action->setChecked(menu.Checked());
