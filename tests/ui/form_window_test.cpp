@@ -14,7 +14,9 @@
 #include "ui/qt/qt_host.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QCheckBox>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -53,6 +55,7 @@ class frmProbe : public Form {
     lblInside.Move(150, 400, 2000, 300);
     lblInside.SetCaption("&Inside");
     txtDigits.Move(300, 2000, 2000, 330);
+    txtFree.Move(300, 3800, 2000, 330);
     chkKeep.Move(300, 2500, 2000, 300);
     chkKeep.SetCaption("Keep open");
     cmdOK.Move(3600, 2000, 1200, 400);
@@ -115,6 +118,7 @@ class frmProbe : public Form {
   Frame fraBox{*this, "fraBox"};
   Label lblInside{*this, "lblInside"};
   TextBox txtDigits{*this, "txtDigits"};
+  TextBox txtFree{*this, "txtFree"};
   CheckBox chkKeep{*this, "chkKeep"};
   CommandButton cmdOK{*this, "cmdOK"};
   CommandButton cmdAsk{*this, "cmdAsk"};
@@ -238,6 +242,22 @@ TEST_F(FormWindowTest,
   EXPECT_EQ(probe_->txtDigits.Text(), "12");
   QTest::keyClick(edit, Qt::Key_Return);
   EXPECT_EQ(probe_->lblStatus.Caption(), "ok 12");
+  // Characters that mean something to SendKeys arrive as typed; so do
+  // characters beyond ASCII, and the caret moves with the arrows.
+  auto* free = qobject_cast<QLineEdit*>(WidgetFor(probe_->txtFree));
+  ASSERT_NE(free, nullptr);
+  QTest::keyClicks(free, "a+(b)~{");
+  QKeyEvent accented(QEvent::KeyPress, Qt::Key_Eacute, Qt::NoModifier,
+                     QString::fromUtf8("é"));
+  QApplication::sendEvent(free, &accented);
+  QTest::keyClicks(free, "}");
+  EXPECT_EQ(probe_->txtFree.Text(), "a+(b)~{é}");
+  QTest::keyClick(free, Qt::Key_Home);
+  QTest::keyClick(free, Qt::Key_Right);
+  QTest::keyClicks(free, "X");
+  EXPECT_EQ(probe_->txtFree.Text(), "aX+(b)~{é}");
+  EXPECT_EQ(free->text(), QString::fromUtf8("aX+(b)~{é}"));
+  EXPECT_EQ(free->cursorPosition(), 2);
   EXPECT_EQ(qobject_cast<QLabel*>(WidgetFor(probe_->lblStatus))->text(),
             "ok 12");
 }
