@@ -8,6 +8,8 @@
 #include "platform/forms/control_array.h"
 #include "platform/forms/controls.h"
 #include "platform/forms/form.h"
+#include "platform/launcher.h"
+#include "platform/places.h"
 #include "tests/ui/qt_test_support.h"
 #include "ui/qt/control_widget.h"
 #include "ui/qt/qt_convert.h"
@@ -16,6 +18,8 @@
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
+#include <QCursor>
+#include <QFontMetrics>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -159,8 +163,10 @@ class FormWindowTest : public ::testing::Test {
     testing::EnsureQtApplication();
     auto owned = std::make_unique<QtHost>();
     host_ = owned.get();
+    PlatformServices services;
+    services.resources = FindResourcesFolder(services.places);
     app_ = std::make_unique<Application>(
-        std::move(owned), PlatformServices{}, [](Application& app) {
+        std::move(owned), std::move(services), [](Application& app) {
           FormSet* forms = &app.forms();
           Host* host = &app.host();
           app.forms().Register<frmProbe>([host, forms] {
@@ -392,6 +398,45 @@ TEST_F(FormWindowTest, TimersTickAndControlArrayMembersComeAndGo) {
   host_->AfterEvent();
   EXPECT_TRUE(QTest::qWaitFor([&gone] { return gone.isNull(); }, 2000));
   EXPECT_TRUE(gone.isNull());
+}
+
+TEST_F(FormWindowTest, TheHostsServicesAreTheDesktops) {
+  // Text width in the control's real font, in twips; bold is wider.
+  Font plain{8.25, false};
+  Font bold{8.25, true};
+  QWidget* label = WidgetFor(probe_->lblStatus);
+  int measured = QFontMetrics(label->font()).horizontalAdvance("Hello world");
+  EXPECT_NEAR(host_->TextWidth("Hello world", plain), measured * 15, 15);
+  EXPECT_GT(host_->TextWidth("Hello world", bold),
+            host_->TextWidth("Hello world", plain));
+  EXPECT_GT(host_->TextWidth("Hello world", Font{16, false}),
+            host_->TextWidth("Hello world", plain));
+  EXPECT_GT(host_->ScreenWidth(), 0);
+  EXPECT_EQ(host_->ScreenWidth() % kTwipsPerPixel, 0);
+
+  // The hourglass is the application's wait cursor.
+  host_->SetMousePointer(kPointerHourglass);
+  ASSERT_NE(QApplication::overrideCursor(), nullptr);
+  EXPECT_EQ(QApplication::overrideCursor()->shape(), Qt::WaitCursor);
+  host_->SetMousePointer(kPointerDefault);
+  EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+
+  // Sleep keeps the events coming, and the clock moves with it.
+  bool fired = false;
+  QTimer::singleShot(10, [&fired] { fired = true; });
+  long long before = host_->TickCount();
+  host_->Sleep(80);
+  EXPECT_TRUE(fired);
+  EXPECT_GE(host_->TickCount() - before, 75);
+
+  // Keys sent arrive at the active form after the current event: F1 opens
+  // the help at the form's topic.
+  auto* launcher = dynamic_cast<RecordingLauncher*>(&app_->launcher());
+  ASSERT_NE(launcher, nullptr);
+  probe_->Dispatch("test", [this] { host_->SendKeys("{F1}"); });
+  EXPECT_TRUE(launcher->Opened().empty());
+  EXPECT_TRUE(QTest::qWaitFor(
+      [launcher] { return !launcher->Opened().empty(); }, 2000));
 }
 
 }  // namespace
