@@ -17,12 +17,13 @@ void EnsureQtApplication() {
   static int argc = 1;
   static char name[] = "ui_smoke_tests";
   static char* argv[] = {name, nullptr};
-  static std::unique_ptr<QApplication> app;
-  if (app) {
+  if (QApplication::instance() != nullptr) {
     return;
   }
   qputenv("QT_QPA_PLATFORM", "offscreen");
-  app = std::make_unique<QApplication>(argc, argv);
+  // Lives until the process ends and is never destroyed: destroying it among
+  // the static objects at exit would run after parts of Qt have gone.
+  new QApplication(argc, argv);
   QApplication::setQuitOnLastWindowClosed(false);
 }
 
