@@ -71,6 +71,10 @@ void FormWindow::Act(const Control* control, const std::function<void()>& fn) {
   if (detached_ || (control != nullptr && !Alive(control))) {
     return;
   }
+  // The handlers may unload the form and so drop this window; what is
+  // needed afterwards is taken now.
+  QtHost& host = host_;
+  const std::string where = form_.Name();
   try {
     fn();
   } catch (const HostAbort&) {
@@ -78,9 +82,9 @@ void FormWindow::Act(const Control* control, const std::function<void()>& fn) {
     // unreachable (hidden, disabled, behind a modal form): nothing happens,
     // as on any screen.
   } catch (const std::exception& e) {
-    host_.HandlerFailed(form_.Name(), e.what());
+    host.HandlerFailed(where, e.what());
   }
-  host_.AfterEvent();
+  host.AfterEvent();
 }
 
 void FormWindow::ActOnForm(const std::function<void()>& fn) {
