@@ -32,13 +32,18 @@ void MakePhotoFolder(const std::filesystem::path& folder,
     char name[32];
     std::snprintf(name, sizeof name, "photo%05d.jpg", d);
     fs::path path = folder / name;
-    image.jpegsave(path.c_str(), vips::VImage::option()->set("Q", 85));
     originals.push_back(path);
+    if (fs::exists(path)) {
+      continue;  // kept from an earlier run (--dir), with its thumbnails
+    }
+    image.jpegsave(path.c_str(), vips::VImage::option()->set("Q", 85));
   }
   for (int i = static_cast<int>(originals.size()); i < photos; ++i) {
     char name[32];
     std::snprintf(name, sizeof name, "photo%05d.jpg", i);
-    fs::create_hard_link(originals[i % originals.size()], folder / name);
+    if (!fs::exists(folder / name)) {
+      fs::create_hard_link(originals[i % originals.size()], folder / name);
+    }
   }
 }
 

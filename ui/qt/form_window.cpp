@@ -110,7 +110,16 @@ void FormWindow::Sync() {
   }
   SyncForm();
   const auto& controls = form_.Controls();
-  if (!widgets_.empty()) {
+  size_t with_widgets = 0;
+  for (Control* c : controls) {
+    if (HasWidget(c->Kind())) {
+      SyncControl(*c);
+      ++with_widgets;
+    }
+  }
+  // Every control has its entry now; more entries than controls means some
+  // were unloaded since.
+  if (widgets_.size() > with_widgets) {
     std::unordered_set<const Control*> present(controls.begin(),
                                                controls.end());
     std::vector<const Control*> gone;
@@ -121,11 +130,6 @@ void FormWindow::Sync() {
     }
     for (const Control* c : gone) {
       DropWidget(const_cast<Control*>(c));
-    }
-  }
-  for (Control* c : controls) {
-    if (HasWidget(c->Kind())) {
-      SyncControl(*c);
     }
   }
   SyncMenus(/*allow_rebuild=*/QApplication::activePopupWidget() == nullptr);
@@ -234,43 +238,60 @@ ControlWidget* FormWindow::EnsureWidget(Control& control, int depth) {
 }
 
 void FormWindow::SyncControl(Control& control) {
+  auto it = widgets_.find(&control);
+  if (it != widgets_.end() && it->second.revision == control.revision() &&
+      it->second.widget->widget() != nullptr) {
+    return;  // the common case: nothing changed
+  }
   ControlWidget* w = EnsureWidget(control, 0);
   if (w == nullptr) {
     return;
   }
   Entry& entry = widgets_[&control];
-  if (entry.revision == control.revision()) {
-    return;
-  }
   entry.revision = control.revision();
   QWidget* widget = w->widget();
   if (entry.container != control.Container()) {
     entry.container = control.Container();
     widget->setParent(ParentFor(control, 0));
+    entry.fresh = true;  // a widget given a new parent is hidden by Qt
   }
-  ApplyCommon(control, widget);
+  ApplyCommon(control, widget, entry);
   w->Sync();
 }
 
-void FormWindow::ApplyCommon(Control& control, QWidget* widget) {
-  if (control.Kind() != ControlKind::kLine) {
-    QRect r = PixelRect(control.Left(), control.Top(), control.Width(),
-                        control.Height());
+void FormWindow::ApplyCommon(Control& control, QWidget* widget, Entry& entry) {
+  Applied& was = entry.applied;
+  const bool fresh = entry.fresh;
+  entry.fresh = false;
+  if (control.Kind() != ControlKind::kLine &&
+      (fresh || was.left != control.Left() || was.top != control.Top() ||
+       was.width != control.Width() || was.height != control.Height())) {
+    was.left = control.Left();
+    was.top = control.Top();
+    was.width = control.Width();
+    was.height = control.Height();
+    QRect r = PixelRect(was.left, was.top, was.width, was.height);
     if (widget->geometry() != r) {
       widget->setGeometry(r);
     }
   }
-  widget->setEnabled(control.Enabled());
-  QString tip = QString::fromStdString(control.ToolTipText());
-  if (widget->toolTip() != tip) {
-    widget->setToolTip(tip);
+  if (fresh || was.enabled != control.Enabled()) {
+    was.enabled = control.Enabled();
+    widget->setEnabled(was.enabled);
   }
-  QFont font = MakeQFont(control.font());
-  if (widget->font() != font) {
-    widget->setFont(font);
+  if (fresh || was.tool_tip != control.ToolTipText()) {
+    was.tool_tip = control.ToolTipText();
+    widget->setToolTip(QString::fromStdString(was.tool_tip));
   }
-  if (widget->isVisibleTo(widget->parentWidget()) != control.Visible()) {
-    widget->setVisible(control.Visible());
+  if (fresh || was.font_size != control.FontSize() ||
+      was.font_bold != control.FontBold()) {
+    was.font_size = control.FontSize();
+    was.font_bold = control.FontBold();
+    widget->setFont(MakeQFont(control.font()));
+  }
+  if (fresh || was.visible != control.Visible()) {
+    was.visible = control.Visible();
+    widget->setVisible(was.visible);
   }
 }
 

@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 class QAction;
@@ -75,10 +76,25 @@ class FormWindow : public QWidget {
   void keyPressEvent(QKeyEvent* event) override;
 
  private:
+  // What was last applied to a widget of the properties every control has,
+  // so that a sync touches Qt only for what changed.
+  struct Applied {
+    int left = 0;
+    int top = 0;
+    int width = -1;
+    int height = -1;
+    bool visible = false;
+    bool enabled = true;
+    double font_size = 0;
+    bool font_bold = false;
+    std::string tool_tip;
+  };
   struct Entry {
     std::unique_ptr<ControlWidget> widget;
     unsigned long long revision = ~0ULL;
     std::string container;
+    Applied applied;
+    bool fresh = true;
   };
 
   void SyncForm();
@@ -86,7 +102,7 @@ class FormWindow : public QWidget {
   ControlWidget* EnsureWidget(Control& control, int depth);
   QWidget* ParentFor(const Control& control, int depth);
   void DropWidget(Control* control);
-  void ApplyCommon(Control& control, QWidget* widget);
+  void ApplyCommon(Control& control, QWidget* widget, Entry& entry);
   void SyncMenus(bool allow_rebuild);
   void RebuildMenus(const std::vector<Menu*>& menus);
   // Adds the entries of `menu` to `qmenu`, recording their actions in
@@ -106,7 +122,7 @@ class FormWindow : public QWidget {
   unsigned long long form_revision_ = ~0ULL;
   QMenuBar* menu_bar_ = nullptr;
   QWidget* client_ = nullptr;
-  std::map<const Control*, Entry> widgets_;
+  std::unordered_map<const Control*, Entry> widgets_;
   const Control* focused_ = nullptr;
   std::map<const Menu*, QAction*> actions_;
   std::map<const Menu*, unsigned long long> menu_revisions_;

@@ -25,6 +25,10 @@
 namespace qbpd {
 namespace {
 
+// A frame at 60 per second: a loop that pumps events more often than this
+// shows its progress no more often.
+constexpr int kFrameMs = 16;
+
 // Counts a nested loop as a handler on the stack, so that a form shown modal
 // outlives its loop even when it was unloaded inside it.
 class DispatchGuard {
@@ -42,6 +46,7 @@ class DispatchGuard {
 
 QtHost::QtHost() {
   ticks_.start();
+  since_sync_.start();
   // The third-party widgets raise events without telling the host; the
   // windows catch up before the event loop waits for the next event.
   if (auto* dispatcher = QAbstractEventDispatcher::instance()) {
@@ -68,6 +73,7 @@ FormWindow* QtHost::WindowOf(const Form& form) const {
 }
 
 void QtHost::SyncWindows() {
+  since_sync_.restart();
   // A sync may make widgets, whose making may not unload forms, but copy the
   // list all the same.
   std::vector<QPointer<FormWindow>> windows;
@@ -261,7 +267,9 @@ void QtHost::PopupMenu(Form& form, Menu& menu, int x, int y) {
 }
 
 void QtHost::DoEvents() {
-  SyncWindows();
+  if (since_sync_.elapsed() >= kFrameMs) {
+    SyncWindows();
+  }
   QCoreApplication::processEvents();
 }
 

@@ -99,6 +99,9 @@ class QtHost : public QObject, public Host {
   std::set<Timer*> firing_;
   std::function<void()> idle_hook_;
   QElapsedTimer ticks_;
+  // When the windows were last brought in step; DoEvents does it at most
+  // once a frame.
+  QElapsedTimer since_sync_;
   int pointer_ = kPointerDefault;
   bool in_idle_ = false;
 };
