@@ -106,6 +106,8 @@ TEST(QtConvertTest, KeyPressesBecomeSendKeysText) {
       {Qt::Key_ParenLeft, Qt::ShiftModifier, "(", "{(}"},
       {Qt::Key_AsciiTilde, Qt::ShiftModifier, "~", "{~}"},
       {Qt::Key_Eacute, Qt::NoModifier, QString::fromUtf8("é"), "é"},
+      // A character beyond the 16-bit range arrives whole.
+      {Qt::Key_unknown, Qt::NoModifier, QString::fromUtf8("😀"), "😀"},
       // A modifier alone types nothing.
       {Qt::Key_Shift, Qt::ShiftModifier, "", ""},
   };

@@ -236,24 +236,20 @@ std::string SendKeysText(int qt_key,
     }
     return "";
   }
+  static constexpr std::string_view kSpecial = "+^%~(){}[]";
   std::string out;
-  for (QChar c : text) {
-    if (c.unicode() < 0x20 || c.unicode() == 0x7F) {
+  for (char32_t code : text.toUcs4()) {
+    if (code < 0x20 || code == 0x7F) {
       continue;
     }
-    static constexpr std::string_view kSpecial = "+^%~(){}[]";
-    if (c.unicode() < 0x80 &&
-        kSpecial.find(static_cast<char>(c.unicode())) != std::string::npos) {
+    if (code < 0x80 &&
+        kSpecial.find(static_cast<char>(code)) != std::string_view::npos) {
       out += '{';
-      out += static_cast<char>(c.unicode());
+      out += static_cast<char>(code);
       out += '}';
     } else {
-      out += QString(c).toStdString();
+      out += QString::fromUcs4(&code, 1).toStdString();
     }
-  }
-  // Surrogate pairs come whole from toStdString only when kept together.
-  if (text.size() > 1 && text.at(0).isHighSurrogate()) {
-    out = text.toStdString();
   }
   return out;
 }
