@@ -174,7 +174,11 @@ void Press(Form& form, Control* target, const KeyStroke& key) {
     FormEvents::Help(form);
   }
   int ascii = key.ascii;
-  if (key_code != 0 && ascii != 0) {
+  // A KeyDown handler that zeroed the key code swallowed the key. A
+  // character without a key code of its own (an accented letter) still
+  // types.
+  const bool swallowed = key.key_code != 0 && key_code == 0;
+  if (!swallowed && ascii != 0) {
     if (form.KeyPreview()) {
       FormEvents::KeyPress(form, ascii);
     }

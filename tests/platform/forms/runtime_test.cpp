@@ -334,6 +334,25 @@ TEST_F(RuntimeTest, TypingFollowsKeyPressFiltersAndMaxLength) {
   EXPECT_EQ(main().txtName.Text(), "ZXn");
 }
 
+TEST_F(RuntimeTest, AccentedLettersTypeAndKeyDownCanSwallowAKey) {
+  std::vector<int> pressed;
+  main().On("txtName", "KeyPress",
+            [&pressed](EventArgs& e) { pressed.push_back(e.KeyAscii); });
+  // "ë" has no key code of its own; it is pressed and typed all the same.
+  user::TypeKeys(main().txtName, "Zoë");
+  EXPECT_EQ(main().txtName.Text(), "Zoë");
+  ASSERT_EQ(pressed.size(), 3u);
+  EXPECT_EQ(pressed.back(), 0xEB);
+  // A KeyDown handler that zeroes the code takes the key away.
+  main().On("txtName", "KeyDown", [](EventArgs& e) {
+    if (e.KeyCode == 'Q') {
+      e.KeyCode = 0;
+    }
+  });
+  user::TypeKeys(main().txtName, "q!");
+  EXPECT_EQ(main().txtName.Text(), "Zoë!");
+}
+
 TEST_F(RuntimeTest, MenusOpenTheirParentsAndRefuseDisabledEntries) {
   EXPECT_EQ(main().mnuFile.AccessKey(), 'F');
   EXPECT_EQ(main().mnuFRecent[1].AccessKey(), '1');

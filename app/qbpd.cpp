@@ -1,0 +1,82 @@
+// qbpd: the desktop program.
+#include "app/program/program.h"
+#include "core/settings.h"
+#include "platform/display_model.h"
+#include "platform/launcher.h"
+#include "ui/qt/local_service.h"
+#include "ui/qt/qt_clipboard.h"
+#include "ui/qt/qt_host.h"
+
+#include <QApplication>
+#include <QTimer>
+
+#include <cstdio>
+#include <memory>
+#include <string>
+
+namespace {
+
+// The command line as the program reads it: the arguments in one quoted
+// text, as a desktop passes a photo's path.
+std::string CommandLineOf(int argc, char** argv) {
+  std::string joined;
+  for (int i = 1; i < argc; ++i) {
+    if (!joined.empty()) {
+      joined += ' ';
+    }
+    joined += argv[i];
+  }
+  return joined.empty() ? "" : "\"" + joined + "\"";
+}
+
+// How often a second start's request to come forward is looked for.
+constexpr int kInstancePollMs = 250;
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  QApplication qt_app(argc, argv);
+  QApplication::setApplicationName("Quillbay Picture Desk");
+  QApplication::setQuitOnLastWindowClosed(false);
+  const std::string command_line = CommandLineOf(argc, argv);
+
+  qbpd::PlatformServices services = qbpd::MakePlatformServices(nullptr);
+  services.clipboard = qbpd::MakeQtClipboard();
+  services.launcher = qbpd::MakeXdgLauncher();
+  services.make_display = [] { return qbpd::MakeVipsDisplayControl(); };
+
+  // Every online feature works out of the box: the reference service runs
+  // on this machine where the settings point at it.
+  std::string address = services.settings->Read(qbpd::kRootKey, "IP");
+  if (auto launch = qbpd::EnsureLocalService(address, services.places.program,
+                                             services.places.data);
+      launch && !launch->started) {
+    std::fprintf(stderr, "qbpd: %s\n", launch->error.c_str());
+  }
+
+  auto owned_host = std::make_unique<qbpd::QtHost>();
+  qbpd::QtHost& host = *owned_host;
+  qbpd::Application app(std::move(owned_host), std::move(services),
+                        qbpd::RegisterProgram);
+  host.SetIdleHook([&app] {
+    app.forms().CollectGarbage();
+    if (!app.IsRunning()) {
+      QCoreApplication::quit();
+    }
+  });
+  QTimer instance_poll;
+  QObject::connect(&instance_poll, &QTimer::timeout, [&app, &host] {
+    if (host.dispatch_depth() == 0) {
+      app.PollInstanceRequests();
+      host.AfterEvent();
+    }
+  });
+  instance_poll.start(kInstancePollMs);
+
+  app.Start(command_line);
+  app.forms().CollectGarbage();
+  if (!app.IsRunning()) {
+    return 0;  // a second start handed over, or the start ended the run
+  }
+  return QApplication::exec();
+}

@@ -1,0 +1,18 @@
+#ifndef QBPD_TESTS_UI_PHOTO_MAKER_H_
+#define QBPD_TESTS_UI_PHOTO_MAKER_H_
+
+#include <string>
+
+namespace qbpd::testing {
+
+// Makes a JPEG photo of `width` x `height` at `path` with libvips: dark red
+// on the left to bright red on the right; `orientation` is its EXIF note.
+void MakePhoto(const std::string& path,
+               int width,
+               int height,
+               int shade = 0,
+               int orientation = 1);
+
+}  // namespace qbpd::testing
+
+#endif  // QBPD_TESTS_UI_PHOTO_MAKER_H_

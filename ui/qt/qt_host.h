@@ -1,0 +1,111 @@
+#ifndef QBPD_UI_QT_QT_HOST_H_
+#define QBPD_UI_QT_QT_HOST_H_
+
+#include "platform/forms/host.h"
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QPointer>
+
+#include <functional>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+class QEventLoop;
+class QTimer;
+class QWidget;
+
+namespace qbpd {
+
+class FormWindow;
+
+// The desktop host: every loaded form has a window of its own, built from its
+// controls by FormWindow; message boxes and dialogs are Qt's; modal forms run
+// a nested event loop; timers are QTimers; the clock is the real one.
+//
+// Needs a QApplication made before it. After every event that reached the
+// program (a widget's, a timer's, keys sent) and whenever the event loop is
+// about to wait, the windows are brought in step with their forms; when no
+// handler is on the stack the idle hook runs (where the application collects
+// unloaded forms and ends the run).
+class QtHost : public QObject, public Host {
+  Q_OBJECT
+
+ public:
+  QtHost();
+  ~QtHost() override;
+
+  // Runs after events when no handler is on the stack.
+  void SetIdleHook(std::function<void()> hook) { idle_hook_ = std::move(hook); }
+
+  // The window of a loaded form, or nullptr.
+  FormWindow* WindowOf(const Form& form) const;
+  // Brings every window in step with its form, then, with no handler on the
+  // stack, runs the idle hook. Widgets call it after each event they raise.
+  void AfterEvent();
+  // Brings every window in step with its form.
+  void SyncWindows();
+  // Where keys sent with SendKeys and unhandled key presses go: the modal
+  // form, else the form whose window was activated last.
+  Form* ActiveForm() const;
+  // A window was activated by the window system.
+  void WindowActivated(Form& form);
+
+  // --- Host ---------------------------------------------------------------
+  int MsgBox(const std::string& prompt,
+             int style,
+             const std::string& title) override;
+  void ShowForm(Form& form, bool modal) override;
+  void HideForm(Form& form) override;
+  void FormLoaded(Form& form) override;
+  void FormUnloaded(Form& form) override;
+  Form* ModalForm() const override;
+  void PopupMenu(Form& form, Menu& menu, int x, int y) override;
+  void DoEvents() override;
+  void Sleep(int ms) override;
+  void TimerChanged(Timer& timer, bool removed) override;
+  LocalTime Now() const override;
+  long long TickCount() const override;
+  void SetMousePointer(int pointer) override;
+  int MousePointer() const override { return pointer_; }
+  void SendKeys(const std::string& keys) override;
+  int TextWidth(std::string_view text, const Font& font) const override;
+  int ScreenWidth() const override;
+  int ScreenHeight() const override;
+  std::optional<std::string> SaveFileDialog(
+      const SaveDialogCall& call) override;
+  std::optional<std::string> BrowseForFolder(
+      const FolderDialogCall& call) override;
+  void HandlerFailed(const std::string& where,
+                     const std::string& what) override;
+
+ private:
+  struct ModalLevel {
+    Form* form;
+    QEventLoop* loop;
+  };
+
+  void FireTimer(Timer* timer);
+  void Idle();
+  // The window that a dialog of the program sits on.
+  QWidget* DialogParent() const;
+
+  std::map<const Form*, QPointer<FormWindow>> windows_;
+  std::vector<ModalLevel> modal_stack_;
+  std::vector<Form*> active_forms_;
+  std::map<Timer*, QTimer*> timers_;
+  std::set<Timer*> firing_;
+  std::function<void()> idle_hook_;
+  QElapsedTimer ticks_;
+  // When the windows were last brought in step; DoEvents does it at most
+  // once a frame.
+  QElapsedTimer since_sync_;
+  int pointer_ = kPointerDefault;
+  bool in_idle_ = false;
+};
+
+}  // namespace qbpd
+
+#endif  // QBPD_UI_QT_QT_HOST_H_
