@@ -39,6 +39,7 @@ frmMainWindow::frmMainWindow(Application& app)
   imgBrowseClose.SetContainer("picExplorerCont");
   lstFiles.SetVisible(false);
   cmdImageListHead.SetContainer("picImageListCont");
+  cmdImageListHead.SetCaption("Photos");
   picImagelistInnerCont.SetContainer("picImageListCont");
   ctrlQuilImage[0].SetContainer("picImagelistInnerCont");
   ctrlQuilImage[0].Move(0, 100, kThumbnailHeight, kThumbnailHeight);
@@ -52,6 +53,10 @@ frmMainWindow::frmMainWindow(Application& app)
   lblDisplayImageName.SetContainer("picImageText");
   txtFileName.SetContainer("picImageText");
   txtFileName.SetVisible(false);
+  // The name strip: one line of text, centred under the photo.
+  lblDisplayImageName.Move(250, 30, 3000, 330);
+  lblDisplayImageName.SetAlignment(2);
+  txtFileName.Move(250, 20, 3000, 330);
   for (Control* tool : std::initializer_list<Control*>{
            &imgZoom, &imgLeftRotate, &imgRightRotate, &imgCrop, &imgRedeye,
            &imgAutocolor, &imgInfo, &imgWallpaper}) {

@@ -771,6 +771,12 @@ const PropertyTable& TabStrip::Properties() const {
 Thumbnail::Thumbnail(Form& form, std::string name, int index)
     : StatefulControl(form, ControlKind::kThumbnail, std::move(name), index) {}
 
+void Thumbnail::CopyStateFrom(const Control& other) {
+  StatefulControl::CopyStateFrom(other);
+  state_ = ThumbnailState{};
+  Changed();
+}
+
 void Thumbnail::SetPhotoIndex(int v) {
   state_.photo_index = v;
   Changed();

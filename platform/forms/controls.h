@@ -405,6 +405,9 @@ class Thumbnail : public StatefulControl<ThumbnailState> {
   void SetToolText(const std::string& v);
   const std::string& ToolText() const { return state_.tool_text; }
   const PropertyTable& Properties() const override;
+  // A member loaded from member 0 takes its look, not its photo: no picture,
+  // no tick and no frame of the current photo.
+  void CopyStateFrom(const Control& other) override;
 };
 
 // The photo view: the photo on display at its zoom. The program attaches the
