@@ -3,6 +3,7 @@
 // timer; the splitter; the picture buttons' pressed and hover pictures.
 #include "browser/frm_main_window.h"
 #include "core/button_pictures.h"
+#include "core/frm_about_us.h"
 #include "core/settings.h"
 
 #include <algorithm>
@@ -152,6 +153,9 @@ void frmMainWindow::WireCommands() {
     On(background, "MouseMove", &frmMainWindow::ResetButtonImages);
   }
 
+  On("mnuHAboutus", "Click", [this](EventArgs&) {
+    app_.forms().Get<frmAboutUs>().Show(/*modal=*/true);
+  });
   On("mnuFile", "Click", &frmMainWindow::mnuFile_Click);
   On("mnuEdit", "Click", &frmMainWindow::mnuEdit_Click);
   On("mnuPhoto", "Click", &frmMainWindow::mnuPhoto_Click);

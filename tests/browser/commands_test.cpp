@@ -1,3 +1,4 @@
+#include "core/frm_about_us.h"
 #include "platform/forms/user_input.h"
 #include "tests/browser/main_window_fixture.h"
 
@@ -177,6 +178,17 @@ TEST_F(CommandsTest, PictureButtonsShowPressedAndHoverPictures) {
   EXPECT_TRUE(ends_with(w.imgTrash.Picture(), "20D.png"));
   user::MouseUp(w.imgTrash, 1, 5, 5);
   EXPECT_TRUE(ends_with(w.imgTrash.Picture(), "20N.png"));
+}
+
+TEST_F(CommandsTest, TheAboutBoxOpensFromTheHelpMenu) {
+  StartWith(1);
+  host().Queue("close the about box", [this] {
+    user::PressKeys(app().forms().Get<frmAboutUs>(), "{ESC}");
+  });
+  user::PickMenu(main().mnuHAboutus);
+  ASSERT_FALSE(host().ShownForms().empty());
+  EXPECT_EQ(host().ShownForms().back(), "frmAboutUs modal");
+  EXPECT_EQ(app().forms().Find<frmAboutUs>(), nullptr);
 }
 
 TEST_F(CommandsTest, CtrlDDeletesThePhotoOnDisplay) {
