@@ -16,6 +16,7 @@
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -243,7 +244,7 @@ class VipsImageOperations final : public ImageOperations {
         return 0;
       }
       // The photo's older thumbnails are stale now.
-      RemoveEntries(cache_folder_, prefix, suffix, name);
+      RemoveStaleEntries(prefix + suffix, name);
       buffer = entry.string();
       return 1;
     } catch (const vips::VError&) {
@@ -254,6 +255,7 @@ class VipsImageOperations final : public ImageOperations {
   }
 
   int DeleteThumbnailFile(const std::string& source) override {
+    index_.reset();
     try {
       return !source.empty() && RemoveEntries(cache_folder_,
                                               PhotoPrefix(Normalised(source)),
@@ -266,6 +268,7 @@ class VipsImageOperations final : public ImageOperations {
   }
 
   int DeleteThumbnailFolder(const std::string& folder) override {
+    index_.reset();
     try {
       return !folder.empty() && RemoveEntries(cache_folder_,
                                               FolderPrefix(Normalised(folder)),
@@ -278,6 +281,58 @@ class VipsImageOperations final : public ImageOperations {
   }
 
  private:
+  // The entries of the cache by photo and parameters ("<folder hash>-<photo
+  // hash>-" + "-<size>q<quality>.qpd"), read from the folder once, so that a
+  // new thumbnail finds its photo's stale ones without reading the whole
+  // folder each time (which made filling the cache for a large folder
+  // quadratic). Entries another process adds meanwhile are at worst left
+  // behind as stale files; a delete reads the folder afresh.
+  using CacheIndex = std::unordered_map<std::string, std::vector<std::string>>;
+
+  static std::string IndexKey(const std::string& name) {
+    // The photo's prefix is the first two parts; the parameters the rest
+    // after the state hash.
+    const size_t first = name.find('-');
+    const size_t second =
+        first == std::string::npos ? first : name.find('-', first + 1);
+    const size_t third =
+        second == std::string::npos ? second : name.find('-', second + 1);
+    if (third == std::string::npos) {
+      return {};
+    }
+    return name.substr(0, second + 1) + name.substr(third);
+  }
+
+  CacheIndex& Index() {
+    if (!index_) {
+      index_.emplace();
+      std::error_code error;
+      for (fs::directory_iterator it(cache_folder_, error), end;
+           !error && it != end; it.increment(error)) {
+        std::string name = it->path().filename().string();
+        if (EndsWith(name, kCacheSuffix)) {
+          std::string key = IndexKey(name);
+          if (!key.empty()) {
+            (*index_)[key].push_back(std::move(name));
+          }
+        }
+      }
+    }
+    return *index_;
+  }
+
+  // Removes the entries of `key` other than `keep`, which is now its only one.
+  void RemoveStaleEntries(const std::string& key, const std::string& keep) {
+    std::vector<std::string>& names = Index()[key];
+    for (const std::string& name : names) {
+      if (name != keep) {
+        std::error_code ignored;
+        fs::remove(fs::path(cache_folder_) / name, ignored);
+      }
+    }
+    names.assign(1, keep);
+  }
+
   bool MakeCacheFolder() const {
     std::error_code error;
     if (fs::is_directory(cache_folder_, error)) {
@@ -407,6 +462,7 @@ class VipsImageOperations final : public ImageOperations {
   }
 
   std::string cache_folder_;
+  std::optional<CacheIndex> index_;
   guint log_handler_;
 };
 
