@@ -218,10 +218,7 @@ void frmMainWindow::imgPrev_Click() {
 bool frmMainWindow::ThumbnailShowable(int index) const {
   // A photo further down whose control hasn't been loaded yet counts as shown:
   // its control is made when it is clicked.
-  return !ctrlQuilImage.Exists(index) ||
-         (ctrlQuilImage[index].Visible() &&
-          s_.gdicLoadedControls.Exists(index)) ||
-         index == 0;
+  return !ctrlQuilImage.Exists(index) || ctrlQuilImage[index].Visible();
 }
 
 void frmMainWindow::ClickThumbnail(int index) {

@@ -20,6 +20,18 @@ constexpr int kNameMargin = 500;
 constexpr int kNameLeft = 250;
 constexpr int kBackground = 206;
 
+// Removes the last character of UTF-8 text: its continuation bytes, then the
+// byte that starts it.
+void PopLastCharacter(std::string& text) {
+  while (!text.empty() &&
+         (static_cast<unsigned char>(text.back()) & 0xC0) == 0x80) {
+    text.pop_back();
+  }
+  if (!text.empty()) {
+    text.pop_back();
+  }
+}
+
 }  // namespace
 
 // --- geometry ----------------------------------------------------------------
@@ -507,15 +519,7 @@ void frmMainWindow::ShowPhotoName(const std::string& name) {
     std::string longer = shown + name.substr(at, next - at);
     if (host().TextWidth(longer, font) >= room) {
       while (!shown.empty() && host().TextWidth(shown + "...", font) >= room) {
-        shown.pop_back();
-        while (!shown.empty() &&
-               (static_cast<unsigned char>(shown.back()) & 0xC0) == 0x80) {
-          shown.pop_back();
-        }
-        if (!shown.empty() &&
-            (static_cast<unsigned char>(shown.back()) & 0xC0) == 0xC0) {
-          shown.pop_back();
-        }
+        PopLastCharacter(shown);
       }
       shown += "...";
       break;

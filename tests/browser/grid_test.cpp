@@ -264,7 +264,9 @@ TEST_F(GridTest, APhotoThatVanishedMakesTheFolderReadAgain) {
 
 TEST_F(GridTest, TheNameStripShortensLongNamesAndGrowsBack) {
   WritePhoto("Tom & Jerry.jpg");
-  const std::string long_name(120, 'n');
+  std::string long_name;
+  for (int i = 0; i < 60; ++i)
+    long_name += "\xC3\xA9" "a";  // "éa"
   WritePhoto(long_name + ".jpg");
   Start();
   frmMainWindow& w = main();
@@ -281,6 +283,18 @@ TEST_F(GridTest, TheNameStripShortensLongNamesAndGrowsBack) {
   EXPECT_LT(host().TextWidth(shown, w.txtFileName.font()),
             w.picDisplayImageCont.Width() - 500);
   EXPECT_EQ(w.txtFileName.Tag(), long_name);
+  // The shortened name is the longest whole-character start of the name
+  // that still fits with "...".
+  const std::string start = shown.substr(0, shown.size() - 3);
+  ASSERT_EQ(long_name.compare(0, start.size(), start), 0);
+  size_t next = start.size() + 1;
+  while (next < long_name.size() &&
+         (static_cast<unsigned char>(long_name[next]) & 0xC0) == 0x80) {
+    ++next;
+  }
+  EXPECT_GE(
+      host().TextWidth(long_name.substr(0, next) + "...", w.txtFileName.font()),
+      w.picDisplayImageCont.Width() - 500);
 
   // A wider window shows more of the name again.
   w.Move(0, 0, 30000, 12000);
