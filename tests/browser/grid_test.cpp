@@ -266,7 +266,9 @@ TEST_F(GridTest, TheNameStripShortensLongNamesAndGrowsBack) {
   WritePhoto("Tom & Jerry.jpg");
   std::string long_name;
   for (int i = 0; i < 60; ++i)
-    long_name += "\xC3\xA9" "a";  // "éa"
+    long_name +=
+        "\xC3\xA9"
+        "a";  // "éa"
   WritePhoto(long_name + ".jpg");
   Start();
   frmMainWindow& w = main();
