@@ -191,6 +191,24 @@ TEST_F(DesktopSmokeTest, TickingAndClearingPhotosFromTheEditMenu) {
   EXPECT_EQ(main_->lblPhotosSelect.Caption(), "0 of 3 photo(s) selected");
 }
 
+TEST_F(DesktopSmokeTest, TheSelectionButtonsAndCtrlATickEveryPhoto) {
+  QWidget* select_all = WidgetFor(main_->imgSelectAll);
+  QWidget* clear = WidgetFor(main_->imgClear);
+  ASSERT_NE(select_all, nullptr);
+  ASSERT_NE(clear, nullptr);
+  ASSERT_TRUE(select_all->isVisible());
+  QTest::mouseClick(select_all, Qt::LeftButton, {},
+                    select_all->rect().center());
+  EXPECT_EQ(session().gdicSelectedPhotos.Count(), 3);
+  QTest::mouseClick(clear, Qt::LeftButton, {}, clear->rect().center());
+  EXPECT_EQ(session().gdicSelectedPhotos.Count(), 0);
+  // The Edit menu's shortcut works from the window.
+  window_->activateWindow();
+  QTest::keyClick(window_, Qt::Key_A, Qt::ControlModifier);
+  EXPECT_EQ(session().gdicSelectedPhotos.Count(), 3);
+  EXPECT_EQ(main_->lblPhotosSelect.Caption(), "3 of 3 photo(s) selected");
+}
+
 TEST_F(DesktopSmokeTest, RenamingInPlaceRenamesTheFile) {
   QWidget* name = WidgetFor(main_->lblDisplayImageName);
   ASSERT_NE(name, nullptr);
