@@ -29,6 +29,7 @@
 #include <QScrollBar>
 #include <QTest>
 #include <QTimer>
+#include <QWindow>
 #include <gtest/gtest.h>
 
 namespace qbpd {
@@ -366,6 +367,9 @@ TEST_F(FormWindowTest, AModalFormHoldsItsCallerUntilItIsHidden) {
     FormWindow* w = host_->WindowOf(*dialog);
     ASSERT_NE(w, nullptr);
     EXPECT_TRUE(w->isModal());
+    // It stays above the window that opened it.
+    ASSERT_NE(w->windowHandle(), nullptr);
+    EXPECT_EQ(w->windowHandle()->transientParent(), window_->windowHandle());
     QTest::mouseClick(w->WidgetOf(dialog->cmdClose)->widget(), Qt::LeftButton);
   });
   QTest::mouseClick(WidgetFor(probe_->cmdDialog), Qt::LeftButton);

@@ -17,6 +17,7 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QTimer>
+#include <QWindow>
 
 #include <algorithm>
 #include <cmath>
@@ -148,6 +149,26 @@ int QtHost::MsgBox(const std::string& prompt,
   return AnswerOf(pressed);
 }
 
+void QtHost::KeepAboveOwner(FormWindow& window, const Form& form) {
+  // The owner is the form that was active before this one: the window
+  // manager keeps the modal window above it and places it over it.
+  for (auto it = active_forms_.rbegin(); it != active_forms_.rend(); ++it) {
+    if (*it == &form) {
+      continue;
+    }
+    FormWindow* owner = WindowOf(**it);
+    if (owner == nullptr || !owner->isVisible()) {
+      continue;
+    }
+    window.winId();
+    owner->winId();
+    if (window.windowHandle() != nullptr && owner->windowHandle() != nullptr) {
+      window.windowHandle()->setTransientParent(owner->windowHandle());
+    }
+    return;
+  }
+}
+
 void QtHost::ShowForm(Form& form, bool modal) {
   if (form.Visible()) {
     if (!modal) {
@@ -178,6 +199,9 @@ void QtHost::ShowForm(Form& form, bool modal) {
     return;  // its Activate or Resize unloaded it
   }
   guarded->Sync();
+  if (modal) {
+    KeepAboveOwner(*guarded, form);
+  }
   if (form.WindowState() == kWindowMaximized) {
     guarded->showMaximized();
   } else if (form.WindowState() == kWindowMinimized) {

@@ -42,6 +42,8 @@ class QtHost : public QObject, public Host {
 
   // The window of a loaded form, or nullptr.
   FormWindow* WindowOf(const Form& form) const;
+  // Makes the window of a modal `form` a transient of its owner's window.
+  void KeepAboveOwner(FormWindow& window, const Form& form);
   // Brings every window in step with its form, then, with no handler on the
   // stack, runs the idle hook. Widgets call it after each event they raise.
   void AfterEvent();
