@@ -230,8 +230,8 @@ PropertyInfo IndexedRoProperty(std::string name, R (C::*get)(int) const) {
                       nullptr};
 }
 
-// A control whose kind-specific properties live in one State struct, so that
-// copying a member of a control array is one assignment.
+// A control whose own properties (those of its kind) live in one State struct,
+// so that copying a member of a control array is one assignment.
 template <class State>
 class StatefulControl : public Control {
  public:

@@ -10,7 +10,7 @@
 namespace qbpd {
 namespace {
 
-using testing::BmpSpec;
+using testing::BmpLayout;
 using testing::EncodeBmp;
 
 constexpr std::uint64_t kNoLimit = 1'000'000;
@@ -38,25 +38,25 @@ BmpPixels Decode(const std::string& bytes, int shrink, BmpResult& result) {
 TEST(BmpReaderTest, DecodesEverySupportedLayoutPixelForPixel) {
   struct Case {
     const char* what;
-    BmpSpec spec;
+    BmpLayout layout;
   };
   // Odd widths make the rows padded to four bytes.
   const Case cases[] = {
-      {"24-bit bottom-up", BmpSpec(5, 3)},
-      {"24-bit top-down", BmpSpec(5, 3, 24, /*top_down_in=*/true)},
-      {"32-bit", BmpSpec(3, 4, 32)},
+      {"24-bit bottom-up", BmpLayout(5, 3)},
+      {"24-bit top-down", BmpLayout(5, 3, 24, /*top_down_in=*/true)},
+      {"32-bit", BmpLayout(3, 4, 32)},
       {"32-bit with bit masks",
-       BmpSpec(3, 2, 32, false, /*bit_fields_in=*/true)},
+       BmpLayout(3, 2, 32, false, /*bit_fields_in=*/true)},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
     BmpResult result;
-    const BmpPixels pixels = Decode(EncodeBmp(c.spec, Pattern), 1, result);
+    const BmpPixels pixels = Decode(EncodeBmp(c.layout, Pattern), 1, result);
     ASSERT_TRUE(result.ok()) << result.error;
-    ASSERT_EQ(pixels.width, c.spec.width);
-    ASSERT_EQ(pixels.height, c.spec.height);
-    for (int y = 0; y < c.spec.height; ++y) {
-      for (int x = 0; x < c.spec.width; ++x) {
+    ASSERT_EQ(pixels.width, c.layout.width);
+    ASSERT_EQ(pixels.height, c.layout.height);
+    for (int y = 0; y < c.layout.height; ++y) {
+      for (int x = 0; x < c.layout.width; ++x) {
         EXPECT_EQ(At(pixels, x, y), Pattern(x, y)) << x << "," << y;
       }
     }
@@ -64,13 +64,14 @@ TEST(BmpReaderTest, DecodesEverySupportedLayoutPixelForPixel) {
 }
 
 TEST(BmpReaderTest, MapsPaletteIndexesAndBlackensUnlistedOnes) {
-  BmpSpec spec(3, 2, 8);
-  spec.palette = {{255, 0, 0}, {0, 255, 0}, {10, 20, 30}};
+  BmpLayout layout(3, 2, 8);
+  layout.palette = {{255, 0, 0}, {0, 255, 0}, {10, 20, 30}};
   // Index 7 lies beyond the three listed colours.
   const int indexes[2][3] = {{0, 1, 2}, {2, 7, 0}};
   BmpResult result;
-  const BmpPixels pixels = Decode(
-      EncodeBmp(spec, [&](int x, int y) { return indexes[y][x]; }), 1, result);
+  const BmpPixels pixels =
+      Decode(EncodeBmp(layout, [&](int x, int y) { return indexes[y][x]; }), 1,
+             result);
   ASSERT_TRUE(result.ok()) << result.error;
   EXPECT_EQ(At(pixels, 0, 0), 0xFF0000u);
   EXPECT_EQ(At(pixels, 1, 0), 0x00FF00u);
@@ -83,10 +84,10 @@ TEST(BmpReaderTest, MapsPaletteIndexesAndBlackensUnlistedOnes) {
 TEST(BmpReaderTest, ShrinkAveragesBlocksIncludingPartialEdgeBlocks) {
   // 5 x 3 grey ramp, value 10 * (x + 5 * y); shrink 2 gives 3 x 2 with the
   // right column one pixel wide and the bottom row one pixel high.
-  const BmpSpec spec(5, 3);
+  const BmpLayout layout(5, 3);
   BmpResult result;
   const BmpPixels pixels = Decode(
-      EncodeBmp(spec,
+      EncodeBmp(layout,
                 [](int x, int y) {
                   const auto v = static_cast<std::uint32_t>(10 * (x + 5 * y));
                   return v << 16 | v << 8 | v;
@@ -107,7 +108,7 @@ TEST(BmpReaderTest, ShrinkAveragesBlocksIncludingPartialEdgeBlocks) {
 
 TEST(BmpReaderTest, ReadsHeaderWithoutPixels) {
   const std::string bytes =
-      EncodeBmp(BmpSpec(7, 4, 32, /*top_down_in=*/true), Pattern);
+      EncodeBmp(BmpLayout(7, 4, 32, /*top_down_in=*/true), Pattern);
   std::istringstream in(bytes);
   BmpInfo info;
   ASSERT_TRUE(ReadBmpInfo(in, kNoLimit, info).ok());
@@ -132,8 +133,8 @@ std::string Patch16(std::string bytes, std::size_t offset, std::uint16_t v) {
 }
 
 TEST(BmpReaderTest, RefusesBrokenAndUnsupportedFiles) {
-  const std::string good = EncodeBmp(BmpSpec(4, 4), Pattern);
-  BmpSpec paletted(4, 4, 8);
+  const std::string good = EncodeBmp(BmpLayout(4, 4), Pattern);
+  BmpLayout paletted(4, 4, 8);
   paletted.palette.assign(4, {1, 2, 3});
   const std::string good8 =
       EncodeBmp(paletted, [](int x, int) { return x % 4; });

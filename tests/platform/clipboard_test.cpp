@@ -78,7 +78,8 @@ TEST_F(ClipboardTest, BitmapsAndTransparentPngsArePastedAsJpegs) {
   // A bitmap is read by the program's own reader: left half white, right
   // half black.
   const fs::path bmp = dir_.WriteFile(
-      "half.bmp", testing::EncodeBmp(testing::BmpSpec(40, 20), [](int x, int) {
+      "half.bmp",
+      testing::EncodeBmp(testing::BmpLayout(40, 20), [](int x, int) {
         return x < 20 ? 0xFFFFFFu : 0x000000u;
       }));
   ASSERT_TRUE(clipboard_->SetImageFromFile(bmp.string()));

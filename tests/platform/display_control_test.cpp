@@ -64,7 +64,7 @@ void Save(const vips::VImage& image,
     const auto* rgb = static_cast<const std::uint8_t*>(memory.data());
     const int width = memory.width();
     const std::string bytes = testing::EncodeBmp(
-        testing::BmpSpec(width, memory.height()), [&](int x, int y) {
+        testing::BmpLayout(width, memory.height()), [&](int x, int y) {
           const std::uint8_t* p = rgb + (std::size_t{1} * y * width + x) * 3;
           return std::uint32_t{p[0]} << 16 | std::uint32_t{p[1]} << 8 | p[2];
         });
@@ -472,7 +472,7 @@ TEST_F(DisplayControlTest, RefusedFilesLeaveTheShownPhotoAlone) {
       dir_.WriteFile("half.jpg", jpeg.substr(0, jpeg.size() / 2)),
       // Headers claiming 17000 x 17000 pixels, with no pixels behind.
       dir_.WriteFile("huge.png", BlackPng(17000, 17000, false)),
-      dir_.WriteFile("huge.bmp", testing::EncodeBmp(testing::BmpSpec(1, 1),
+      dir_.WriteFile("huge.bmp", testing::EncodeBmp(testing::BmpLayout(1, 1),
                                                     [](int, int) { return 0u; })
                                      .replace(18, 8,
                                               std::string("\x68\x42\x00\x00"

@@ -60,7 +60,7 @@ void WritePhoto(const fs::path& path,
   if (ext == ".bmp") {
     std::ofstream out(path, std::ios::binary);
     out << testing::EncodeBmp(
-        testing::BmpSpec(width, height), [&](int x, int y) {
+        testing::BmpLayout(width, height), [&](int x, int y) {
           const std::uint8_t* p =
               &rgb[(static_cast<std::size_t>(y) * width + x) * 3];
           return static_cast<std::uint32_t>(p[0] << 16 | p[1] << 8 | p[2]);
@@ -294,7 +294,7 @@ TEST_F(ImageOperationsTest, RefusesBadInputLeavingNothingBehind) {
   // A bitmap header claiming 20000 x 20000 pixels (width at 18, height at
   // 22) over the rows of a 4 x 4 one.
   std::string bmp_huge =
-      testing::EncodeBmp(testing::BmpSpec(4, 4), [](int, int) { return 0u; });
+      testing::EncodeBmp(testing::BmpLayout(4, 4), [](int, int) { return 0u; });
   for (const std::size_t offset : {18u, 22u}) {
     bmp_huge.replace(offset, 4, std::string("\x20\x4E\0\0", 4));
   }

@@ -10,12 +10,12 @@
 namespace qbpd::testing {
 
 // What kind of Windows bitmap EncodeBmp writes.
-struct BmpSpec {
-  BmpSpec(int width_in,
-          int height_in,
-          int bits_in = 24,
-          bool top_down_in = false,
-          bool bit_fields_in = false)
+struct BmpLayout {
+  BmpLayout(int width_in,
+            int height_in,
+            int bits_in = 24,
+            bool top_down_in = false,
+            bool bit_fields_in = false)
       : width(width_in),
         height(height_in),
         bits(bits_in),
@@ -34,7 +34,7 @@ struct BmpSpec {
 
 // The bytes of a bitmap file. `pixel(x, y)` (y counted from the top) gives a
 // palette index for 8-bit files and 0xRRGGBB otherwise.
-std::string EncodeBmp(const BmpSpec& spec,
+std::string EncodeBmp(const BmpLayout& layout,
                       const std::function<std::uint32_t(int, int)>& pixel);
 
 }  // namespace qbpd::testing

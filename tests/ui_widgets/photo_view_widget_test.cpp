@@ -148,7 +148,7 @@ class PhotoViewWidgetTest : public ::testing::Test {
                          int height,
                          const std::string& name = "photo.bmp") {
     const std::string bytes =
-        EncodeBmp(BmpSpec(width, height), [&](int x, int y) {
+        EncodeBmp(BmpLayout(width, height), [&](int x, int y) {
           const QColor& c =
               kQuadrants[(y < height / 2 ? 0 : 2) + (x < width / 2 ? 0 : 1)];
           return static_cast<std::uint32_t>(c.rgb() & 0xFFFFFF);
