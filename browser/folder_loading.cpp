@@ -30,17 +30,6 @@ std::string WithSeparator(std::string path) {
   return path;
 }
 
-std::string DoubleAmpersands(const std::string& text) {
-  std::string out;
-  for (char c : text) {
-    out += c;
-    if (c == '&') {
-      out += '&';
-    }
-  }
-  return out;
-}
-
 // The name of a folder as the file system gives it; the root's own text when
 // it has none.
 std::string FolderName(const std::string& folder) {
@@ -144,7 +133,7 @@ void frmMainWindow::ShowFolderLabel(const std::string& selected) {
                                                : name.substr(0, 15) + "...");
 }
 
-void frmMainWindow::ResetPhotoModel() {
+void frmMainWindow::UnloadGridControls() {
   for (int key : s_.gdicLoadedControls.Keys()) {
     if (key != 0 && ctrlQuilImage.Exists(key)) {
       ctrlQuilImage.Unload(key);
@@ -155,6 +144,10 @@ void frmMainWindow::ResetPhotoModel() {
   s_.gdicLoadedControls.RemoveAll();
   s_.gdicDeletedIndexes.RemoveAll();
   s_.gdicSelectedPhotos.RemoveAll();
+}
+
+void frmMainWindow::ResetPhotoModel() {
+  UnloadGridControls();
   s_.giNextPhotoIndex = 0;
   s_.giPhotoCount = 0;
 }
@@ -163,16 +156,7 @@ void frmMainWindow::ResetGrid() {
   Thumbnail& first = ctrlQuilImage[0];
   first.SetVisible(false);
   first.SetCheck(false, false);
-  for (int key : s_.gdicLoadedControls.Keys()) {
-    if (key != 0 && ctrlQuilImage.Exists(key)) {
-      ctrlQuilImage.Unload(key);
-    }
-  }
-  host().DoEvents();
-  s_.gdicPhotoList.RemoveAll();
-  s_.gdicLoadedControls.RemoveAll();
-  s_.gdicDeletedIndexes.RemoveAll();
-  s_.gdicSelectedPhotos.RemoveAll();
+  UnloadGridControls();
   picImagelistInnerCont.SetHeight(picImageListCont.Height() -
                                   cmdImageListHead.Height());
   first.SetTop(kFirstThumbnailTop);

@@ -259,6 +259,9 @@ class frmMainWindow : public Form {
   void tmrDblClick_Timer();
   void ShowFolderLabel(const std::string& selected);
   void ResetGrid();
+  // Unloads every thumbnail control but member 0 and empties the photo list,
+  // the selection and the loaded and deleted indexes.
+  void UnloadGridControls();
   void RemakeThumbnailFolder();
   void ctrlQuilImage_Click(EventArgs& e);
   void ctrlQuilImage_CheckClick(int index);
@@ -298,6 +301,11 @@ class frmMainWindow : public Form {
   void mnuERefresh_Click();
   void mnuFExit_Click();
   void mnuHHelp_Click();
+  // A folder as the recent list keeps it: the Desktop's path for "Desktop",
+  // without a trailing separator.
+  std::string RecentFolderEntry(std::string folder) const;
+  // Takes `entry` out of the recent list, if it is there.
+  void ForgetRecentFolder(const std::string& entry);
   // Sets lstFiles to the photos of `folder`; their count.
   int ListPhotoFiles(const std::string& folder);
 

@@ -528,20 +528,13 @@ void frmMainWindow::ShowPhotoName(const std::string& name) {
     at = next;
   }
   txtFileName.SetText(shown);
-  std::string label;
-  for (char c : shown) {
-    label += c;
-    if (c == '&') {
-      label += '&';
-    }
-  }
   picImageText.SetWidth(picDisplayImageCont.Width());
   picImageText.SetHeight(txtFileName.Height() + 40);
   txtFileName.SetLeft(kNameLeft);
   txtFileName.SetWidth(picImageText.Width() - kNameMargin);
   lblDisplayImageName.SetLeft(kNameLeft);
   lblDisplayImageName.SetWidth(picImageText.Width() - kNameMargin);
-  lblDisplayImageName.SetCaption(label);
+  lblDisplayImageName.SetCaption(DoubleAmpersands(shown));
   lblDisplayImageName.SetVisible(true);
   txtFileName.SetVisible(false);
 }

@@ -35,17 +35,6 @@ bool MatchesFileList(const std::string& path) {
   return false;
 }
 
-std::string DoubleAmpersands(const std::string& text) {
-  std::string out;
-  for (char c : text) {
-    out += c;
-    if (c == '&') {
-      out += '&';
-    }
-  }
-  return out;
-}
-
 }  // namespace
 
 int frmMainWindow::ListPhotoFiles(const std::string& folder) {
@@ -76,21 +65,30 @@ void frmMainWindow::LoadRecentFolders() {
   }
 }
 
+std::string frmMainWindow::RecentFolderEntry(std::string folder) const {
+  if (folder == kDesktop) {
+    folder = s_.gsDesktopPath;
+  }
+  return WithoutSeparator(folder);
+}
+
+void frmMainWindow::ForgetRecentFolder(const std::string& entry) {
+  for (int i = 1; i <= mcolRecentFolders.Count(); ++i) {
+    if (mcolRecentFolders.Item(i) == entry) {
+      mcolRecentFolders.Remove(i);
+      break;
+    }
+  }
+}
+
 void frmMainWindow::WriteRecentFolder(std::string folder) {
   if (folder.size() > kMaxFolderText) {
     return;
   }
-  if (folder == kDesktop) {
-    folder = s_.gsDesktopPath;
-  }
-  folder = WithoutSeparator(folder);
+  folder = RecentFolderEntry(folder);
   if (!folder.empty()) {
-    for (int i = 1; i <= mcolRecentFolders.Count(); ++i) {
-      if (mcolRecentFolders.Item(i) == folder) {
-        mcolRecentFolders.Remove(i);
-        break;
-      }
-    }
+    ForgetRecentFolder(folder);
+    // The keys ignore case: a folder written otherwise goes too.
     if (mcolRecentFolders.Exists(folder)) {
       mcolRecentFolders.Remove(folder);
     }
@@ -161,17 +159,9 @@ void frmMainWindow::WriteRecentFolder(std::string folder) {
 }
 
 void frmMainWindow::RemoveRecentFolder(std::string folder) {
-  if (folder == kDesktop) {
-    folder = s_.gsDesktopPath;
-  }
-  folder = WithoutSeparator(folder);
+  folder = RecentFolderEntry(folder);
   if (!folder.empty()) {
-    for (int i = 1; i <= mcolRecentFolders.Count(); ++i) {
-      if (mcolRecentFolders.Item(i) == folder) {
-        mcolRecentFolders.Remove(i);
-        break;
-      }
-    }
+    ForgetRecentFolder(folder);
   } else {
     while (mcolRecentFolders.Count() > std::max(s_.giNoOfRecentFolders, 0)) {
       mcolRecentFolders.Remove(mcolRecentFolders.Count());

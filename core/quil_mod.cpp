@@ -60,6 +60,17 @@ std::string FileNamePart(std::string_view path) {
                                                      : path.substr(slash + 1));
 }
 
+std::string DoubleAmpersands(std::string_view text) {
+  std::string out;
+  for (char c : text) {
+    out += c;
+    if (c == '&') {
+      out += '&';
+    }
+  }
+  return out;
+}
+
 std::string BaseName(std::string_view path) {
   std::string name = FileNamePart(path);
   size_t dot = name.rfind('.');

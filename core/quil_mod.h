@@ -51,6 +51,9 @@ std::string UpperExtension(std::string_view path);
 bool IsPhotoExtension(std::string_view upper_extension);
 // The file name part of a path (after the last "/").
 std::string FileNamePart(std::string_view path);
+// The text as a caption shows it literally: each "&" doubled, so that none
+// is taken for an access key.
+std::string DoubleAmpersands(std::string_view text);
 // The file name without its extension (the text before the last ".").
 std::string BaseName(std::string_view path);
 // The parent folder of a path, with its separator.

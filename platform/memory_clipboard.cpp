@@ -2,6 +2,8 @@
 #include "platform/atomic_file.h"
 #include "platform/bmp_reader.h"
 #include "platform/clipboard.h"
+#include "platform/photo_kind.h"
+#include "platform/vips_jpeg.h"
 
 #include <vips/vips8>
 
@@ -25,48 +27,22 @@ constexpr std::uint64_t kMaxPixels = 256'000'000;
 constexpr int kPasteQuality = 92;
 constexpr char kLoaderOptions[] = "fail_on=error";
 
-// The libvips loader that must claim a file, found from its first bytes;
-// nothing for a bitmap (read here) or an unknown kind. Other loaders, such as
-// ImageMagick's, are never handed a file.
-std::optional<std::string_view> ExpectedLoader(const std::uint8_t* head,
-                                               std::size_t size) {
-  static constexpr std::array<std::uint8_t, 8> kPng = {0x89, 'P',  'N',  'G',
-                                                       0x0D, 0x0A, 0x1A, 0x0A};
-  if (size >= 3 && head[0] == 0xFF && head[1] == 0xD8 && head[2] == 0xFF) {
-    return "jpegload";
-  }
-  if (size >= kPng.size() && std::equal(kPng.begin(), kPng.end(), head)) {
-    return "pngload";
-  }
-  if (size >= 4 &&
-      ((head[0] == 'I' && head[1] == 'I' && head[2] == 42 && head[3] == 0) ||
-       (head[0] == 'M' && head[1] == 'M' && head[2] == 0 && head[3] == 42))) {
-    return "tiffload";
+// The libvips loader that must claim a photo of `kind`; nothing for a bitmap
+// (read here) or an unknown kind. Other loaders, such as ImageMagick's, are
+// never handed a file.
+std::optional<std::string_view> ExpectedLoader(PhotoKind kind) {
+  switch (kind) {
+    case PhotoKind::kJpeg:
+      return "jpegload";
+    case PhotoKind::kPng:
+      return "pngload";
+    case PhotoKind::kTiff:
+      return "tiffload";
+    case PhotoKind::kBmp:
+    case PhotoKind::kOther:
+      break;
   }
   return std::nullopt;
-}
-
-bool IsBitmap(const std::uint8_t* head, std::size_t size) {
-  return size >= 2 && head[0] == 'B' && head[1] == 'M';
-}
-
-// Eight-bit sRGB or grey without transparency, as a JPEG holds it.
-vips::VImage ForJpeg(vips::VImage image) {
-  if (image.has_alpha()) {
-    image = image.flatten(
-        vips::VImage::option()->set("background", std::vector<double>{255.0}));
-  }
-  const VipsInterpretation interpretation = image.interpretation();
-  if (interpretation == VIPS_INTERPRETATION_B_W ||
-      interpretation == VIPS_INTERPRETATION_GREY16) {
-    image = image.colourspace(VIPS_INTERPRETATION_B_W);
-  } else if (interpretation != VIPS_INTERPRETATION_sRGB) {
-    image = image.colourspace(VIPS_INTERPRETATION_sRGB);
-  }
-  if (image.format() != VIPS_FORMAT_UCHAR) {
-    image = image.cast(VIPS_FORMAT_UCHAR);
-  }
-  return image;
 }
 
 std::optional<vips::VImage> LoadWithVips(const std::string& path,
@@ -200,11 +176,11 @@ class MemoryClipboard final : public Clipboard {
       }
       head_size = static_cast<std::size_t>(got);
     }
-    if (IsBitmap(head.data(), head_size)) {
+    const PhotoKind kind = SniffPhotoKind(head.data(), head_size);
+    if (kind == PhotoKind::kBmp) {
       return LoadBitmap(path);
     }
-    std::optional<std::string_view> loader =
-        ExpectedLoader(head.data(), head_size);
+    std::optional<std::string_view> loader = ExpectedLoader(kind);
     if (!loader) {
       return std::nullopt;
     }

@@ -1,5 +1,6 @@
 #include "platform/bmp_reader.h"
 #include "platform/display_model.h"
+#include "platform/photo_kind.h"
 
 #include <turbojpeg.h>
 #include <vips/vips8>
@@ -36,31 +37,13 @@ constexpr double kBackgroundGrey = 206.0;
 constexpr int kMaxJpegShrink = 8;
 constexpr int kMaxOtherShrink = 64;
 
-enum class PhotoKind { kJpeg, kPng, kTiff, kBmp };
-
-// Tells the kind of a file from its first bytes, whatever its name says.
+// The kind of a photo file; nothing for a file the view doesn't show.
 std::optional<PhotoKind> SniffKind(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::array<unsigned char, 8> head{};
-  in.read(reinterpret_cast<char*>(head.data()), head.size());
-  const std::streamsize got = in.gcount();
-  if (got >= 3 && head[0] == 0xFF && head[1] == 0xD8 && head[2] == 0xFF) {
-    return PhotoKind::kJpeg;
+  const PhotoKind kind = SniffPhotoFile(path);
+  if (kind == PhotoKind::kOther) {
+    return std::nullopt;
   }
-  static constexpr std::array<unsigned char, 8> kPngSignature = {
-      0x89, 'P', 'N', 'G', 0x0D, 0x0A, 0x1A, 0x0A};
-  if (got >= 8 && head == kPngSignature) {
-    return PhotoKind::kPng;
-  }
-  if (got >= 4 &&
-      ((head[0] == 'I' && head[1] == 'I' && head[2] == 42 && head[3] == 0) ||
-       (head[0] == 'M' && head[1] == 'M' && head[2] == 0 && head[3] == 42))) {
-    return PhotoKind::kTiff;
-  }
-  if (got >= 2 && head[0] == 'B' && head[1] == 'M') {
-    return PhotoKind::kBmp;
-  }
-  return std::nullopt;
+  return kind;
 }
 
 // How the stored pixels are turned to stand upright: a clockwise turn, then
@@ -137,9 +120,10 @@ vips::VImage OpenLazily(const std::string& path,
     case PhotoKind::kTiff:
       return vips::VImage::tiffload(path.c_str(), options);
     case PhotoKind::kBmp:
+    case PhotoKind::kOther:
       break;
   }
-  throw vips::VError("the bitmap reader reads bitmaps");
+  throw vips::VError("not a kind that libvips opens here");
 }
 
 std::optional<PhotoHeader> ReadHeader(const std::string& path) {
@@ -347,6 +331,8 @@ vips::VImage DecodeStored(const std::string& path,
       }
       return image.copy_memory();
     }
+    case PhotoKind::kOther:
+      break;
     case PhotoKind::kBmp: {
       const int shrink = BoxShrink(header, needed, kMaxOtherShrink);
       std::ifstream in(path, std::ios::binary);

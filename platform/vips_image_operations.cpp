@@ -1,6 +1,8 @@
 #include "platform/atomic_file.h"
 #include "platform/bmp_reader.h"
 #include "platform/image_operations.h"
+#include "platform/photo_kind.h"
+#include "platform/vips_jpeg.h"
 
 #include <vips/vips8>
 
@@ -32,29 +34,6 @@ constexpr char kCacheSuffix[] = ".qpd";
 // Loaders are asked to give up on a truncated file or a serious decoding
 // error, so a broken photo fails instead of turning grey halfway down.
 constexpr char kLoaderOptions[] = "fail_on=error";
-
-enum class PhotoKind { kJpeg, kPng, kTiff, kBmp, kOther };
-
-// Tells the kind of a file from its first bytes, whatever its name says.
-PhotoKind SniffKind(const std::uint8_t* head, std::size_t size) {
-  static constexpr std::array<std::uint8_t, 8> kPng = {0x89, 'P',  'N',  'G',
-                                                       0x0D, 0x0A, 0x1A, 0x0A};
-  if (size >= 3 && head[0] == 0xFF && head[1] == 0xD8 && head[2] == 0xFF) {
-    return PhotoKind::kJpeg;
-  }
-  if (size >= kPng.size() && std::equal(kPng.begin(), kPng.end(), head)) {
-    return PhotoKind::kPng;
-  }
-  if (size >= 4 &&
-      ((head[0] == 'I' && head[1] == 'I' && head[2] == 42 && head[3] == 0) ||
-       (head[0] == 'M' && head[1] == 'M' && head[2] == 0 && head[3] == 42))) {
-    return PhotoKind::kTiff;
-  }
-  if (size >= 2 && head[0] == 'B' && head[1] == 'M') {
-    return PhotoKind::kBmp;
-  }
-  return PhotoKind::kOther;
-}
 
 // The libvips loader that must claim a file of `kind`; any other loader
 // (ImageMagick's above all) is never given a photo.
@@ -154,26 +133,6 @@ bool RemoveEntries(const std::string& folder,
     }
   }
   return removed;
-}
-
-// Converts a thumbnail to something a baseline JPEG holds: 8-bit sRGB or
-// grey, with any transparency laid on white.
-vips::VImage ForJpeg(vips::VImage image) {
-  if (image.has_alpha()) {
-    image = image.flatten(
-        vips::VImage::option()->set("background", std::vector<double>{255.0}));
-  }
-  const VipsInterpretation interpretation = image.interpretation();
-  if (interpretation == VIPS_INTERPRETATION_B_W ||
-      interpretation == VIPS_INTERPRETATION_GREY16) {
-    image = image.colourspace(VIPS_INTERPRETATION_B_W);
-  } else if (interpretation != VIPS_INTERPRETATION_sRGB) {
-    image = image.colourspace(VIPS_INTERPRETATION_sRGB);
-  }
-  if (image.format() != VIPS_FORMAT_UCHAR) {
-    image = image.cast(VIPS_FORMAT_UCHAR);
-  }
-  return image;
 }
 
 // Swallows libvips' own warnings while the image library lives: a broken
@@ -367,7 +326,7 @@ class VipsImageOperations final : public ImageOperations {
       return std::nullopt;
     }
     const PhotoKind kind =
-        SniffKind(head.data(), static_cast<std::size_t>(head_size));
+        SniffPhotoKind(head.data(), static_cast<std::size_t>(head_size));
 
     std::optional<vips::VImage> thumbnail;
     // Kept alive until the JPEG is encoded: the bitmap's pixels are not
