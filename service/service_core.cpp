@@ -1188,24 +1188,38 @@ PageResult ServiceCore::ForgotPasswordPage() {
                         "password.</p>")};
 }
 
-PageResult ServiceCore::AlbumPage(const std::string& album_id,
-                                  const std::string& code) {
-  std::lock_guard lock(mutex_);
+std::optional<ServiceCore::PageAlbum> ServiceCore::AlbumOfPage(
+    const std::string& album_id,
+    const std::string& code,
+    PageResult& refusal) {
   const auto account = Authenticate(code);
   if (!account) {
-    return Refused();
+    refusal = Refused();
+    return std::nullopt;
   }
   const auto album = OwnAlbum(*account, album_id);
   if (!album) {
-    return NotFound("Album not found");
+    refusal = NotFound("Album not found");
+    return std::nullopt;
   }
   auto name_row = db_->Prepare("SELECT name FROM albums WHERE id = ?");
   name_row.Bind(1, *album);
   name_row.Step();
+  return PageAlbum{*account, *album, name_row.Text(0)};
+}
+
+PageResult ServiceCore::AlbumPage(const std::string& album_id,
+                                  const std::string& code) {
+  std::lock_guard lock(mutex_);
+  PageResult refusal;
+  const auto album = AlbumOfPage(album_id, code, refusal);
+  if (!album) {
+    return refusal;
+  }
   std::string body = "<ul class=\"photos\">\n";
   auto rows = db_->Prepare(
       "SELECT id, original_name FROM photos WHERE album_id = ? ORDER BY id");
-  rows.Bind(1, *album);
+  rows.Bind(1, album->id);
   int count = 0;
   while (rows.Step()) {
     ++count;
@@ -1219,28 +1233,22 @@ PageResult ServiceCore::AlbumPage(const std::string& album_id,
             "</li>\n";
   }
   body += "</ul>\n<p>" + std::to_string(count) + " photo(s)</p>";
-  return {200, HtmlPage(name_row.Text(0), body)};
+  return {200, HtmlPage(album->name, body)};
 }
 
 PageResult ServiceCore::AddressBookPage(const std::string& album_id,
                                         const std::string& code) {
   std::lock_guard lock(mutex_);
-  const auto account = Authenticate(code);
-  if (!account) {
-    return Refused();
-  }
-  const auto album = OwnAlbum(*account, album_id);
+  PageResult refusal;
+  const auto album = AlbumOfPage(album_id, code, refusal);
   if (!album) {
-    return NotFound("Album not found");
+    return refusal;
   }
-  auto name_row = db_->Prepare("SELECT name FROM albums WHERE id = ?");
-  name_row.Bind(1, *album);
-  name_row.Step();
-  std::string body = "<h2>Album</h2>\n<p>" + EscapeHtml(name_row.Text(0)) +
+  std::string body = "<h2>Album</h2>\n<p>" + EscapeHtml(album->name) +
                      "</p>\n<h2>Address book</h2>\n<ul>\n";
   auto emails = db_->Prepare(
       "SELECT email FROM address_book WHERE account_id = ? ORDER BY rowid");
-  emails.Bind(1, *account);
+  emails.Bind(1, album->account);
   while (emails.Step()) {
     body += "<li>" + EscapeHtml(emails.Text(0)) + "</li>\n";
   }
@@ -1248,7 +1256,7 @@ PageResult ServiceCore::AddressBookPage(const std::string& album_id,
   auto shares = db_->Prepare(
       "SELECT access, subject, accepted FROM shares WHERE album_id = ? "
       "ORDER BY id");
-  shares.Bind(1, *album);
+  shares.Bind(1, album->id);
   while (shares.Step()) {
     body += "<li>" +
             std::string(shares.Text(0) == "1" ? "full access"

@@ -106,6 +106,16 @@ class ServiceCore {
 
   std::optional<std::int64_t> OwnAlbum(std::int64_t account,
                                        const std::string& album_id);
+  // The album a page shows, when `code` is a session of its owner; otherwise
+  // `refusal` holds the page to answer with.
+  struct PageAlbum {
+    std::int64_t account;
+    std::int64_t id;
+    std::string name;
+  };
+  std::optional<PageAlbum> AlbumOfPage(const std::string& album_id,
+                                       const std::string& code,
+                                       PageResult& refusal);
 
   ServiceOptions options_;
   std::mutex mutex_;
