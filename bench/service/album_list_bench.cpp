@@ -6,6 +6,7 @@
 #include "platform/forms/scripted_host.h"
 #include "tests/online/service_process.h"
 #include "tests/online/test_photos.h"
+#include "tests/support/temp_dir.h"
 
 #include <algorithm>
 #include <atomic>
@@ -38,28 +39,6 @@ struct Options {
   int rounds = 3;
   // Another build of the service, to compare two of them.
   std::string service = QBPD_SERVICE_PROGRAM;
-};
-
-class ScratchFolder {
- public:
-  ScratchFolder() {
-    std::string pattern =
-        (fs::temp_directory_path() / "qbpd-service-bench-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr) {
-      throw std::runtime_error("mkdtemp failed");
-    }
-    path_ = pattern;
-  }
-  ~ScratchFolder() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
-  }
-  ScratchFolder(const ScratchFolder&) = delete;
-  ScratchFolder& operator=(const ScratchFolder&) = delete;
-  const fs::path& path() const { return path_; }
-
- private:
-  fs::path path_;
 };
 
 // One simulated program: its own host, client and session code.
@@ -173,7 +152,7 @@ Options ParseOptions(int argc, char** argv) {
 
 int Main(int argc, char** argv) {
   const Options options = ParseOptions(argc, argv);
-  ScratchFolder scratch;
+  testing::TempDir scratch;
   testing::ServiceProcess service(options.service, scratch.path() / "service",
                                   {"--seed-demo"});
   if (!service.ok()) {

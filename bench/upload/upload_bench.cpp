@@ -8,6 +8,7 @@
 #include "platform/http_transport.h"
 #include "tests/online/service_process.h"
 #include "tests/online/test_photos.h"
+#include "tests/support/temp_dir.h"
 
 #include <algorithm>
 #include <chrono>
@@ -44,29 +45,6 @@ struct Options {
   int photos = 100;
   int rounds = 3;
   std::string curl = "curl";
-};
-
-// A private folder, removed with everything in it at the end.
-class ScratchFolder {
- public:
-  ScratchFolder() {
-    std::string pattern =
-        (fs::temp_directory_path() / "qbpd-upload-bench-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr) {
-      throw std::runtime_error("mkdtemp failed");
-    }
-    path_ = pattern;
-  }
-  ~ScratchFolder() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
-  }
-  ScratchFolder(const ScratchFolder&) = delete;
-  ScratchFolder& operator=(const ScratchFolder&) = delete;
-  const fs::path& path() const { return path_; }
-
- private:
-  fs::path path_;
 };
 
 // One run's outcome: how long it took and how many photos the service took.
@@ -233,7 +211,7 @@ Options ParseOptions(int argc, char** argv) {
 
 int Main(int argc, char** argv) {
   const Options options = ParseOptions(argc, argv);
-  ScratchFolder scratch;
+  testing::TempDir scratch;
   const fs::path photo_folder = scratch.path() / "photos";
   fs::create_directories(photo_folder);
 
