@@ -10,6 +10,7 @@
 // second starts the program again on the same folder (every thumbnail is in
 // the cache).
 #include "app/program/program.h"
+#include "bench/ui/photo_folder.h"
 #include "browser/frm_main_window.h"
 #include "core/settings.h"
 #include "platform/display_model.h"
@@ -47,29 +48,6 @@ long PeakRssKb() {
   rusage usage{};
   getrusage(RUSAGE_SELF, &usage);
   return usage.ru_maxrss;
-}
-
-void MakeFolder(const Options& o, const fs::path& folder) {
-  fs::create_directories(folder);
-  std::vector<fs::path> originals;
-  for (int d = 0; d < o.distinct; ++d) {
-    // A gradient with noise, so that JPEG decoding has real work to do.
-    vips::VImage noise = vips::VImage::gaussnoise(
-        o.width, o.height, vips::VImage::option()->set("sigma", 40.0));
-    vips::VImage x = vips::VImage::xyz(o.width, o.height)[0];
-    vips::VImage image = vips::VImage::bandjoin(
-        {(x * (255.0 / o.width) + noise).cast(VIPS_FORMAT_UCHAR),
-         (noise + 40 + d * 5).cast(VIPS_FORMAT_UCHAR),
-         (x * (-255.0 / o.width) + 255 + noise).cast(VIPS_FORMAT_UCHAR)});
-    fs::path path = folder / ("original" + std::to_string(d) + ".jpg");
-    image.jpegsave(path.c_str(), vips::VImage::option()->set("Q", 85));
-    originals.push_back(path);
-  }
-  for (int i = o.distinct; i < o.photos; ++i) {
-    char name[32];
-    std::snprintf(name, sizeof name, "photo%05d.jpg", i);
-    fs::create_hard_link(originals[i % o.distinct], folder / name);
-  }
 }
 
 struct Pass {
@@ -168,7 +146,7 @@ int main(int argc, char** argv) {
   fs::path folder = root / "Pictures" / "Many";
   std::printf("making %d photos of %dx%d (%d distinct) in %s\n", o.photos,
               o.width, o.height, o.distinct, folder.c_str());
-  MakeFolder(o, folder);
+  qbpd::bench::MakePhotoFolder(folder, o.photos, o.distinct, o.width, o.height);
   Report("thumbnails made", ScrollThrough(root, folder));
   Report("thumbnails cached", ScrollThrough(root, folder));
   if (o.dir.empty())
