@@ -5,6 +5,7 @@
 #include "platform/forms/keys.h"
 #include "platform/places.h"
 #include "ui/qt/control_widget.h"
+#include "ui/qt/qt_convert.h"
 #include "ui/qt/widget_handle.h"
 
 #include <QAbstractItemModel>
@@ -205,12 +206,6 @@ int KeyCodeOf(const QKeyEvent& event) {
                  ? key
                  : 0;
   }
-}
-
-int ShiftOf(Qt::KeyboardModifiers m) {
-  return (m & Qt::ShiftModifier ? kShiftMask : 0) |
-         (m & Qt::ControlModifier ? kCtrlMask : 0) |
-         (m & Qt::AltModifier ? kAltMask : 0);
 }
 
 }  // namespace

@@ -40,47 +40,6 @@
 namespace qbpd {
 namespace {
 
-int ButtonOf(Qt::MouseButton button) {
-  switch (button) {
-    case Qt::LeftButton:
-      return 1;
-    case Qt::RightButton:
-      return 2;
-    case Qt::MiddleButton:
-      return 4;
-    default:
-      return 0;
-  }
-}
-
-int ButtonsOf(Qt::MouseButtons buttons) {
-  int out = 0;
-  if (buttons & Qt::LeftButton) {
-    out |= 1;
-  }
-  if (buttons & Qt::RightButton) {
-    out |= 2;
-  }
-  if (buttons & Qt::MiddleButton) {
-    out |= 4;
-  }
-  return out;
-}
-
-int ShiftOf(Qt::KeyboardModifiers modifiers) {
-  int out = 0;
-  if (modifiers & Qt::ShiftModifier) {
-    out |= kShiftMask;
-  }
-  if (modifiers & Qt::ControlModifier) {
-    out |= kCtrlMask;
-  }
-  if (modifiers & Qt::AltModifier) {
-    out |= kAltMask;
-  }
-  return out;
-}
-
 void SetRole(QWidget* w, QPalette::ColorRole role, long color) {
   if (IsSystemColor(color)) {
     return;

@@ -6,6 +6,7 @@
 #include "platform/forms/host.h"
 #include "platform/forms/keys.h"
 #include "ui/qt/control_widget.h"
+#include "ui/qt/qt_convert.h"
 #include "ui/qt/widget_handle.h"
 
 #include <QKeyEvent>
@@ -29,25 +30,6 @@ namespace {
 constexpr int kScrollStepPx = 40;
 // A wheel reports 120 for one notch.
 constexpr int kWheelNotch = 120;
-
-int ButtonOf(Qt::MouseButton b) {
-  switch (b) {
-    case Qt::LeftButton:
-      return 1;
-    case Qt::RightButton:
-      return 2;
-    case Qt::MiddleButton:
-      return 4;
-    default:
-      return 0;
-  }
-}
-
-int ShiftOf(Qt::KeyboardModifiers m) {
-  return (m & Qt::ShiftModifier ? kShiftMask : 0) |
-         (m & Qt::ControlModifier ? kCtrlMask : 0) |
-         (m & Qt::AltModifier ? kAltMask : 0);
-}
 
 // The value that keeps the same fraction of the picture at the centre of a
 // view `view` wide when the picture goes from `old_shown` to `new_shown`.

@@ -1,6 +1,7 @@
 #include "ui/qt/qt_convert.h"
 
 #include "platform/forms/host.h"
+#include "platform/forms/keys.h"
 
 #include <QApplication>
 
@@ -263,6 +264,47 @@ int Utf16Offset(const QString& text, int utf8_offset) {
   QByteArray bytes = text.toUtf8();
   utf8_offset = std::clamp(utf8_offset, 0, static_cast<int>(bytes.size()));
   return static_cast<int>(QString::fromUtf8(bytes.left(utf8_offset)).size());
+}
+
+int ButtonOf(Qt::MouseButton button) {
+  switch (button) {
+    case Qt::LeftButton:
+      return 1;
+    case Qt::RightButton:
+      return 2;
+    case Qt::MiddleButton:
+      return 4;
+    default:
+      return 0;
+  }
+}
+
+int ButtonsOf(Qt::MouseButtons buttons) {
+  int out = 0;
+  if (buttons & Qt::LeftButton) {
+    out |= 1;
+  }
+  if (buttons & Qt::RightButton) {
+    out |= 2;
+  }
+  if (buttons & Qt::MiddleButton) {
+    out |= 4;
+  }
+  return out;
+}
+
+int ShiftOf(Qt::KeyboardModifiers modifiers) {
+  int out = 0;
+  if (modifiers & Qt::ShiftModifier) {
+    out |= kShiftMask;
+  }
+  if (modifiers & Qt::ControlModifier) {
+    out |= kCtrlMask;
+  }
+  if (modifiers & Qt::AltModifier) {
+    out |= kAltMask;
+  }
+  return out;
 }
 
 }  // namespace qbpd

@@ -18,6 +18,13 @@ struct Font;
 // SendKeys text) and Qt's. Free of widgets, so that they can be checked
 // without a display.
 
+// A mouse button as an event's Button (1 left, 2 right, 4 middle), the
+// buttons held as their sum, and the modifiers as an event's Shift (1 Shift,
+// 2 Ctrl, 4 Alt).
+int ButtonOf(Qt::MouseButton button);
+int ButtonsOf(Qt::MouseButtons buttons);
+int ShiftOf(Qt::KeyboardModifiers modifiers);
+
 // Twips to logical pixels and back (15 twips to a pixel; Qt's device pixel
 // ratio takes care of high density).
 int TwipsToPixels(int twips);

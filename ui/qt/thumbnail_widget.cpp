@@ -4,6 +4,7 @@
 #include "platform/forms/host.h"
 #include "platform/forms/keys.h"
 #include "ui/qt/control_widget.h"
+#include "ui/qt/qt_convert.h"
 #include "ui/qt/widget_handle.h"
 
 #include <QFileInfo>
@@ -29,19 +30,6 @@ constexpr int kFramePx = 2;
 constexpr int kCheckRowPx = 18;
 // A click this close to the check box still hits it.
 constexpr int kCheckSlopPx = 3;
-
-int MouseButton(Qt::MouseButton b) {
-  switch (b) {
-    case Qt::LeftButton:
-      return 1;
-    case Qt::RightButton:
-      return 2;
-    case Qt::MiddleButton:
-      return 4;
-    default:
-      return 0;
-  }
-}
 
 // The rectangle of size `inner` fitted into `box` with its aspect kept,
 // centred; never larger than `inner` itself.
@@ -171,7 +159,7 @@ ThumbnailWidget::Area ThumbnailWidget::AreaAt(const QPoint& p) const {
 
 void ThumbnailWidget::RaiseMouse(const char* event, QMouseEvent* e) {
   EventArgs args;
-  args.Button = MouseButton(e->button());
+  args.Button = ButtonOf(e->button());
   args.Shift = (e->modifiers() & Qt::ShiftModifier ? kShiftMask : 0) |
                (e->modifiers() & Qt::ControlModifier ? kCtrlMask : 0) |
                (e->modifiers() & Qt::AltModifier ? kAltMask : 0);
