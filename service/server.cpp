@@ -7,7 +7,7 @@
 
 #include <exception>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 
 namespace qbpd::service {
 
@@ -121,20 +121,22 @@ Server::Server(ServiceCore& core) : impl_(std::make_unique<Impl>(core)) {
            });
   http.Get(R"(/photo/([^/]*)/u_=([^/]*))",
            [service](const httplib::Request& req, httplib::Response& res) {
-             const auto photo =
+             const PhotoAnswer answer =
                  service->Photo(req.matches[1].str(), req.matches[2].str());
-             std::ifstream in;
-             if (photo) {
-               in.open(photo->path, std::ios::binary);
-             }
-             if (!in) {
-               res.status = kNotFound;
-               res.set_content("not found", "text/plain");
+             if (!answer.file) {
+               SendPage(res, answer.refusal);
                return;
              }
-             std::ostringstream content;
-             content << in.rdbuf();
-             res.set_content(content.str(), photo->mime.c_str());
+             std::ifstream in(answer.file->path, std::ios::binary);
+             std::string content(std::istreambuf_iterator<char>(in), {});
+             if (!in.is_open() || in.bad()) {
+               SendPage(res, NotFound("Photo not found"));
+               return;
+             }
+             // The type is the one the upload checked; a browser must not
+             // guess another from the bytes.
+             res.set_header("X-Content-Type-Options", "nosniff");
+             res.set_content(content, answer.file->mime.c_str());
            });
   http.Get("/download/upgrade.xml", [service](const httplib::Request& req,
                                               httplib::Response& res) {
@@ -145,10 +147,18 @@ Server::Server(ServiceCore& core) : impl_(std::make_unique<Impl>(core)) {
     res.set_content(service->UpgradeFile(), "application/octet-stream");
   });
 
-  http.set_exception_handler(
-      [](const httplib::Request&, httplib::Response& res, std::exception_ptr) {
-        SendJson(res, kServerError, Failure("9999"));
-      });
+  // A failure inside the service answers with the envelope alone: what went
+  // wrong, with its paths and statements, stays on the server.
+  http.set_exception_handler([](const httplib::Request& req,
+                                httplib::Response& res, std::exception_ptr) {
+    json out = Failure("9999");
+    if (req.path == "/exuploadimages") {
+      out["fatal"] = true;
+      out["albumId"] = "";
+      out["imageId"] = "";
+    }
+    SendJson(res, kServerError, out);
+  });
   // Answers that httplib makes itself (too large, unknown path) carry the
   // envelope too, so that a client can always read one.
   http.set_error_handler([](const httplib::Request&, httplib::Response& res) {

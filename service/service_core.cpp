@@ -4,6 +4,7 @@
 #include "service/db.h"
 #include "service/html.h"
 #include "service/pricing.h"
+#include "service/request.h"
 
 #include <sodium.h>
 
@@ -90,46 +91,6 @@ json Ok(json outputs = json::object()) {
   outputs["errCode"] = "";
   outputs["errText"] = "";
   return outputs;
-}
-
-std::string Text(const json& request, const char* name) {
-  const auto it = request.find(name);
-  if (it == request.end() || it->is_null()) {
-    return {};
-  }
-  if (!it->is_string()) {
-    throw BadRequest(std::string("field ") + name + " is not text");
-  }
-  return it->get<std::string>();
-}
-
-std::vector<std::string> TextArray(const json& request, const char* name) {
-  std::vector<std::string> out;
-  const auto it = request.find(name);
-  if (it == request.end() || it->is_null()) {
-    return out;
-  }
-  if (!it->is_array()) {
-    throw BadRequest(std::string("field ") + name + " is not an array");
-  }
-  for (const auto& item : *it) {
-    if (!item.is_string()) {
-      throw BadRequest(std::string("field ") + name + " holds a non-text");
-    }
-    out.push_back(item.get<std::string>());
-  }
-  return out;
-}
-
-bool Flag(const json& request, const char* name) {
-  const auto it = request.find(name);
-  if (it == request.end() || it->is_null()) {
-    return false;
-  }
-  if (!it->is_boolean()) {
-    throw BadRequest(std::string("field ") + name + " is not a Boolean");
-  }
-  return it->get<bool>();
 }
 
 std::string RandomHex(size_t bytes) {
@@ -277,11 +238,11 @@ PageResult Refused() {
                         "again from Quillbay Picture Desk.</p>")};
 }
 
+}  // namespace
+
 PageResult NotFound(const char* what) {
   return {404, HtmlPage(what, "<p>There is nothing to show here.</p>")};
 }
-
-}  // namespace
 
 json Failure(const std::string& code) {
   return json{{"ok", false}, {"errCode", code}, {"errText", ErrorText(code)}};
@@ -454,9 +415,7 @@ std::string ServiceCore::NewSession(std::int64_t account) {
 
 std::optional<json> ServiceCore::Call(const std::string& operation,
                                       const json& request) {
-  if (!request.is_object()) {
-    throw BadRequest("the request is not a JSON object");
-  }
+  CheckRequestShape(operation, request);
   std::lock_guard lock(mutex_);
   if (operation == "LoginUser") {
     return LoginUser(request);
@@ -802,45 +761,17 @@ json ServiceCore::GetAlbumPhotos(std::int64_t account, const json& request) {
 }
 
 json ServiceCore::PlaceOrder(std::int64_t account, const json& request) {
-  const auto lines_it = request.find("orderLines");
-  const json lines = lines_it == request.end() || lines_it->is_null()
-                         ? json::array()
-                         : *lines_it;
-  if (!lines.is_array()) {
-    throw BadRequest("orderLines is not an array");
-  }
+  const std::vector<OrderLine> lines = OrderLines(request);
   QuoteInput input;
   for (const auto& line : lines) {
-    if (!line.is_object() || !line.contains("rows") ||
-        !line["rows"].is_array()) {
-      throw BadRequest("an order line has no rows");
-    }
     std::array<int, kSizeCount> quantities{};
-    const auto& rows = line["rows"];
-    for (size_t row = 0; row < rows.size() && row < kSizeCount; ++row) {
-      if (!rows[row].is_array() || rows[row].empty() ||
-          !rows[row][0].is_string()) {
-        throw BadRequest("an order row is not a row of text");
-      }
-      quantities[row] = ParseQuantity(rows[row][0].get<std::string>());
+    for (size_t row = 0; row < line.quantities.size(); ++row) {
+      quantities[row] = ParseQuantity(line.quantities[row]);
     }
     input.lines.push_back(quantities);
   }
-  const auto index_it = request.find("orderIndex");
-  const json index = index_it == request.end() || index_it->is_null()
-                         ? json::array()
-                         : *index_it;
-  if (!index.is_array()) {
-    throw BadRequest("orderIndex is not an array");
-  }
   std::vector<std::string> keys;
-  for (const auto& pair : index) {
-    if (!pair.is_array() || pair.size() != 2 || !pair[0].is_string() ||
-        !pair[1].is_string()) {
-      throw BadRequest("orderIndex holds something other than pairs");
-    }
-    keys.push_back(pair[0].get<std::string>());
-  }
+  const json index = OrderIndex(request, &keys);
   const auto ship_to = TextArray(request, "shipTo");
 
   input.tiers = LoadTiers(*db_);
@@ -894,7 +825,7 @@ json ServiceCore::PlaceOrder(std::int64_t account, const json& request) {
       rows.push_back({std::to_string(quantity), FormatAmount(price),
                       FormatAmount(RoundCents(price * quantity))});
     }
-    out_lines.push_back({{"key", lines[i].value("key", "")}, {"rows", rows}});
+    out_lines.push_back({{"key", lines[i].key}, {"rows", rows}});
   }
   json size_totals = json::array();
   for (int row = 0; row < kSizeCount; ++row) {
@@ -1317,13 +1248,16 @@ PageResult ServiceCore::OrderStatusPage(const std::string& order_id,
   return {200, HtmlPage("Your order", body)};
 }
 
-std::optional<PhotoFile> ServiceCore::Photo(const std::string& image_id,
-                                            const std::string& code) {
+PhotoAnswer ServiceCore::Photo(const std::string& image_id,
+                               const std::string& code) {
   std::lock_guard lock(mutex_);
   const auto account = Authenticate(code);
+  if (!account) {
+    return {std::nullopt, Refused()};
+  }
   const auto image = ParseImageId(image_id);
-  if (!account || !image) {
-    return std::nullopt;
+  if (!image) {
+    return {std::nullopt, NotFound("Photo not found")};
   }
   auto find = db_->Prepare(
       "SELECT photos.album_id, photos.stored_name, photos.mime FROM photos "
@@ -1331,11 +1265,12 @@ std::optional<PhotoFile> ServiceCore::Photo(const std::string& image_id,
       "albums.account_id = ?");
   find.Bind(1, *image).Bind(2, *account);
   if (!find.Step()) {
-    return std::nullopt;
+    return {std::nullopt, NotFound("Photo not found")};
   }
-  return PhotoFile{
-      options_.data_dir / "photos" / std::to_string(find.Int(0)) / find.Text(1),
-      find.Text(2)};
+  return {PhotoFile{options_.data_dir / "photos" / std::to_string(find.Int(0)) /
+                        find.Text(1),
+                    find.Text(2)},
+          {}};
 }
 
 std::string ServiceCore::UpgradeXml(const std::string& base) const {

@@ -43,6 +43,14 @@ struct PhotoFile {
   std::string mime;
 };
 
+// The answer to a request for one stored photo: its file, or the page that
+// refuses it (403 without a live session, 404 for a photo that is unknown or
+// not the account's).
+struct PhotoAnswer {
+  std::optional<PhotoFile> file;
+  PageResult refusal;
+};
+
 // The online service without its transport: the store, the operations, the
 // upload and the pages. Every public member may be called from several
 // threads; calls are serialised on one lock.
@@ -73,8 +81,7 @@ class ServiceCore {
                              const std::string& code);
   PageResult OrderStatusPage(const std::string& order_id,
                              const std::string& code);
-  std::optional<PhotoFile> Photo(const std::string& image_id,
-                                 const std::string& code);
+  PhotoAnswer Photo(const std::string& image_id, const std::string& code);
 
   // `base` is the scheme, host and port the client used.
   std::string UpgradeXml(const std::string& base) const;
@@ -124,6 +131,9 @@ class ServiceCore {
 
 // The response envelope of a failure with the code's own sentence.
 nlohmann::json Failure(const std::string& code);
+
+// The page for a photo, album or order that is not the account's.
+PageResult NotFound(const char* what);
 
 }  // namespace qbpd::service
 
