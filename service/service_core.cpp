@@ -1,6 +1,7 @@
 #include "service/service_core.h"
 
 #include "service/checks.h"
+#include "service/data_folder.h"
 #include "service/db.h"
 #include "service/html.h"
 #include "service/pricing.h"
@@ -196,9 +197,11 @@ void WriteFileAtomically(const std::filesystem::path& path,
   const auto temp = path.string() + ".part";
   // The photo reaches the disk before its name does, so that a crash or a
   // power cut leaves the old state or the whole photo, never half of it.
-  const int fd = open(temp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC,
-                      S_IRUSR | S_IWUSR);
-  bool ok = fd >= 0;
+  const int fd =
+      open(temp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC,
+           S_IRUSR | S_IWUSR);
+  // A file left over from an earlier attempt keeps its own mode; narrow it.
+  bool ok = fd >= 0 && fchmod(fd, S_IRUSR | S_IWUSR) == 0;
   size_t written = 0;
   while (ok && written < content.size()) {
     const ssize_t n =
@@ -253,7 +256,10 @@ ServiceCore::ServiceCore(ServiceOptions options)
   if (sodium_init() < 0) {
     throw std::runtime_error("libsodium could not start");
   }
-  std::filesystem::create_directories(options_.data_dir / "photos");
+  PrepareDataFolder(options_.data_dir);
+  // SQLite gives its journal and shared-memory files the mode of the
+  // database file, so a private database keeps them private too.
+  MakePrivateFile(options_.data_dir / "service.db");
   db_ = std::make_unique<Db>((options_.data_dir / "service.db").string());
   db_->Exec(kSchema);
   Seed();
@@ -1080,7 +1086,7 @@ json ServiceCore::Upload(const std::map<std::string, std::string>& query,
     }
   }
   const auto folder = options_.data_dir / "photos" / std::to_string(*album);
-  std::filesystem::create_directories(folder);
+  MakePrivateFolder(folder);
   const std::string stored = RandomHex(kFileNameBytes) + "." + type->extension;
   WriteFileAtomically(folder / stored, content);
   try {
