@@ -1,16 +1,13 @@
 // qbpd: the desktop program.
 #include "app/program/program.h"
-#include "core/settings.h"
 #include "platform/display_model.h"
 #include "platform/launcher.h"
-#include "ui/qt/local_service.h"
 #include "ui/qt/qt_clipboard.h"
 #include "ui/qt/qt_host.h"
 
 #include <QApplication>
 #include <QTimer>
 
-#include <cstdio>
 #include <memory>
 #include <string>
 
@@ -44,15 +41,6 @@ int main(int argc, char** argv) {
   services.clipboard = qbpd::MakeQtClipboard();
   services.launcher = qbpd::MakeXdgLauncher();
   services.make_display = [] { return qbpd::MakeVipsDisplayControl(); };
-
-  // Every online feature works out of the box: the reference service runs
-  // on this machine where the settings point at it.
-  std::string address = services.settings->Read(qbpd::kRootKey, "IP");
-  if (auto launch = qbpd::EnsureLocalService(address, services.places.program,
-                                             services.places.data);
-      launch && !launch->started) {
-    std::fprintf(stderr, "qbpd: %s\n", launch->error.c_str());
-  }
 
   auto owned_host = std::make_unique<qbpd::QtHost>();
   qbpd::QtHost& host = *owned_host;

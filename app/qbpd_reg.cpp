@@ -150,7 +150,7 @@ int Run(const std::vector<std::string>& args) {
     }
     int laid = 0;
     const bool ok = qbpd::LayDefaultSettings(
-        *store, file, {{"PICTURES", places.pictures}}, &laid);
+        *store, file, qbpd::InstallerVariables(places.pictures), &laid);
     std::cout << "laid " << laid << (laid == 1 ? " value" : " values")
               << " from " << file << "\n";
     if (!ok) {

@@ -4,9 +4,11 @@
 
 int main(int argc, char** argv) {
   return qbpd::ScriptMain(argc, argv, qbpd::RegisterProgram, [] {
-    // A script's settings live in memory; it says what it needs.
+    // A script's settings live in memory and start empty: it says what it
+    // needs.
     qbpd::PlatformServices services =
         qbpd::MakePlatformServices(qbpd::MakeMemorySettingsStore());
+    services.default_settings.clear();
     // A script opens no windows of other programs: help and web pages it
     // asks for are only recorded.
     services.launcher = qbpd::MakeRecordingLauncher();

@@ -1,6 +1,7 @@
 #include "core/application.h"
 
 #include "core/help.h"
+#include "core/settings.h"
 #include "platform/forms/runtime_error.h"
 
 #include <cctype>
@@ -41,6 +42,12 @@ void Application::Start(std::string command_line) {
     throw RuntimeError(kErrNoSuchForm, "The program has no entry form");
   }
   command_line_ = std::move(command_line);
+  if (!services_.default_settings.empty()) {
+    // Start-up goes on over a set that can't be laid, as over every failure
+    // of its own; what is missing then reads as empty.
+    (void)LayDefaultSettings(*services_.settings, services_.default_settings,
+                             InstallerVariables(services_.places.pictures));
+  }
   forms_.Get(entry_form_);
   forms_.CollectGarbage();
 }

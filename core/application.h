@@ -33,6 +33,11 @@ struct PlatformServices {
   Places places;
   // Folder of the program's read-only files (pictures, help, defaults).
   std::string resources;
+  // The installer's default set (default-settings.ini): every start lays
+  // the values of it that the settings don't hold yet, so that a fresh home
+  // works without qbpd-reg. Empty lays nothing (tests and scripts say what
+  // they need).
+  std::string default_settings;
   // Opens help pages and web pages; none means a recording one that opens
   // nothing.
   std::unique_ptr<Launcher> launcher;
@@ -93,8 +98,9 @@ class Application {
   // The command line of this start, as the program reads it.
   const std::string& CommandLine() const { return command_line_; }
 
-  // Starts the program with `command_line`: loads the entry form. The run
-  // then lives on the host's events until the last form unloads.
+  // Starts the program with `command_line`: lays the missing default
+  // settings, then loads the entry form. The run then lives on the host's
+  // events until the last form unloads.
   void Start(std::string command_line);
   // Whether any form is still loaded.
   bool IsRunning() const;

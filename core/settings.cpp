@@ -291,6 +291,12 @@ bool LayDefaultSettings(SettingsStore& store,
   return ok && !keys.empty();
 }
 
+std::map<std::string, std::string> InstallerVariables(
+    const std::string& pictures_folder) {
+  return {{"PICTURES", pictures_folder},
+          {"VERSION", std::string(ProgramVersion())}};
+}
+
 bool ReadJpegAssociation(SettingsStore& store) {
   std::string text = store.Read(kJpgClassKey, "");
   if (text.size() > kAssociationReadBuffer) {

@@ -144,6 +144,14 @@ bool LayDefaultSettings(SettingsStore& store,
                         const std::map<std::string, std::string>& variables,
                         int* laid = nullptr);
 
+// This build's version, the text the installer lays as `Version`.
+std::string_view ProgramVersion();
+
+// The variables of the default set as the programs lay it for a user:
+// "PICTURES", the user's pictures folder; "VERSION", ProgramVersion().
+std::map<std::string, std::string> InstallerVariables(
+    const std::string& pictures_folder);
+
 // --- the photo file association ----------------------------------------------
 
 // Whether photos open in this program: the default value of kJpgClassKey, cut

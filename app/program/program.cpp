@@ -37,6 +37,9 @@ PlatformServices MakePlatformServices(std::unique_ptr<SettingsStore> settings) {
           : services.places.runtime + "/quillbay-picture-desk";
   services.instance = MakeSingleInstance(runtime);
   services.resources = FindResourcesFolder(services.places);
+  if (!services.resources.empty()) {
+    services.default_settings = services.resources + "/default-settings.ini";
+  }
   services.launcher = MakeXdgLauncher();
   services.make_display = [] { return MakeVipsDisplayControl(); };
   return services;

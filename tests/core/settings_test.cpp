@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <set>
 #include <string>
 
@@ -240,8 +241,21 @@ TEST(SettingsTest, ShippedDefaultsMatchTheSchema) {
   }
 
   auto store = MakeMemorySettingsStore();
-  ASSERT_TRUE(LayDefaultSettings(*store, file, {{"PICTURES", "/home/u/Pics"}}));
+  ASSERT_TRUE(
+      LayDefaultSettings(*store, file, InstallerVariables("/home/u/Pics")));
   EXPECT_EQ(store->Read(kSettingsKey, "DefaultFolder"), "/home/u/Pics");
+  // The About box shows the build's version; the thumbnail cache is on.
+  EXPECT_EQ(store->Read(kRootKey, "Version"), ProgramVersion());
+  EXPECT_FALSE(ProgramVersion().empty());
+  EXPECT_NE(store->Read(kRootKey, "CacheEnable").find("TRUE"),
+            std::string::npos);
+  // The first start opens Pictures: the newest recent folder, and the start
+  // opens the newest recent folder; the list has room for more.
+  EXPECT_EQ(store->Read(kDisplayKey, "RecentFolder1"), "/home/u/Pics");
+  EXPECT_TRUE(
+      IsTrueText(store->Read(kSettingsKey, "LastOpenFolderInPreviousSession")));
+  EXPECT_GE(std::atoi(store->Read(kDisplayKey, "NoOfRecentFolders").c_str()),
+            1);
   EXPECT_TRUE(store->Read(kCameraTransferKey, "BaseFolder")
                   .starts_with("/home/u/Pics/"));
   // The service is reached on this machine; both values are long enough.

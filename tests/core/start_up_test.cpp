@@ -1,6 +1,10 @@
 #include "core/application.h"
+#include "core/frm_about_us.h"
 #include "core/quil_mod.h"
+#include "core/settings.h"
 #include "platform/forms/scripted_host.h"
+#include "platform/places.h"
+#include "platform/settings_store.h"
 #include "platform/single_instance.h"
 #include "tests/support/temp_dir.h"
 
@@ -153,6 +157,57 @@ TEST(SingleInstanceTest, LockOfACrashedInstanceDoesNotBlockANewStart) {
   EXPECT_TRUE(next->TakeComeForwardRequest());
   close(ready[0]);
   close(ready[1]);
+}
+
+// Every start lays the installer's default set where a value is missing, so
+// a fresh home shows the version in the About box; the user's own values
+// stay. A run without a default set (tests, scripts) lays nothing.
+class DefaultSettingsAtStartTest : public ::testing::Test {
+ protected:
+  std::unique_ptr<Application> StartWith(std::string default_settings) {
+    PlatformServices services;
+    services.places.pictures = (dir_ / "Pictures").string();
+    services.resources = FindResourcesFolder(FindPlaces());
+    services.default_settings = std::move(default_settings);
+    services.settings = MakeMemorySettingsStore();
+    (void)services.settings->Write(kRootKey, "CacheEnable", "FALSE");
+    auto app = std::make_unique<Application>(
+        std::make_unique<ScriptedHost>(), std::move(services),
+        [](Application& a) {
+          a.forms().Register<frmAboutUs>(
+              [&a] { return std::make_unique<frmAboutUs>(a); });
+          a.SetEntryForm(std::string(frmAboutUs::kName));
+        });
+    app->Start("");
+    return app;
+  }
+
+  testing::TempDir dir_;
+};
+
+TEST_F(DefaultSettingsAtStartTest, MissingValuesAreLaidBeforeTheFirstForm) {
+  const std::string shipped =
+      FindResourcesFolder(FindPlaces()) + "/default-settings.ini";
+  auto app = StartWith(shipped);
+  auto* about = app->forms().Find<frmAboutUs>();
+  ASSERT_NE(about, nullptr);
+  EXPECT_EQ(about->lblVersion.Caption(),
+            "Version " + std::string(ProgramVersion()));
+  EXPECT_EQ(app->settings().Read(kDisplayKey, "RecentFolder1"),
+            (dir_ / "Pictures").string());
+  // The user's value is kept.
+  EXPECT_EQ(app->settings().Read(kRootKey, "CacheEnable"), "FALSE");
+}
+
+TEST_F(DefaultSettingsAtStartTest, NoDefaultSetOrAMissingOneLaysNothing) {
+  for (const std::string& file :
+       {std::string(), (dir_ / "missing.ini").string()}) {
+    auto app = StartWith(file);
+    auto* about = app->forms().Find<frmAboutUs>();
+    ASSERT_NE(about, nullptr) << file;
+    EXPECT_EQ(about->lblVersion.Caption(), "Version ") << file;
+    EXPECT_EQ(app->settings().Keys().size(), 1u) << file;
+  }
 }
 
 }  // namespace

@@ -2,9 +2,12 @@
 # Installs the build into a scratch prefix and checks the layout: the programs
 # in bin, the resources where the installed programs look for them, the
 # desktop entry and the icons where the desktop looks for them.
-# usage: install_test.sh BUILD_DIR
+# usage: install_test.sh BUILD_DIR [VERSION]
+# With VERSION, the installed desktop program also runs on a fresh home
+# (tests/app/first_run_test.sh).
 set -euo pipefail
 build=$1
+version=${2:-}
 prefix=$(mktemp -d)
 trap 'rm -rf "$prefix"' EXIT
 
@@ -52,6 +55,14 @@ mkdir -p "$prefix/home"
 out=$(run_reg) || fail "installed qbpd-reg failed: $out"
 [[ $out == *"from $share/default-settings.ini"* ]] ||
   fail "installed qbpd-reg did not read the installed resources: $out"
+
+# The installed desktop program needs no setting up either: on a fresh home
+# it lays the installed defaults, opens Pictures, later the last folder.
+if [[ -n $version && -x $prefix/bin/qbpd ]]; then
+  bash "$(dirname "$0")/../app/first_run_test.sh" "$prefix/bin/qbpd" \
+    "$prefix/bin/qbpd-reg" "$version" ||
+    fail "the installed program's first run went wrong"
+fi
 
 # And the check above can fail: without the installed share folder the
 # program reads something else.
