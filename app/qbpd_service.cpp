@@ -86,7 +86,7 @@ int main(int argc, char** argv) {
     options.data_dir = args.data_dir;
     options.seed_demo = args.seed_demo;
     options.upgrade_version = args.upgrade_version;
-    qbpd::service::ServiceCore core(std::move(options));
+    qbpd::service::ServiceCore core(options);
     qbpd::service::Server server(core);
     const int port = server.Bind(args.listen, args.port);
     if (port < 0) {
@@ -95,6 +95,12 @@ int main(int argc, char** argv) {
       return 1;
     }
     std::printf("listening on %s:%d\n", args.listen.c_str(), port);
+    if (!core.new_demo_password().empty()) {
+      // Shown this once; the data folder keeps it for its owner only.
+      std::printf("demo account %s, password %s (kept in %s)\n",
+                  qbpd::service::kDemoEmail, core.new_demo_password().c_str(),
+                  (options.data_dir / qbpd::service::kDemoAccountFile).c_str());
+    }
     std::fflush(stdout);
 
     std::thread waiter([&server, &stop_signals] {

@@ -358,22 +358,82 @@ void ServiceCore::Seed() {
   transaction.Commit();
 }
 
+namespace {
+
+// The password that earlier versions gave every demonstration account.
+constexpr char kFormerDemoPassword[] = "demo1234";
+constexpr std::size_t kDemoPasswordBytes = 6;
+
+// Writes the demonstration account's sign-in into the data folder, readable
+// by its owner only, replacing the file whole.
+void WriteDemoAccountFile(const std::filesystem::path& folder,
+                          const std::string& password) {
+  const std::filesystem::path file = folder / kDemoAccountFile;
+  const std::filesystem::path part =
+      folder / (std::string(kDemoAccountFile) + ".part");
+  std::filesystem::remove(part);
+  const int fd =
+      ::open(part.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+  if (fd < 0) {
+    throw std::runtime_error("cannot write " + part.string());
+  }
+  const std::string text =
+      "The demonstration account of this service:\n"
+      "E-mail: " +
+      std::string(kDemoEmail) + "\nPassword: " + password + "\n";
+  const bool written = ::write(fd, text.data(), text.size()) ==
+                           static_cast<ssize_t>(text.size()) &&
+                       ::fsync(fd) == 0;
+  ::close(fd);
+  if (!written) {
+    std::filesystem::remove(part);
+    throw std::runtime_error("cannot write " + part.string());
+  }
+  std::filesystem::rename(part, file);
+}
+
+}  // namespace
+
 void ServiceCore::SeedDemo() {
-  auto exists = db_->Prepare(
-      "SELECT id FROM accounts WHERE email = 'demo@quillbay.test'");
-  if (exists.Step()) {
+  const std::string password = options_.demo_password.empty()
+                                   ? RandomHex(kDemoPasswordBytes)
+                                   : options_.demo_password;
+  std::optional<std::int64_t> existing;
+  std::string existing_hash;
+  {
+    auto exists =
+        db_->Prepare("SELECT id, password_hash FROM accounts WHERE email = ?");
+    exists.Bind(1, kDemoEmail);
+    if (exists.Step()) {
+      existing = exists.Int(0);
+      existing_hash = exists.Text(1);
+    }
+  }
+  if (existing) {
+    // A data folder of an earlier version gave the account a password that
+    // anyone could know; it gets a password of its own.
+    if (!PasswordMatches(existing_hash, kFormerDemoPassword)) {
+      return;
+    }
+    db_->Prepare("UPDATE accounts SET password_hash = ? WHERE id = ?")
+        .Bind(1, HashPassword(password))
+        .Bind(2, *existing)
+        .Run();
+    WriteDemoAccountFile(options_.data_dir, password);
+    new_demo_password_ = password;
     return;
   }
   Transaction transaction(*db_);
   db_->Prepare(
          "INSERT INTO accounts (email, password_hash, user_code, first_name, "
          "last_name, street1, city, state, zip, card_name, card_masked, "
-         "card_month, card_year, card_zip) VALUES ('demo@quillbay.test', ?, "
+         "card_month, card_year, card_zip) VALUES (?, ?, "
          "?, 'Dana', 'Demo', '1 Market Street', 'San Francisco', 'CA', "
          "'94105', 'Dana Demo', ?, '11', '2035', '94105')")
-      .Bind(1, HashPassword("demo1234"))
-      .Bind(2, RandomHex(8))
-      .Bind(3, MaskCardNumber("4111111111111111"))
+      .Bind(1, kDemoEmail)
+      .Bind(2, HashPassword(password))
+      .Bind(3, RandomHex(8))
+      .Bind(4, MaskCardNumber("4111111111111111"))
       .Run();
   db_->Prepare(
          "INSERT INTO albums (account_id, name, created) VALUES (?, "
@@ -381,7 +441,9 @@ void ServiceCore::SeedDemo() {
       .Bind(1, db_->LastInsertId())
       .Bind(2, Now())
       .Run();
+  WriteDemoAccountFile(options_.data_dir, password);
   transaction.Commit();
+  new_demo_password_ = password;
 }
 
 std::optional<std::int64_t> ServiceCore::Authenticate(const std::string& code) {

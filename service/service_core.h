@@ -23,9 +23,18 @@ class BadRequest : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// The demonstration account's address, and the file in the data folder
+// (mode 0600) that tells its password.
+inline constexpr char kDemoEmail[] = "demo@quillbay.test";
+inline constexpr char kDemoAccountFile[] = "demo-account.txt";
+
 struct ServiceOptions {
   std::filesystem::path data_dir;
+  // Adds the demonstration account when it is missing. Its password is
+  // `demo_password`, or a random one when that is empty; either way it is
+  // written to kDemoAccountFile in the data folder.
   bool seed_demo = false;
+  std::string demo_password;
   std::size_t max_upload_bytes = 50u * 1024 * 1024;
   std::int64_t session_seconds = 8 * 60 * 60;
   std::string upgrade_version = "1.1.0";
@@ -73,6 +82,9 @@ class ServiceCore {
                         const std::string& content);
 
   std::size_t max_upload_bytes() const { return options_.max_upload_bytes; }
+  // The password that this start gave the demonstration account; empty when
+  // it made none (no seeding, or the account was there already).
+  const std::string& new_demo_password() const { return new_demo_password_; }
 
   PageResult HomePage();
   PageResult ForgotPasswordPage();
@@ -125,6 +137,7 @@ class ServiceCore {
                                        PageResult& refusal);
 
   ServiceOptions options_;
+  std::string new_demo_password_;
   std::mutex mutex_;
   std::unique_ptr<Db> db_;
 };

@@ -30,7 +30,8 @@ namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
 constexpr char kDemoEmail[] = "demo@quillbay.test";
-constexpr char kDemoPassword[] = "demo1234";
+// What a build older than the random demonstration password used.
+constexpr char kFormerDemoPassword[] = "demo1234";
 
 struct Options {
   std::vector<int> clients = {1, 4, 8};
@@ -53,13 +54,14 @@ struct Caller {
 
 // Logs in on the calling thread, which also makes the client's transport
 // there (libcurl's global start-up is not for several threads at once).
-std::unique_ptr<Caller> LoggedInCaller(const std::string& site) {
+std::unique_ptr<Caller> LoggedInCaller(const std::string& site,
+                                       const std::string& password) {
   auto caller = std::make_unique<Caller>();
   caller->client = MakeServiceClient(caller->host);
   StringArray session;
   std::string code;
   std::string text;
-  if (!caller->client->LoginUser(site, kDemoEmail, kDemoPassword, session, code,
+  if (!caller->client->LoginUser(site, kDemoEmail, password, session, code,
                                  text)) {
     throw std::runtime_error("login failed: " + code + " " + text);
   }
@@ -158,12 +160,16 @@ int Main(int argc, char** argv) {
   if (!service.ok()) {
     throw std::runtime_error(service.error());
   }
+  std::string password = service.demo_password();
+  if (password.empty()) {
+    password = kFormerDemoPassword;
+  }
 
   // The demo account has one album; uploads make the others.
   const fs::path photo = scratch.path() / "photo.jpg";
   std::ofstream(photo, std::ios::binary) << testing::MakeJpeg(64, 48, 1, 90);
   {
-    auto maker = LoggedInCaller(service.site());
+    auto maker = LoggedInCaller(service.site(), password);
     for (int i = 2; i <= options.albums; ++i) {
       std::string code;
       std::string text;
@@ -189,7 +195,7 @@ int Main(int argc, char** argv) {
   for (int count : options.clients) {
     std::vector<std::unique_ptr<Caller>> callers;
     for (int i = 0; i < count; ++i) {
-      callers.push_back(LoggedInCaller(service.site()));
+      callers.push_back(LoggedInCaller(service.site(), password));
     }
     std::vector<double> rates;
     std::vector<double> latencies_ms;

@@ -35,7 +35,6 @@ namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
 constexpr char kDemoEmail[] = "demo@quillbay.test";
-constexpr char kDemoPassword[] = "demo1234";
 // 2048 x 1536 of fine noise at quality 95 comes to about 4 MB.
 constexpr int kWidth = 2048;
 constexpr int kHeight = 1536;
@@ -243,8 +242,8 @@ int Main(int argc, char** argv) {
   StringArray session;
   std::string code;
   std::string text;
-  if (!client->LoginUser(service.site(), kDemoEmail, kDemoPassword, session,
-                         code, text)) {
+  if (!client->LoginUser(service.site(), kDemoEmail, service.demo_password(),
+                         session, code, text)) {
     throw std::runtime_error("login failed: " + code + " " + text);
   }
   // The curl runs go into an album of their own, made by one upload.

@@ -29,7 +29,6 @@ using testing::ServiceProcess;
 using testing::TempDir;
 
 constexpr char kDemoEmail[] = "demo@quillbay.test";
-constexpr char kDemoPassword[] = "demo1234";
 constexpr char kNoAccountLine[] =
     "Oops! There is no Quillbay account with this email address.";
 constexpr char kCheckConnection[] = "Please check Internet Connection";
@@ -94,6 +93,8 @@ class ClientAgainstServiceTest : public ::testing::Test {
         QBPD_SERVICE_PROGRAM, data_.path(),
         std::vector<std::string>{"--seed-demo"});
     ASSERT_TRUE(service_->ok()) << service_->error();
+    demo_password_ = service_->demo_password();
+    ASSERT_FALSE(demo_password_.empty());
     gsSiteUrl = service_->site();
     gsSiteAddress = service_->base();
     client_ = MakeServiceClient(host_);
@@ -195,6 +196,8 @@ class ClientAgainstServiceTest : public ::testing::Test {
   TempDir photos_;
   ScriptedHost host_;
   std::unique_ptr<ServiceProcess> service_;
+  // The demonstration account's password, random for every service.
+  std::string demo_password_;
   std::unique_ptr<ctlExtAPI> client_;
   Session session_;
   // Values of the online forms that the session object leaves to them.
@@ -208,7 +211,7 @@ class ClientAgainstServiceTest : public ::testing::Test {
 
 TEST_F(ClientAgainstServiceTest, LoginGivesTheSessionCodesOrSaysWhy) {
   // The address is compared without regard to case.
-  LogIn("Demo@Quillbay.TEST", kDemoPassword);
+  LogIn("Demo@Quillbay.TEST", demo_password_);
   EXPECT_EQ(session_.gsAuthCode.size(), 64u);
   EXPECT_EQ(session_.gsAuthCode.find_first_not_of("0123456789abcdef"),
             std::string::npos);
@@ -221,9 +224,9 @@ TEST_F(ClientAgainstServiceTest, LoginGivesTheSessionCodesOrSaysWhy) {
     const char* code;
   };
   const Case cases[] = {
-      {"nobody@quillbay.test", kDemoPassword, "2006"},  // no such account
-      {"", kDemoPassword, "2006"},                      // no address at all
-      {kDemoEmail, "demo12345", "2007"},                // wrong password
+      {"nobody@quillbay.test", demo_password_.c_str(), "2006"},  // no account
+      {"", demo_password_.c_str(), "2006"},  // no address at all
+      {kDemoEmail, "demo12345", "2007"},     // wrong password
   };
   for (const Case& c : cases) {
     StringArray codes = {"kept", "kept"};
@@ -243,7 +246,7 @@ TEST_F(ClientAgainstServiceTest, LoginGivesTheSessionCodesOrSaysWhy) {
 
   // A second login opens a second session; the first one stays good.
   const std::string first = session_.gsAuthCode;
-  LogIn(kDemoEmail, kDemoPassword);
+  LogIn(kDemoEmail, demo_password_);
   EXPECT_NE(session_.gsAuthCode, first);
   TextGrid albums;
   EXPECT_TRUE(
@@ -346,7 +349,7 @@ TEST_F(ClientAgainstServiceTest, SignUpLogsInAndUserInfoShowsTheMaskedCard) {
   EXPECT_EQ(gsaUserAddress[3], "");
 
   // The demo account, seeded with a card, shows it masked as well.
-  LogIn(kDemoEmail, kDemoPassword);
+  LogIn(kDemoEmail, demo_password_);
   ASSERT_TRUE(client_->GetUserInfo(gsSiteUrl, session_.gsAuthCode,
                                    gsAccountStatus, gsaUserName, gsaUserAddress,
                                    gsaUserCard, errCode, errText));
@@ -356,7 +359,7 @@ TEST_F(ClientAgainstServiceTest, SignUpLogsInAndUserInfoShowsTheMaskedCard) {
 }
 
 TEST_F(ClientAgainstServiceTest, TheFirstUploadMakesTheAlbumAndTheNextFillIt) {
-  LogIn(kDemoEmail, kDemoPassword);
+  LogIn(kDemoEmail, demo_password_);
   // A name and a path that hold every separator of the upload address.
   gsAlbumName = "Trip & Friends #2 = 100% + more";
   const std::string first = Photo("my photos/a & b #1.jpg", 1);
@@ -412,7 +415,7 @@ TEST_F(ClientAgainstServiceTest, TheFirstUploadMakesTheAlbumAndTheNextFillIt) {
 }
 
 TEST_F(ClientAgainstServiceTest, UploadRefusalsSayWhetherTheRunCanGoOn) {
-  LogIn(kDemoEmail, kDemoPassword);
+  LogIn(kDemoEmail, demo_password_);
   std::string image;
   bool fatal = false;
 
@@ -525,7 +528,7 @@ TEST_F(ClientAgainstServiceTest, PriceListHasTheTiersAndTheSurchargeRow) {
 }
 
 TEST_F(ClientAgainstServiceTest, QuoteAppliesOneCouponAndRefusesOthers) {
-  LogIn(kDemoEmail, kDemoPassword);
+  LogIn(kDemoEmail, demo_password_);
   // Two photos, 15 prints of 4 x 6 each: 30 at the 25-99 price of 0.25.
   const auto [lines, index] = OrderOf({15, 15});
 
@@ -595,7 +598,7 @@ TEST_F(ClientAgainstServiceTest, QuoteAppliesOneCouponAndRefusesOthers) {
 }
 
 TEST_F(ClientAgainstServiceTest, ShippingAddsASurchargePerStartedTwentyFive) {
-  LogIn(kDemoEmail, kDemoPassword);
+  LogIn(kDemoEmail, demo_password_);
   struct Case {
     int prints;
     double shipping;
@@ -631,7 +634,7 @@ TEST_F(ClientAgainstServiceTest, ShippingAddsASurchargePerStartedTwentyFive) {
 }
 
 TEST_F(ClientAgainstServiceTest, ConfirmNeedsTheUploadedPhotosAndTheCoupon) {
-  LogIn(kDemoEmail, kDemoPassword);
+  LogIn(kDemoEmail, demo_password_);
   gsAlbumName = "Prints";
   std::string first;
   std::string second;
@@ -692,7 +695,7 @@ TEST_F(ClientAgainstServiceTest, ConfirmNeedsTheUploadedPhotosAndTheCoupon) {
 }
 
 TEST_F(ClientAgainstServiceTest, AddressUpdateRenewsTheSessionCode) {
-  LogIn(kDemoEmail, kDemoPassword);
+  LogIn(kDemoEmail, demo_password_);
   const std::string old_code = session_.gsAuthCode;
   const StringArray address = {"", "Dana",   "Demo", "2 Pine St",
                                "", "Austin", "TX",   "78701"};
@@ -700,7 +703,7 @@ TEST_F(ClientAgainstServiceTest, AddressUpdateRenewsTheSessionCode) {
                             "94105"};
   StringArray codes;
   ASSERT_TRUE(client_->UpdateUserAddress(
-      gsSiteUrl, session_.gsAuthCode, kDemoEmail, kDemoPassword, address, card,
+      gsSiteUrl, session_.gsAuthCode, kDemoEmail, demo_password_, address, card,
       codes, errCode, errText, false, ""))
       << errCode << " " << errText;
   ASSERT_FALSE(codes.empty());
@@ -728,7 +731,7 @@ TEST_F(ClientAgainstServiceTest, AddressUpdateRenewsTheSessionCode) {
   StringArray new_card = card;
   new_card[1] = "5555 5555 5555 4444";
   ASSERT_TRUE(client_->UpdateUserAddress(
-      gsSiteUrl, session_.gsAuthCode, kDemoEmail, kDemoPassword, address,
+      gsSiteUrl, session_.gsAuthCode, kDemoEmail, demo_password_, address,
       new_card, codes, errCode, errText, true, "XXXXXXXXXXXX1111"))
       << errCode << " " << errText;
   session_.gsAuthCode = codes[0];
@@ -742,7 +745,7 @@ TEST_F(ClientAgainstServiceTest, AddressUpdateRenewsTheSessionCode) {
   bad[7] = "787";
   codes = {"kept"};
   EXPECT_FALSE(client_->UpdateUserAddress(gsSiteUrl, session_.gsAuthCode,
-                                          kDemoEmail, kDemoPassword, bad, card,
+                                          kDemoEmail, demo_password_, bad, card,
                                           codes, errCode, errText, false, ""));
   EXPECT_EQ(errCode, "2012");
   EXPECT_EQ(codes, StringArray{"kept"});
@@ -777,7 +780,7 @@ TEST_F(ClientAgainstServiceTest, UpgradeIsOfferedAndDownloadedWhole) {
 // The service dies while a call waits for it: the connection is gone, which
 // the callers show as "Please check Internet Connection".
 TEST_F(ClientAgainstServiceTest, AServiceKilledDuringACallGivesCodeZero) {
-  LogIn(kDemoEmail, kDemoPassword);
+  LogIn(kDemoEmail, demo_password_);
   // Frozen, the service takes the request but can't answer; it is killed
   // while the call pumps the host's events.
   ASSERT_TRUE(service_->Freeze());
@@ -805,7 +808,7 @@ TEST_F(ClientAgainstServiceTest, AServiceKilledDuringACallGivesCodeZero) {
 }
 
 TEST_F(ClientAgainstServiceTest, AServiceKilledDuringAnUploadEndsTheRun) {
-  LogIn(kDemoEmail, kDemoPassword);
+  LogIn(kDemoEmail, demo_password_);
   const std::string photo = Photo("last.jpg", 8);
   ASSERT_TRUE(service_->Freeze());
   host_.QueueInside("service dies", [this] { service_->Kill(); });

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstring>
 #include <fcntl.h>
+#include <fstream>
 #include <netinet/in.h>
 #include <poll.h>
 #include <signal.h>
@@ -61,10 +62,10 @@ bool AnswersOnce(int port, Clock::time_point deadline) {
 
 }  // namespace
 
-ServiceProcess::ServiceProcess(
-    const std::string& program,
-    const std::filesystem::path& data_dir,
-    const std::vector<std::string>& extra_arguments) {
+ServiceProcess::ServiceProcess(const std::string& program,
+                               const std::filesystem::path& data_dir,
+                               const std::vector<std::string>& extra_arguments)
+    : data_dir_(data_dir) {
   int fds[2];
   if (pipe2(fds, O_CLOEXEC) != 0) {
     error_ = "no pipe for the service's output";
@@ -194,6 +195,17 @@ bool ServiceProcess::WaitForFirstAnswer(int ms) {
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
   }
   return false;
+}
+
+std::string ServiceProcess::demo_password() const {
+  std::ifstream in(data_dir_ / "demo-account.txt");
+  const std::string prefix = "Password: ";
+  for (std::string line; std::getline(in, line);) {
+    if (line.starts_with(prefix)) {
+      return line.substr(prefix.size());
+    }
+  }
+  return std::string();
 }
 
 }  // namespace qbpd::testing

@@ -33,6 +33,9 @@ class ServiceProcess {
   std::string base() const;
   // base() + "/api": the site of the data operations.
   std::string site() const;
+  // The password of the demonstration account (--seed-demo) as the service
+  // wrote it into its data folder; "" when there is none.
+  std::string demo_password() const;
 
   // Asks the service to stop with SIGTERM and waits for it; returns its exit
   // status, or -1 when it ended by a signal or could not be waited for.
@@ -50,6 +53,7 @@ class ServiceProcess {
   bool WaitForFirstAnswer(int ms);
   int Reap(bool must_block);
 
+  std::filesystem::path data_dir_;
   pid_t pid_ = -1;
   int stdout_fd_ = -1;
   int port_ = 0;

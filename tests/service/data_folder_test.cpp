@@ -47,6 +47,7 @@ ServiceOptions Options(const fs::path& dir) {
   ServiceOptions options;
   options.data_dir = dir;
   options.seed_demo = true;
+  options.demo_password = "test-demo-password";
   options.now = [] { return std::int64_t{1772323200}; };
   return options;
 }
@@ -55,7 +56,8 @@ ServiceOptions Options(const fs::path& dir) {
 // returns the album's photo folder.
 fs::path UploadOne(ServiceCore& core, const fs::path& dir) {
   const auto login = core.Call(
-      "LoginUser", {{"email", "demo@quillbay.test"}, {"password", "demo1234"}});
+      "LoginUser",
+      {{"email", "demo@quillbay.test"}, {"password", "test-demo-password"}});
   EXPECT_TRUE(login && (*login)["ok"] == true);
   const json answer = core.Upload({{"authcode", (*login)["session"][0]},
                                    {"albumname", "Private"},

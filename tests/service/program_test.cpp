@@ -3,12 +3,16 @@
 #include <gtest/gtest.h>
 #include <httplib.h>
 
+#include <filesystem>
+#include <fstream>
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <string>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 extern char** environ;
@@ -54,20 +58,26 @@ struct Child {
     }
   }
 
-  // The first line of output, waiting at most `ms`.
-  std::string FirstLine(int ms) {
-    std::string line;
+  // The next line of output without its line end, waiting at most `ms`.
+  std::string NextLine(int ms) {
     pollfd fd{out, POLLIN, 0};
-    while (line.find('\n') == std::string::npos && poll(&fd, 1, ms) > 0) {
+    while (pending.find('\n') == std::string::npos && poll(&fd, 1, ms) > 0) {
       char buffer[256];
       const ssize_t n = read(out, buffer, sizeof buffer);
       if (n <= 0) {
         break;
       }
-      line.append(buffer, static_cast<size_t>(n));
+      pending.append(buffer, static_cast<size_t>(n));
     }
+    const std::size_t end = pending.find('\n');
+    if (end == std::string::npos) {
+      return std::exchange(pending, std::string());
+    }
+    std::string line = pending.substr(0, end);
+    pending.erase(0, end + 1);
     return line;
   }
+  std::string pending;
 
   // The exit status after the child ended, or -1.
   int Wait() {
@@ -85,23 +95,59 @@ TEST(ServiceProgram, PrintsItsPortServesAndStopsOnSigterm) {
   Child child(
       {"--port", "0", "--data-dir", dir.path().string(), "--seed-demo"});
   ASSERT_GT(child.pid, 0);
-  const std::string line = child.FirstLine(5000);
+  const std::string line = child.NextLine(5000);
   const std::string prefix = "listening on 127.0.0.1:";
   ASSERT_EQ(line.rfind(prefix, 0), 0u) << line;
   const int port = std::stoi(line.substr(prefix.size()));
 
+  // The demonstration account's random password is shown once, and kept in
+  // the data folder for its owner only.
+  const std::string demo = child.NextLine(5000);
+  const std::string shown = "demo account demo@quillbay.test, password ";
+  ASSERT_EQ(demo.rfind(shown, 0), 0u) << demo;
+  const std::string password =
+      demo.substr(shown.size(), demo.find(' ', shown.size()) - shown.size());
+  EXPECT_GE(password.size(), 12u);
+  const std::filesystem::path kept = dir.path() / "demo-account.txt";
+  EXPECT_NE(demo.find(kept.string()), std::string::npos) << demo;
+  struct stat info {};
+  ASSERT_EQ(stat(kept.c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 0777, 0600u);
+  std::ifstream file(kept);
+  const std::string text((std::istreambuf_iterator<char>(file)), {});
+  EXPECT_NE(text.find("Password: " + password + "\n"), std::string::npos);
+
   httplib::Client client("127.0.0.1", port);
-  auto res =
-      client.Post("/api/LoginUser",
-                  R"({"email":"demo@quillbay.test","password":"demo1234"})",
-                  "application/json");
-  ASSERT_TRUE(res);
-  EXPECT_NE(res->body.find("\"ok\":true"), std::string::npos) << res->body;
+  auto login = [&client](const std::string& word) {
+    auto res = client.Post(
+        "/api/LoginUser",
+        R"({"email":"demo@quillbay.test","password":")" + word + "\"}",
+        "application/json");
+    return res ? res->body : std::string("no answer");
+  };
+  EXPECT_NE(login(password).find("\"ok\":true"), std::string::npos);
+  // The password of earlier versions opens nothing.
+  EXPECT_NE(login("demo1234").find("\"ok\":false"), std::string::npos);
 
   ASSERT_EQ(kill(child.pid, SIGTERM), 0);
   EXPECT_EQ(child.Wait(), 0);
-  // The data folder is kept for the next start.
+  // The data folder is kept for the next start, which keeps the password.
   EXPECT_TRUE(std::filesystem::exists(dir / "service.db"));
+  Child again(
+      {"--port", "0", "--data-dir", dir.path().string(), "--seed-demo"});
+  const std::string again_line = again.NextLine(5000);
+  ASSERT_EQ(again_line.rfind(prefix, 0), 0u) << again_line;
+  httplib::Client again_client("127.0.0.1",
+                               std::stoi(again_line.substr(prefix.size())));
+  auto res = again_client.Post(
+      "/api/LoginUser",
+      R"({"email":"demo@quillbay.test","password":")" + password + "\"}",
+      "application/json");
+  ASSERT_TRUE(res);
+  EXPECT_NE(res->body.find("\"ok\":true"), std::string::npos) << res->body;
+  std::ifstream file_again(kept);
+  EXPECT_EQ(std::string((std::istreambuf_iterator<char>(file_again)), {}),
+            text);
 }
 
 TEST(ServiceProgram, RefusesBadArguments) {

@@ -16,7 +16,8 @@
 namespace qbpd::service {
 
 inline constexpr std::size_t kTestUploadLimit = 256 * 1024;
-inline constexpr char kDemoEmail[] = "demo@quillbay.test";
+// The tests choose the demonstration account's password.
+inline constexpr char kTestDemoPassword[] = "test-demo-password";
 
 // The smallest files that carry each photo type's magic bytes.
 inline const std::string kPng =
@@ -33,6 +34,7 @@ class ServiceTest : public ::testing::Test {
     ServiceOptions options;
     options.data_dir = dir_.path();
     options.seed_demo = true;
+    options.demo_password = kTestDemoPassword;
     options.max_upload_bytes = kTestUploadLimit;
     options.now = [this] { return now_.load(); };
     core_ = std::make_unique<ServiceCore>(std::move(options));
@@ -77,7 +79,7 @@ class ServiceTest : public ::testing::Test {
     return answer["session"][0];
   }
 
-  std::string DemoLogin() { return Login(kDemoEmail, "demo1234"); }
+  std::string DemoLogin() { return Login(kDemoEmail, kTestDemoPassword); }
 
   std::pair<int, json> Upload(const std::string& code,
                               const std::string& album_id,
