@@ -3,6 +3,7 @@
 // line.
 #include "browser/frm_main_window.h"
 #include "core/quil_mod.h"
+#include "platform/atomic_file.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -217,6 +218,8 @@ void frmMainWindow::LoadImagesOnFolderClick(std::string& folder, bool& result) {
   }
   picImagelistInnerCont.SetTop(cmdImageListHead.Height());
 
+  // What a write killed half-way left here goes before the folder is read.
+  RemoveStaleTemporaryFiles(folder);
   // The folder's files, in the order the file system gives them.
   std::vector<std::string> files;
   std::error_code error;

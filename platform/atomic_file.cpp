@@ -3,11 +3,91 @@
 #include "platform/access_check.h"
 
 #include <cerrno>
+#include <cstring>
+#include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace qbpd {
+
+namespace {
+
+constexpr char kTemporaryMark[] = ".qbpd-";
+constexpr std::size_t kRandomPart = 6;  // mkostemp's "XXXXXX"
+constexpr int kTemporaryAttempts = 3;
+
+// Makes and locks a new temporary file for `folder` and `name`; its path goes
+// to `temp`. -1 on failure.
+int MakeLockedTemporary(const std::string& folder,
+                        const std::string& name,
+                        std::string& temp) {
+  for (int attempt = 0; attempt < kTemporaryAttempts; ++attempt) {
+    temp = folder + "/." + name + kTemporaryMark + "XXXXXX";
+    const int fd = ::mkostemp(temp.data(), O_CLOEXEC);
+    if (fd < 0) {
+      return -1;
+    }
+    // Between mkostemp and the lock another process's clean-up may have
+    // taken the file for a stale one and removed it; then make another.
+    struct stat info {};
+    if (::flock(fd, LOCK_EX) == 0 && ::fstat(fd, &info) == 0 &&
+        info.st_nlink > 0) {
+      return fd;
+    }
+    ::close(fd);
+  }
+  return -1;
+}
+
+}  // namespace
+
+bool IsTemporaryFileName(const std::string& name) {
+  const std::size_t mark = std::strlen(kTemporaryMark);
+  return name.size() > 1 + mark + kRandomPart && name[0] == '.' &&
+         name.compare(name.size() - kRandomPart - mark, mark, kTemporaryMark) ==
+             0;
+}
+
+int RemoveStaleTemporaryFiles(const std::string& folder) {
+  const int dir =
+      ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK);
+  if (dir < 0) {
+    return 0;
+  }
+  DIR* listing = ::fdopendir(dir);
+  if (listing == nullptr) {
+    ::close(dir);
+    return 0;
+  }
+  int removed = 0;
+  while (const dirent* entry = ::readdir(listing)) {
+    const std::string name = entry->d_name;
+    if (!IsTemporaryFileName(name)) {
+      continue;
+    }
+    const int fd = ::openat(dir, name.c_str(),
+                            O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) {
+      continue;
+    }
+    struct stat info {};
+    struct stat named {};
+    // Only a plain file that no writer holds, and still the one of that
+    // name, goes; it is removed while the lock keeps writers off.
+    if (::fstat(fd, &info) == 0 && S_ISREG(info.st_mode) &&
+        ::flock(fd, LOCK_EX | LOCK_NB) == 0 &&
+        ::fstatat(dir, name.c_str(), &named, AT_SYMLINK_NOFOLLOW) == 0 &&
+        named.st_ino == info.st_ino && named.st_dev == info.st_dev &&
+        ::unlinkat(dir, name.c_str(), 0) == 0) {
+      ++removed;
+    }
+    ::close(fd);
+  }
+  ::closedir(listing);
+  return removed;
+}
 
 FileDescriptor::~FileDescriptor() {
   if (fd_ >= 0) {
@@ -44,8 +124,8 @@ bool WriteFileAtomically(const std::string& target,
   if (name.empty()) {
     return false;
   }
-  std::string temp = folder + "/." + name + ".XXXXXX";
-  const int fd = ::mkostemp(temp.data(), O_CLOEXEC);
+  std::string temp;
+  const int fd = MakeLockedTemporary(folder, name, temp);
   if (fd < 0) {
     return false;
   }
@@ -60,8 +140,11 @@ bool WriteFileAtomically(const std::string& target,
       mode = 0666 & ~mask;
     }
   }
-  bool ok = ::fchmod(fd, mode) == 0 && WriteAll(fd, data, size) &&
-            (!how.sync || ::fsync(fd) == 0);
+  // The lock stays on a second descriptor of the file until the file has
+  // its final name or is gone, so no clean-up takes it for a stale one.
+  const FileDescriptor lock(::dup(fd));
+  bool ok = lock.get() >= 0 && ::fchmod(fd, mode) == 0 &&
+            WriteAll(fd, data, size) && (!how.sync || ::fsync(fd) == 0);
   ok = ::close(fd) == 0 && ok;
   if (ok) {
     ok = how.replace ? ::rename(temp.c_str(), target.c_str()) == 0

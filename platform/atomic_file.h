@@ -43,10 +43,25 @@ struct AtomicWrite {
 // same folder that is renamed to its name only once it is whole, so that a
 // reader sees the old file or the new one, never half of one. On any failure
 // nothing is left behind and the target is as it was.
+//
+// The temporary file is named ".<name>.qbpd-XXXXXX" (the X's random) and its
+// writer holds a lock on it (flock) until it is renamed or removed. A process
+// killed in the middle leaves it behind, unlocked: RemoveStaleTemporaryFiles
+// finds it by that.
 bool WriteFileAtomically(const std::string& target,
                          const void* data,
                          std::size_t size,
                          const AtomicWrite& how = {});
+
+// Removes from `folder` (not its subfolders) the temporary files of
+// WriteFileAtomically that no living writer holds: what a crash or a kill in
+// the middle of a write left behind. Files of any other naming, links and
+// folders are left alone. Returns how many were removed.
+int RemoveStaleTemporaryFiles(const std::string& folder);
+
+// True when `name` (a file name without folder) has the naming of
+// WriteFileAtomically's temporary files.
+bool IsTemporaryFileName(const std::string& name);
 
 // Writes all `size` bytes to `fd`, going on after an interrupted write.
 bool WriteAll(int fd, const void* data, std::size_t size);
