@@ -186,7 +186,8 @@ struct Needed {
 };
 
 bool Covers(int width, int height, Needed needed) {
-  return width >= needed.width && height >= needed.height;
+  return width >= std::max(needed.width, 1) &&
+         height >= std::max(needed.height, 1);
 }
 
 // The largest power of two up to `most` that shrinks the stored picture no
@@ -309,13 +310,9 @@ vips::VImage DecodeStored(const std::string& path,
               TurboDecode(path, header, needed)) {
         return *fast;
       }
-      int shrink = 1;
-      while (shrink * 2 <= kMaxJpegShrink &&
-             Covers((header.stored_width + shrink * 2 - 1) / (shrink * 2),
-                    (header.stored_height + shrink * 2 - 1) / (shrink * 2),
-                    needed)) {
-        shrink *= 2;
-      }
+      // Sides rounded down, as libvips checks them: a side of 4 pixels is
+      // not shrunk by 8, which would leave it none at all.
+      const int shrink = BoxShrink(header, needed, kMaxJpegShrink);
       return ToDisplayRgb(
                  vips::VImage::jpegload(path.c_str(),
                                         LoaderOptions()->set("shrink", shrink)))
