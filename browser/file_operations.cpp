@@ -321,8 +321,7 @@ void frmMainWindow::mnuEDelMultiple_Click() {
       SelectPhotoAfterDelete(shown);
     }
     RearrangecontrolsafterDelete();
-    const int rows = left % 2 == 1 ? left / 2 + 1 : left / 2;
-    picImagelistInnerCont.SetHeight(rows * kPanelRowStep);
+    picImagelistInnerCont.SetHeight(PanelHeightFor(left));
     setscrollBar();
   } else {
     ctrlImageListVScroll.SetVisible(false);
@@ -505,7 +504,8 @@ void frmMainWindow::arrangethenewlyaddedcontrol(int at,
 
   const int size = s_.gdicPhotoList.Count();
   const int viewport = picImageListCont.Height() - cmdImageListHead.Height();
-  const int rows_on_view = viewport / (ctrlQuilImage[0].Height() + kRowGap) + 1;
+  const int row = static_cast<int>(ctrlQuilImage[0].Height()) + kRowGap;
+  const int rows_on_view = viewport / row + 1;
   const int first = (at + 1) / 2 - rows_on_view;
   if (size > getMaxNoImgsDisplayed()) {
     setscrollBar();

@@ -177,6 +177,11 @@ void frmMainWindow::RemakeThumbnailFolder() {
 
 // --- the load ----------------------------------------------------------------
 
+Twips frmMainWindow::PanelHeightFor(int photos) {
+  const double rows = photos % 2 == 1 ? photos / 2.0 + 1 : photos / 2;
+  return rows * kPanelRowStep;
+}
+
 bool frmMainWindow::GenerateThumbnail(const std::string& source) {
   if (s_.gbCacheEnable) {
     std::string buffer(1000, ' ');
@@ -316,8 +321,7 @@ void frmMainWindow::LoadImagesOnFolderClick(std::string& folder, bool& result) {
   picExplorerCont.SetEnabled(true);
   s_.giNextPhotoIndex = index;
   s_.giPhotoCount = index;
-  const double rows = index % 2 == 1 ? index / 2.0 + 1 : index / 2;
-  picImagelistInnerCont.SetHeight(static_cast<int>(rows * kPanelRowStep));
+  picImagelistInnerCont.SetHeight(PanelHeightFor(index));
   if (index != 0) {
     s_.giPhotoCount = s_.gdicPhotoList.Count();
     SetControlsEnabled();

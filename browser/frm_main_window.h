@@ -176,6 +176,10 @@ class frmMainWindow : public Form {
   bool setscrollBar();
   int getMaxNoImgsDisplayed() const;
   void PlaceThumbnail(int index);
+  // The height of the grid's inner panel for `photos` photos: 1585 twips a
+  // row, and for an odd count the exact half row more ((n / 2 + 1) rows, so
+  // 3 photos give 3962.5).
+  static Twips PanelHeightFor(int photos);
 
   // The grid.
   void LoadVisibleThumbnails(int value);

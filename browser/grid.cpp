@@ -53,7 +53,8 @@ void frmMainWindow::PlaceThumbnail(int index) {
 
 int frmMainWindow::getMaxNoImgsDisplayed() const {
   const int viewport = picImageListCont.Height() - cmdImageListHead.Height();
-  return (viewport / (ctrlQuilImage[0].Height() + kRowGap)) * 2;
+  const int row = static_cast<int>(ctrlQuilImage[0].Height()) + kRowGap;
+  return (viewport / row) * 2;
 }
 
 bool frmMainWindow::setscrollBar() {

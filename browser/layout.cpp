@@ -133,8 +133,9 @@ void frmMainWindow::ArrangeLeftColumn() {
     picExplorerCont.Move(list_left, column_top, kListWidth, 0);
     const int split_top = ClampSplit(miSplitTop);
     picExplorerCont.SetHeight(split_top - column_top);
-    ExpTreeView.Move(0, kPaneTitleHeight, kListWidth,
-                     std::max(0, picExplorerCont.Height() - kPaneTitleHeight));
+    ExpTreeView.Move(
+        0, kPaneTitleHeight, kListWidth,
+        std::max<Twips>(0, picExplorerCont.Height() - kPaneTitleHeight));
     imgHorzSplit.Move(list_left, split_top, kListWidth, kSplitHeight);
     list_top = split_top + kSplitHeight;
   } else {

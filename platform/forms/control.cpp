@@ -74,21 +74,21 @@ std::string Control::DisplayName() const {
   return name_ + "(" + std::to_string(index_) + ")";
 }
 
-void Control::SetLeft(int v) {
+void Control::SetLeft(Twips v) {
   common_.left = v;
   Changed();
 }
-void Control::SetTop(int v) {
+void Control::SetTop(Twips v) {
   common_.top = v;
   Changed();
 }
-void Control::SetWidth(int v) {
+void Control::SetWidth(Twips v) {
   Move(common_.left, common_.top, v, common_.height);
 }
-void Control::SetHeight(int v) {
+void Control::SetHeight(Twips v) {
   Move(common_.left, common_.top, common_.width, v);
 }
-void Control::Move(int left, int top, int width, int height) {
+void Control::Move(Twips left, Twips top, Twips width, Twips height) {
   const bool resized = width != common_.width || height != common_.height;
   common_.left = left;
   common_.top = top;

@@ -78,10 +78,10 @@ using PropertyTable = std::vector<PropertyInfo>;
 
 // Properties every control has.
 struct CommonState {
-  int left = 0;
-  int top = 0;
-  int width = 0;
-  int height = 0;
+  Twips left = 0;
+  Twips top = 0;
+  Twips width = 0;
+  Twips height = 0;
   bool visible = true;
   bool enabled = true;
   std::string tag;
@@ -112,15 +112,16 @@ class Control {
   // "txtQty(3)" for an array member, "lblError" otherwise.
   std::string DisplayName() const;
 
-  int Left() const { return common_.left; }
-  int Top() const { return common_.top; }
-  int Width() const { return common_.width; }
-  int Height() const { return common_.height; }
-  void SetLeft(int v);
-  void SetTop(int v);
-  void SetWidth(int v);
-  void SetHeight(int v);
-  void Move(int left, int top, int width, int height);
+  // Geometry in twips; a rule that halves a length keeps the half.
+  Twips Left() const { return common_.left; }
+  Twips Top() const { return common_.top; }
+  Twips Width() const { return common_.width; }
+  Twips Height() const { return common_.height; }
+  void SetLeft(Twips v);
+  void SetTop(Twips v);
+  void SetWidth(Twips v);
+  void SetHeight(Twips v);
+  void Move(Twips left, Twips top, Twips width, Twips height);
 
   bool Visible() const { return common_.visible; }
   virtual void SetVisible(bool v);

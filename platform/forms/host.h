@@ -36,6 +36,9 @@ inline constexpr int kPointerHourglass = 11;
 
 // Twips per pixel at normal density.
 inline constexpr int kTwipsPerPixel = 15;
+// A length in twips. Whole numbers mostly, but a rule that halves a length
+// (a panel of an odd number of rows) keeps the half.
+using Twips = double;
 
 // Civil local time, as the program reads the clock and today's date.
 using LocalTime = std::chrono::local_time<std::chrono::milliseconds>;

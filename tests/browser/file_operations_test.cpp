@@ -204,6 +204,9 @@ TEST_F(FileOperationsTest, TheSelectionWithThePhotoOnDisplayMovesTheDisplay) {
   EXPECT_EQ(session().gsSelectedImage, kept);
   EXPECT_EQ(thumb(2).PhotoIndex(), 0);
   EXPECT_EQ(thumb(2).Left(), 0);
+  // The panel follows the load's rule: one photo is half a row more than
+  // none, kept to the half twip.
+  EXPECT_EQ(main().picImagelistInnerCont.Height(), 2377.5);
 }
 
 TEST_F(FileOperationsTest, TheTrashGoesStraightToTheCurrentPhotoWithoutOthers) {

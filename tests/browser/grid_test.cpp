@@ -36,10 +36,17 @@ TEST_F(GridTest, TwoColumnsWithTheLastOddPhotoOnTheLeft) {
   EXPECT_EQ(thumb(6).Left(), 0);
   EXPECT_EQ(thumb(6).Top(), 3 * 1455 + 4 * 100);
   // The panel steps by 1585 a row; an odd count takes the exact half row
-  // more: (7 / 2 + 1) rows.
-  EXPECT_EQ(main().picImagelistInnerCont.Height(), 7132);
+  // more: (7 / 2 + 1) rows, and the half twip is kept.
+  EXPECT_EQ(main().picImagelistInnerCont.Height(), 7132.5);
   EXPECT_EQ(main().ctrlImageListVScroll.Visible(),
             7 > main().getMaxNoImgsDisplayed());
+}
+
+TEST_F(GridTest, ThePanelKeepsTheHalfTwipOfAnOddCount) {
+  StartWith(3);
+  ASSERT_EQ(session().gdicPhotoList.Count(), 3);
+  EXPECT_EQ(main().picImagelistInnerCont.Height(), 3962.5);
+  EXPECT_EQ(main().picImagelistInnerCont.Property("Height").ToText(), "3962.5");
 }
 
 TEST_F(GridTest, ScrollingLoadsOnlyWhatComesIntoView) {

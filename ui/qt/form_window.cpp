@@ -270,7 +270,10 @@ void FormWindow::ApplyCommon(Control& control, QWidget* widget, Entry& entry) {
     was.top = control.Top();
     was.width = control.Width();
     was.height = control.Height();
-    QRect r = PixelRect(was.left, was.top, was.width, was.height);
+    // Whole pixels: a half twip is far below one.
+    QRect r =
+        PixelRect(static_cast<int>(was.left), static_cast<int>(was.top),
+                  static_cast<int>(was.width), static_cast<int>(was.height));
     if (widget->geometry() != r) {
       widget->setGeometry(r);
     }

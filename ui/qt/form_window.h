@@ -1,6 +1,8 @@
 #ifndef QBPD_UI_QT_FORM_WINDOW_H_
 #define QBPD_UI_QT_FORM_WINDOW_H_
 
+#include "platform/forms/host.h"
+
 #include <QWidget>
 
 #include <functional>
@@ -79,10 +81,10 @@ class FormWindow : public QWidget {
   // What was last applied to a widget of the properties every control has,
   // so that a sync touches Qt only for what changed.
   struct Applied {
-    int left = 0;
-    int top = 0;
-    int width = -1;
-    int height = -1;
+    Twips left = 0;
+    Twips top = 0;
+    Twips width = -1;
+    Twips height = -1;
     bool visible = false;
     bool enabled = true;
     double font_size = 0;
