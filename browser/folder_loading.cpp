@@ -382,7 +382,12 @@ void frmMainWindow::OpenCommandImage() {
     s_.gdicLoadedControls.RemoveAll();
     s_.gdicSelectedPhotos.RemoveAll();
     s_.giPhotoCount = 1;
-    if (path.find('~') != std::string::npos) {
+    // A "~" is an ordinary character of a name: a path that exists is its
+    // own long form and opens like any other; only one that doesn't exist
+    // is shown as a bare view of its folder.
+    std::error_code missing;
+    if (path.find('~') != std::string::npos &&
+        !fs::exists(s_.gsCommandLine, missing)) {
       mbCommandFolderLoad = false;
       std::string parent = GetLongPathName(ParentFolder(path));
       if (parent.size() >= 2 && parent.substr(parent.size() - 2) == "/.") {

@@ -264,8 +264,11 @@ void frmMainWindow::tmrIniitialLoad_Timer() {
       tmrUpgrade.SetEnabled(true);
       choose_folder = false;
     } else if (s_.gsCommandLine.find("DEVMON") == std::string::npos) {
+      // A folder (named, or where the long name's expansion stopped) is no
+      // file of another type: the start goes on to its folder silently.
       std::error_code error;
-      if (fs::exists(s_.gsCommandLine, error)) {
+      if (fs::exists(s_.gsCommandLine, error) &&
+          !fs::is_directory(s_.gsCommandLine, error)) {
         host().MsgBox(
             "Quillbay Picture Desk doesn't support this file format.\r\n"
             "Load Recent Viewed photos.",
@@ -330,10 +333,10 @@ void frmMainWindow::Form_QueryUnload(int& Cancel, int UnloadMode) {
 }
 
 void frmMainWindow::tmrQueryUnload_Timer() {
-  // The window holds no service client yet, so no request of it can have
-  // been cancelled: only the start-up load closes the window by itself.
-  constexpr bool kServiceRequestCancelled = false;
-  if (mbInitialLoadBusy || (s_.gbQuitRequested && kServiceRequestCancelled)) {
+  // The window holds no service client of its own, and an idle client has
+  // nothing left to cancel: its request counts as cancelled. So a close
+  // asked for during a folder load goes through once the load has stopped.
+  if (mbInitialLoadBusy || (s_.gbQuitRequested && !s_.gbLoadInProgress)) {
     s_.gbLoadInProgress = false;
     tmrQueryUnload.SetEnabled(false);
     Unload();
