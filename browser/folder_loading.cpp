@@ -42,6 +42,14 @@ std::string FolderName(const std::string& folder) {
   return name.empty() ? folder : name;
 }
 
+// The folder label's text for a folder's name: each "&" doubled, and cut to
+// its first 15 whole characters + "..." unless it is shorter than 16.
+std::string FolderLabelText(const std::string& name) {
+  const std::string doubled = DoubleAmpersands(name);
+  return CharacterCount(doubled) < 16 ? doubled
+                                      : FirstCharacters(doubled, 15) + "...";
+}
+
 }  // namespace
 
 // --- the folder tree ---------------------------------------------------------
@@ -77,9 +85,9 @@ void frmMainWindow::tmrDblClick_Timer() {
   }
   s_.gsCommandLine.clear();
   tmrExplorer.SetEnabled(false);
-  if (mbEditImageText) {
-    // The rename in the grid is committed with the grid; while it stays open
-    // the tree moves on without a load.
+  // A rename in progress is committed as Enter would; while the name stays
+  // open the tree has moved anyway, but nothing is loaded.
+  if (!CommitRename()) {
     tmrExplorer.SetEnabled(s_.gbExplorerTimerOn);
     ExpTreeView.SetFocus();
     return;
@@ -96,6 +104,9 @@ void frmMainWindow::tmrDblClick_Timer() {
   ctrlImageListVScroll.SetVisible(false);
   ResetPhotoModel();
   if (mbOpeningFromCommand) {
+    // The commanded photo's load fills the grid; the grid must not stay
+    // deaf after it.
+    mbFolderChanging = false;
     tmrExplorer.SetEnabled(s_.gbExplorerTimerOn);
     return;
   }
@@ -129,9 +140,7 @@ void frmMainWindow::tmrDblClick_Timer() {
 void frmMainWindow::ShowFolderLabel(const std::string& selected) {
   std::string name =
       selected == kDesktop ? std::string(kDesktop) : FolderName(selected);
-  name = DoubleAmpersands(name);
-  lblExpFolderPath.SetCaption(name.size() < 16 ? name
-                                               : name.substr(0, 15) + "...");
+  lblExpFolderPath.SetCaption(FolderLabelText(name));
 }
 
 void frmMainWindow::UnloadGridControls() {
@@ -291,7 +300,11 @@ void frmMainWindow::LoadImagesOnFolderClick(std::string& folder, bool& result) {
         thumb.SetVisible(true);
         thumb.SetTag("U");
         if (index == 0) {
+          // The load's own choice of its first photo is no grid event of
+          // the user's, and goes through while the folder changes.
+          mbLoadSelectsFirst = true;
           thumb.SelectThumbnail();
+          mbLoadSelectsFirst = false;
           host().SetMousePointer(kPointerHourglass);
         }
         host().DoEvents();
@@ -422,7 +435,7 @@ void frmMainWindow::OpenCommandImage() {
     lblExpFolderPath.SetCaption(
         s_.gsDesktopPath == s_.gsSelectedFolder + "/"
             ? std::string(kDesktop)
-            : DoubleAmpersands(FolderName(s_.gsSelectedFolder)));
+            : FolderLabelText(FolderName(s_.gsSelectedFolder)));
     load_folder = s_.gsSelectedFolder;
     const std::string upper = UpperCase(load_folder);
     const std::string cache = UpperCase(GetInternetCachePath(app_));
@@ -453,7 +466,7 @@ void frmMainWindow::OpenCommandImage() {
 }
 
 void frmMainWindow::RefreshCurrentFolder() {
-  if (mbEditImageText) {
+  if (!CommitRename()) {
     return;
   }
   SaveImage();
@@ -505,6 +518,7 @@ void frmMainWindow::RefreshCurrentFolder() {
     mnuFile.SetEnabled(true);
     mnuEdit.SetEnabled(true);
   }
+  mbFolderChanging = false;
   tmrExplorer.SetEnabled(s_.gbExplorerTimerOn);
 }
 

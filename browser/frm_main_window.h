@@ -359,7 +359,11 @@ class frmMainWindow : public Form {
   bool mbOpeningFromCommand = false;
   bool mbCommandFolderLoad = false;
   bool mbCommandPhotoOk = false;
+  // The folder is changing: the grid's events (a click or a tick on a
+  // thumbnail, the scroll bar) do nothing.
   bool mbFolderChanging = false;
+  // The load is selecting its first photo (a click that is no user's).
+  bool mbLoadSelectsFirst = false;
   OrderedDictionary<int, std::string> mdicStaleControls;
 
   // The grid.

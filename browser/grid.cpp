@@ -91,7 +91,7 @@ void frmMainWindow::RestoreExplorerTimer() {
 // --- scrolling ---------------------------------------------------------------
 
 void frmMainWindow::ctrlImageListVScroll_Change() {
-  if (mbScrollSilent) {
+  if (mbScrollSilent || mbFolderChanging) {
     return;
   }
   tmrExplorer.SetEnabled(false);
@@ -204,6 +204,10 @@ bool frmMainWindow::CommitRename() {
 
 void frmMainWindow::ctrlQuilImage_Click(EventArgs& e) {
   const int i = e.Index;
+  if (mbFolderChanging && !mbLoadSelectsFirst) {
+    e.Handled = false;
+    return;
+  }
   tmrExplorer.SetEnabled(false);
   if (!CommitRename()) {
     RestoreExplorerTimer();
@@ -323,6 +327,12 @@ void frmMainWindow::RepairMissingPhoto() {
 // --- the selection -----------------------------------------------------------
 
 void frmMainWindow::ctrlQuilImage_CheckClick(int index) {
+  if (mbFolderChanging && ctrlQuilImage.Exists(index)) {
+    // Nothing changes while the folder changes: the tick goes back.
+    Thumbnail& thumb = ctrlQuilImage[index];
+    thumb.SetCheck(thumb.Tag() == "C", false);
+    return;
+  }
   if (s_.gdicPhotoList.Count() == 0 || !ctrlQuilImage.Exists(index)) {
     return;
   }

@@ -71,6 +71,37 @@ std::string DoubleAmpersands(std::string_view text) {
   return out;
 }
 
+namespace {
+bool IsContinuationByte(char c) {
+  return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
+}
+}  // namespace
+
+size_t CharacterCount(std::string_view text) {
+  size_t count = 0;
+  for (char c : text) {
+    if (!IsContinuationByte(c)) {
+      ++count;
+    }
+  }
+  return count;
+}
+
+std::string FirstCharacters(std::string_view text, size_t count) {
+  size_t end = 0;
+  size_t taken = 0;
+  while (end < text.size()) {
+    if (!IsContinuationByte(text[end])) {
+      if (taken == count) {
+        break;
+      }
+      ++taken;
+    }
+    ++end;
+  }
+  return std::string(text.substr(0, end));
+}
+
 std::string BaseName(std::string_view path) {
   std::string name = FileNamePart(path);
   size_t dot = name.rfind('.');

@@ -54,6 +54,11 @@ std::string FileNamePart(std::string_view path);
 // The text as a caption shows it literally: each "&" doubled, so that none
 // is taken for an access key.
 std::string DoubleAmpersands(std::string_view text);
+// The number of characters of UTF-8 text (a character of several bytes
+// counts once).
+size_t CharacterCount(std::string_view text);
+// The first `count` whole characters of UTF-8 text.
+std::string FirstCharacters(std::string_view text, size_t count);
 // The file name without its extension (the text before the last ".").
 std::string BaseName(std::string_view path);
 // The parent folder of a path, with its separator.
