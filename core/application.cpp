@@ -59,6 +59,24 @@ ImageOperations& Application::images() {
   return *services_.images;
 }
 
+std::unique_ptr<HttpTransport> Application::ServiceTransport(ServiceNeed need) {
+  std::unique_ptr<HttpTransport> inner = services_.make_transport
+                                             ? services_.make_transport()
+                                             : MakeCurlTransport();
+  return MakeServiceTransport(std::move(inner), services_.service.get(), need);
+}
+
+std::string Application::PrepareService(const std::string& address,
+                                        ServiceNeed need) {
+  if (!services_.service) {
+    return std::string();
+  }
+  return services_.service->Prepare(address, need, [this] {
+    host_->DoEvents();
+    return true;
+  });
+}
+
 bool Application::PrevInstance() {
   if (!prev_instance_) {
     prev_instance_ = services_.instance && !services_.instance->Claim();

@@ -6,8 +6,10 @@
 #include "platform/forms/display_control.h"
 #include "platform/forms/form_set.h"
 #include "platform/forms/host.h"
+#include "platform/http_transport.h"
 #include "platform/image_operations.h"
 #include "platform/launcher.h"
+#include "platform/local_service.h"
 #include "platform/places.h"
 #include "platform/settings_store.h"
 #include "platform/single_instance.h"
@@ -43,6 +45,13 @@ struct PlatformServices {
   std::unique_ptr<Launcher> launcher;
   // Makes the picture model of a photo view; none leaves photo views empty.
   std::function<std::unique_ptr<DisplayControl>()> make_display;
+  // Whether and how the online service at an address may be used: the
+  // programs' connection starts this user's reference service when a command
+  // first needs it and refuses another user's. None uses every address as
+  // it stands.
+  std::unique_ptr<ServiceConnection> service;
+  // Makes the network transport under ServiceTransport; none is libcurl.
+  std::function<std::unique_ptr<HttpTransport>()> make_transport;
 };
 
 // One run of the program: the host it talks to, the platform services, the
@@ -75,6 +84,21 @@ class Application {
   std::shared_ptr<DisplayControl> NewDisplayControl() const {
     return services_.make_display ? services_.make_display() : nullptr;
   }
+
+  // The one way to the online service. Every service client gets its
+  // transport here (MakeServiceClient(host, [&app] { return
+  // app.ServiceTransport(); })): before each request it has the service
+  // connection make sure that the service at the request's address may be
+  // used, starting this user's reference service when a command first needs
+  // it (kStart); a background check passes kRunning and starts nothing.
+  std::unique_ptr<HttpTransport> ServiceTransport(
+      ServiceNeed need = ServiceNeed::kStart);
+  // The same preparation without a request, for the check of the connection
+  // (CheckInternetConnection) that an online command makes first: "" when
+  // the service at `address` may be used now, else why not. Events run while
+  // a start is waited for.
+  std::string PrepareService(const std::string& address,
+                             ServiceNeed need = ServiceNeed::kStart);
 
   // App.PrevInstance: whether another instance of the program runs. The
   // first call decides, and makes this process the running instance when

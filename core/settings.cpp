@@ -1,5 +1,6 @@
 #include "core/settings.h"
 
+#include "platform/local_service.h"
 #include "platform/profile_file.h"
 #include "platform/settings_store.h"
 
@@ -294,6 +295,7 @@ bool LayDefaultSettings(SettingsStore& store,
 std::map<std::string, std::string> InstallerVariables(
     const std::string& pictures_folder) {
   return {{"PICTURES", pictures_folder},
+          {"SERVICE_PORT", std::to_string(UserServicePort())},
           {"VERSION", std::string(ProgramVersion())}};
 }
 

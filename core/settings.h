@@ -148,7 +148,8 @@ bool LayDefaultSettings(SettingsStore& store,
 std::string_view ProgramVersion();
 
 // The variables of the default set as the programs lay it for a user:
-// "PICTURES", the user's pictures folder; "VERSION", ProgramVersion().
+// "PICTURES", the user's pictures folder; "SERVICE_PORT", the user's port of
+// the reference service (UserServicePort); "VERSION", ProgramVersion().
 std::map<std::string, std::string> InstallerVariables(
     const std::string& pictures_folder);
 

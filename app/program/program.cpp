@@ -6,6 +6,9 @@
 #include "core/frm_splash.h"
 #include "core/settings.h"
 #include "platform/display_model.h"
+#include "platform/local_service.h"
+
+#include <cstdio>
 
 namespace qbpd {
 
@@ -36,6 +39,17 @@ PlatformServices MakePlatformServices(std::unique_ptr<SettingsStore> settings) {
           ? MakePrivateTempFolder(services.places)
           : services.places.runtime + "/quillbay-picture-desk";
   services.instance = MakeSingleInstance(runtime);
+  // The reference service beside the program, started when an online command
+  // first needs it and stopped with the last of the user's programs that
+  // used it.
+  LocalServiceOptions service;
+  service.program = services.places.program + "/qbpd-service";
+  service.data_dir = services.places.data + "/service";
+  service.lock_folder = runtime;
+  service.tell = [](const std::string& text) {
+    std::fprintf(stderr, "qbpd: %s\n", text.c_str());
+  };
+  services.service = MakeLocalServiceConnection(std::move(service));
   services.resources = FindResourcesFolder(services.places);
   if (!services.resources.empty()) {
     services.default_settings = services.resources + "/default-settings.ini";

@@ -108,6 +108,9 @@ wait_for "recent folders written" \
 [[ $(get "$root" Version) == "$version" ]] ||
   fail "Version (what the About box shows) is '$(get "$root" Version)'"
 [[ $(get "$root" CacheEnable) == *TRUE* ]] || fail "the cache is off"
+port=$((8931 + $(id -u) % 50000))
+[[ $(get "$root" IP) == "http://127.0.0.1:$port" ]] ||
+  fail "IP is '$(get "$root" IP)', not this user's port $port"
 [[ $(get "$root\\Preferences\\Settings" LastOpenFolderInPreviousSession) == True ]] ||
   fail "the start does not reopen the last folder"
 no_service "first start"
