@@ -3,6 +3,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <ext/stdio_filebuf.h>
+#include <istream>
 #include <string>
 
 namespace qbpd {
@@ -13,8 +15,35 @@ enum class PhotoKind { kJpeg, kPng, kTiff, kBmp, kOther };
 // Tells the kind of a file from its first bytes (8 are enough), whatever its
 // name says.
 PhotoKind SniffPhotoKind(const std::uint8_t* head, std::size_t size);
-// The same for a file on disk; kOther when it can't be read.
+// The same for a file on disk; kOther when it can't be read or is no plain
+// file.
 PhotoKind SniffPhotoFile(const std::string& path);
+
+// Opens a photo for reading: only a plain file (a link to one is followed)
+// is a photo. The open never waits: a named pipe, a device or a socket under
+// a photo's name is refused at once, not waited on. Returns the descriptor,
+// in blocking mode for reading and closed on exec, or -1 (errno set).
+int OpenPhotoFile(const std::string& path);
+
+// A stream over a photo opened with OpenPhotoFile, for readers that take a
+// stream (the bitmap reader). It reads a duplicate of `fd` from the start of
+// the file and closes that duplicate; `fd` itself stays open. A failed
+// duplicate gives a stream in the failed state.
+class PhotoStream : public std::istream {
+ public:
+  explicit PhotoStream(int fd);
+  PhotoStream(const PhotoStream&) = delete;
+  PhotoStream& operator=(const PhotoStream&) = delete;
+
+ private:
+  __gnu_cxx::stdio_filebuf<char> buffer_;
+};
+
+// True when the JPEG in `fd` (read from its start) has all its parts: its
+// markers are well formed up to the first scan, and the end-of-image marker
+// follows the compressed data. A file cut short fails this every time,
+// however the decoder is driven. The file's offset is not used.
+bool JpegIsWhole(int fd);
 
 }  // namespace qbpd
 

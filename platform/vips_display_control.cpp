@@ -1,3 +1,4 @@
+#include "platform/atomic_file.h"
 #include "platform/bmp_reader.h"
 #include "platform/display_model.h"
 #include "platform/photo_kind.h"
@@ -107,18 +108,31 @@ vips::VOption* LoaderOptions() {
       ->set("fail_on", VIPS_FAIL_ON_ERROR);
 }
 
+// Opens the photo at `path` for reading: a plain file only, and never
+// waiting on the open (see OpenPhotoFile).
+int OpenPhoto(const std::string& path) {
+  const int fd = OpenPhotoFile(path);
+  if (fd < 0) {
+    throw vips::VError("not a photo file");
+  }
+  return fd;
+}
+
 // Opens the file with the loader of its kind only, so no general-purpose
 // loader is ever handed a photo. Nothing is decoded yet.
 vips::VImage OpenLazily(const std::string& path,
                         PhotoKind kind,
                         vips::VOption* options) {
+  const FileDescriptor fd(OpenPhoto(path));
+  // The source reads a duplicate of the descriptor.
+  const vips::VSource source = vips::VSource::new_from_descriptor(fd.get());
   switch (kind) {
     case PhotoKind::kJpeg:
-      return vips::VImage::jpegload(path.c_str(), options);
+      return vips::VImage::jpegload_source(source, options);
     case PhotoKind::kPng:
-      return vips::VImage::pngload(path.c_str(), options);
+      return vips::VImage::pngload_source(source, options);
     case PhotoKind::kTiff:
-      return vips::VImage::tiffload(path.c_str(), options);
+      return vips::VImage::tiffload_source(source, options);
     case PhotoKind::kBmp:
     case PhotoKind::kOther:
       break;
@@ -133,8 +147,17 @@ std::optional<PhotoHeader> ReadHeader(const std::string& path) {
   }
   PhotoHeader header;
   header.kind = *kind;
+  if (*kind == PhotoKind::kJpeg) {
+    // Cut short: refused the same way every time, whatever the decoder's
+    // threads would make of it.
+    const FileDescriptor fd(OpenPhoto(path));
+    if (!JpegIsWhole(fd.get())) {
+      return std::nullopt;
+    }
+  }
   if (*kind == PhotoKind::kBmp) {
-    std::ifstream in(path, std::ios::binary);
+    const FileDescriptor fd(OpenPhoto(path));
+    PhotoStream in(fd.get());
     BmpInfo info;
     if (!in || !ReadBmpInfo(in, kMaxPixels, info).ok()) {
       return std::nullopt;
@@ -215,7 +238,7 @@ using TurboHandle = std::unique_ptr<void, TurboDeleter>;
 
 std::optional<std::vector<unsigned char>> ReadWholeFile(
     const std::string& path) {
-  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  const int fd = OpenPhotoFile(path);
   if (fd < 0) {
     return std::nullopt;
   }
@@ -313,9 +336,8 @@ vips::VImage DecodeStored(const std::string& path,
       // Sides rounded down, as libvips checks them: a side of 4 pixels is
       // not shrunk by 8, which would leave it none at all.
       const int shrink = BoxShrink(header, needed, kMaxJpegShrink);
-      return ToDisplayRgb(
-                 vips::VImage::jpegload(path.c_str(),
-                                        LoaderOptions()->set("shrink", shrink)))
+      return ToDisplayRgb(OpenLazily(path, header.kind,
+                                     LoaderOptions()->set("shrink", shrink)))
           .copy_memory();
     }
     case PhotoKind::kPng:
@@ -332,7 +354,8 @@ vips::VImage DecodeStored(const std::string& path,
       break;
     case PhotoKind::kBmp: {
       const int shrink = BoxShrink(header, needed, kMaxOtherShrink);
-      std::ifstream in(path, std::ios::binary);
+      const FileDescriptor fd(OpenPhoto(path));
+      PhotoStream in(fd.get());
       BmpPixels pixels;
       if (!in || !DecodeBmp(in, kMaxPixels, shrink, pixels).ok()) {
         throw vips::VError("unreadable bitmap");

@@ -314,10 +314,11 @@ class VipsImageOperations final : public ImageOperations {
         quality > 100) {
       return std::nullopt;
     }
-    FileDescriptor fd(::open(source.c_str(), O_RDONLY | O_CLOEXEC));
+    // Only a plain file is a photo, and its open never waits.
+    FileDescriptor fd(OpenPhotoFile(source));
     struct stat status {};
     if (fd.get() < 0 || ::fstat(fd.get(), &status) != 0 ||
-        !S_ISREG(status.st_mode) || status.st_size == 0) {
+        status.st_size == 0) {
       return std::nullopt;
     }
     std::array<std::uint8_t, 16> head{};
@@ -327,13 +328,18 @@ class VipsImageOperations final : public ImageOperations {
     }
     const PhotoKind kind =
         SniffPhotoKind(head.data(), static_cast<std::size_t>(head_size));
+    // A JPEG cut short fails here, the same way every time, before a decoder
+    // whose threads would make its answer depend on timing sees it.
+    if (kind == PhotoKind::kJpeg && !JpegIsWhole(fd.get())) {
+      return std::nullopt;
+    }
 
     std::optional<vips::VImage> thumbnail;
     // Kept alive until the JPEG is encoded: the bitmap's pixels are not
     // copied into libvips.
     BmpPixels bitmap;
     if (kind == PhotoKind::kBmp) {
-      thumbnail = BitmapThumbnail(source, size, bitmap);
+      thumbnail = BitmapThumbnail(fd.get(), size, bitmap);
     } else if (kind != PhotoKind::kOther) {
       thumbnail = VipsThumbnail(fd.get(), kind, size);
     }
@@ -394,10 +400,10 @@ class VipsImageOperations final : public ImageOperations {
 
   // libvips reads bitmaps only through ImageMagick, which decodes the whole
   // picture at full size; the bitmap reader shrinks while it reads instead.
-  static std::optional<vips::VImage> BitmapThumbnail(const std::string& source,
+  static std::optional<vips::VImage> BitmapThumbnail(int fd,
                                                      int size,
                                                      BmpPixels& bitmap) {
-    std::ifstream in(source, std::ios::binary);
+    PhotoStream in(fd);
     BmpInfo info;
     if (!in || !ReadBmpInfo(in, kMaxPixels, info).ok()) {
       return std::nullopt;

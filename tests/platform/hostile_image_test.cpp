@@ -9,11 +9,17 @@
 #include <gtest/gtest.h>
 #include <vips/vips8>
 
+#include <chrono>
 #include <cstdint>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <future>
 #include <string>
 #include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace qbpd {
@@ -97,6 +103,16 @@ class HostileImageTest : public ::testing::Test {
     }
   }
 
+  // The thumbnail's and the view's verdict on `photo`, in one view size.
+  std::pair<bool, bool> Verdict(const fs::path& photo) {
+    std::string buffer;
+    const bool thumbnail =
+        images_->GenerateThumbnailAndBuffer(photo.string(), buffer,
+                                            kThumbnailSize, kQuality) == 1;
+    view_->SetViewSize(640, 480);
+    return {thumbnail, view_->LoadPhoto(photo.string())};
+  }
+
   // A thumbnail of `photo`, decoded; its width and height.
   std::pair<int, int> ThumbnailSize(const fs::path& photo) {
     const fs::path out = temp_ / "measured.jpg";
@@ -144,6 +160,97 @@ TEST_F(HostileImageTest, ExtremeAspectRatiosScaleToAtLeastOnePixel) {
   ASSERT_TRUE(view_->LoadPhoto(wide.string()));
   EXPECT_EQ(view_->PhotoWidth(), 65500);
   EXPECT_EQ(view_->PhotoHeight(), 1);
+}
+
+// Noise compresses badly, so the file is long and a cut lands inside the
+// compressed data.
+vips::VImage Noise(int width, int height) {
+  return (vips::VImage::gaussnoise(width, height) * 3)
+      .bandjoin({vips::VImage::gaussnoise(width, height),
+                 vips::VImage::gaussnoise(width, height)})
+      .cast(VIPS_FORMAT_UCHAR)
+      .copy(vips::VImage::option()->set("interpretation",
+                                        VIPS_INTERPRETATION_sRGB));
+}
+
+void WriteCut(const fs::path& from, const fs::path& to, double keep) {
+  const std::string bytes = testing::ReadFile(from);
+  std::ofstream(to, std::ios::binary)
+      << bytes.substr(0, static_cast<std::size_t>(bytes.size() * keep));
+}
+
+TEST_F(HostileImageTest, ACutJpegFailsTheSameWayWhateverTheThreadCount) {
+  const fs::path whole = temp_ / "whole.jpg";
+  SaveJpeg(Noise(800, 600), whole);
+  const fs::path whole_progressive = temp_ / "whole-progressive.jpg";
+  SaveJpeg(Noise(800, 600), whole_progressive, /*progressive=*/true);
+  std::vector<fs::path> cut;
+  for (const double keep : {0.3, 0.9, 0.999}) {
+    for (const fs::path& from : {whole, whole_progressive}) {
+      cut.push_back(temp_ /
+                    (std::to_string(keep) + "-" + from.filename().string()));
+      WriteCut(from, cut.back(), keep);
+    }
+  }
+  // Only the last two bytes, the end-of-image marker, missing.
+  const std::string bytes = testing::ReadFile(whole);
+  cut.push_back(temp_ / "no-end.jpg");
+  std::ofstream(cut.back(), std::ios::binary)
+      << bytes.substr(0, bytes.size() - 2);
+  // Bytes after the end of the picture (as some cameras write) are no cut.
+  const fs::path trailer = temp_ / "trailer.jpg";
+  std::ofstream(trailer, std::ios::binary) << bytes << "camera trailer";
+
+  const int threads = vips_concurrency_get();
+  for (const int concurrency : {1, 8, 2, 8, 1}) {
+    vips_concurrency_set(concurrency);
+    for (const fs::path& photo : cut) {
+      EXPECT_EQ(Verdict(photo), std::make_pair(false, false))
+          << photo << " with " << concurrency << " threads";
+    }
+    for (const fs::path& photo : {whole, whole_progressive, trailer}) {
+      EXPECT_EQ(Verdict(photo), std::make_pair(true, true))
+          << photo << " with " << concurrency << " threads";
+    }
+  }
+  vips_concurrency_set(threads);
+}
+
+// Runs `attack` on another thread. A call that waits on the pipe for a
+// writer (one that never comes) is a failure; the test then plays the
+// writer to let it go.
+void ExpectNoWaitOn(const fs::path& fifo, const std::function<void()>& attack) {
+  std::packaged_task<void()> task(attack);
+  std::future<void> done = task.get_future();
+  std::thread runner(std::move(task));
+  // Generous: an open that does not wait returns at once.
+  if (done.wait_for(std::chrono::seconds(60)) != std::future_status::ready) {
+    ADD_FAILURE() << "the program waited on the named pipe " << fifo;
+    while (done.wait_for(std::chrono::milliseconds(10)) !=
+           std::future_status::ready) {
+      const int writer = ::open(fifo.c_str(), O_WRONLY | O_NONBLOCK);
+      if (writer >= 0) {
+        ::close(writer);
+      }
+    }
+  }
+  runner.join();
+}
+
+TEST_F(HostileImageTest, ANamedPipeUnderAPhotosNameIsRefusedWithoutWaiting) {
+  const fs::path fifo = temp_ / "photo.jpg";
+  ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+  ExpectNoWaitOn(
+      fifo, [&] { EXPECT_EQ(Attack(fifo), std::make_pair(false, false)); });
+  // A link to a pipe is no photo either; nor is a folder or a device.
+  const fs::path link = temp_ / "link.jpg";
+  fs::create_symlink(fifo, link);
+  ExpectNoWaitOn(
+      fifo, [&] { EXPECT_EQ(Attack(link), std::make_pair(false, false)); });
+  const fs::path folder = temp_ / "folder.jpg";
+  fs::create_directory(folder);
+  EXPECT_EQ(Attack(folder), std::make_pair(false, false));
+  EXPECT_EQ(Attack("/dev/zero"), std::make_pair(false, false));
 }
 
 }  // namespace
