@@ -37,7 +37,10 @@ inline constexpr int kDisplayScrollBarPx = 16;
 // Refused (False, the view as it was): a missing or empty file, a file that
 // is none of JPEG, PNG, TIFF or bitmap by its first bytes whatever its name,
 // a photo above 256 megapixels (known from the header, before a pixel is
-// decoded), and a corrupt or truncated file.
+// decoded), a photo whose decoding would take more than one photo may (see
+// WithinDecodeBudget), a JPEG without its end marker, a corrupt or truncated
+// file, and anything that is not a plain file (never waited on). However
+// long or narrow the photo, every shown side keeps at least one pixel.
 std::unique_ptr<DisplayControl> MakeVipsDisplayControl();
 
 }  // namespace qbpd

@@ -10,7 +10,11 @@ namespace qbpd {
 // conversion and measures. Paths are full file-system paths. Results follow
 // the library's own convention: 1 means success, 0 failure. A corrupt,
 // truncated, empty or oversized file (above 256 megapixels) or a file that is
-// no image at all fails cleanly with 0; nothing here shows a message.
+// no image at all fails cleanly with 0; nothing here shows a message. Only a
+// plain file is a photo, and opening one never waits (a named pipe is
+// refused at once). A JPEG without its end marker fails every time, and a
+// photo whose decoding would take more than one photo may (see
+// WithinDecodeBudget in photo_kind.h) fails before it is decoded.
 class ImageOperations {
  public:
   virtual ~ImageOperations() = default;

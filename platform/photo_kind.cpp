@@ -5,9 +5,11 @@
 #include <cerrno>
 #include <cstdint>
 #include <fcntl.h>
+#include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
+#include <zlib.h>
 
 namespace qbpd {
 
@@ -106,6 +108,32 @@ class ByteReader {
     return block_[at_++];
   }
 
+  // Reads `count` bytes into `out`; false when the file ends first.
+  bool Read(std::size_t count, std::vector<std::uint8_t>& out) {
+    out.resize(count);
+    for (std::size_t i = 0; i < count; ++i) {
+      const int byte = Next();
+      if (byte < 0) {
+        return false;
+      }
+      out[i] = static_cast<std::uint8_t>(byte);
+    }
+    return true;
+  }
+
+  // A big-endian number of `bytes` bytes; -1 when the file ends first.
+  std::int64_t Number(int bytes) {
+    std::int64_t value = 0;
+    for (int i = 0; i < bytes; ++i) {
+      const int byte = Next();
+      if (byte < 0) {
+        return -1;
+      }
+      value = value << 8 | byte;
+    }
+    return value;
+  }
+
   // Skips `count` bytes; false when the file ends first.
   bool Skip(std::size_t count) {
     const std::size_t buffered = std::min(count, size_ - at_);
@@ -195,4 +223,185 @@ bool JpegIsWhole(int fd) {
   }
   return false;
 }
+namespace {
+
+// The coefficient memory a progressive JPEG needs (0 for a baseline one),
+// from its frame header; nullopt when the header can't be read.
+std::optional<std::uint64_t> ProgressiveJpegBytes(int fd) {
+  ByteReader in(fd, 0);
+  if (in.Next() != 0xFF || in.Next() != kSoi) {
+    return std::nullopt;
+  }
+  for (;;) {
+    int marker = in.Next();
+    if (marker != 0xFF) {
+      return std::nullopt;
+    }
+    while (marker == 0xFF) {
+      marker = in.Next();
+    }
+    if (marker < 0 || marker == kEoi || marker == kSos) {
+      return std::nullopt;
+    }
+    if ((marker >= 0xD0 && marker <= 0xD7) || marker == 0x01) {
+      continue;
+    }
+    const std::int64_t length = in.Number(2);
+    if (length < 2) {
+      return std::nullopt;
+    }
+    // Start-of-frame markers: C0 to CF but for C4 (tables), C8 and CC.
+    const bool frame = marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 &&
+                       marker != 0xC8 && marker != 0xCC;
+    if (!frame) {
+      if (!in.Skip(static_cast<std::size_t>(length - 2))) {
+        return std::nullopt;
+      }
+      continue;
+    }
+    const bool progressive =
+        marker == 0xC2 || marker == 0xC6 || marker == 0xCA || marker == 0xCE;
+    in.Next();  // precision
+    const std::int64_t height = in.Number(2);
+    const std::int64_t width = in.Number(2);
+    const int count = in.Next();
+    if (height < 0 || width < 0 || count <= 0) {
+      return std::nullopt;
+    }
+    struct Sampling {
+      int h, v;
+    };
+    std::vector<Sampling> sampling;
+    int h_max = 1;
+    int v_max = 1;
+    for (int i = 0; i < count; ++i) {
+      in.Next();  // component id
+      const int factors = in.Next();
+      in.Next();  // quantisation table
+      if (factors < 0) {
+        return std::nullopt;
+      }
+      sampling.push_back(
+          {std::max(1, factors >> 4), std::max(1, factors & 15)});
+      h_max = std::max(h_max, sampling.back().h);
+      v_max = std::max(v_max, sampling.back().v);
+    }
+    if (!progressive) {
+      return 0;
+    }
+    // One 64-coefficient block of two bytes a coefficient for every 8 x 8
+    // pixels of each component, at its sampling.
+    std::uint64_t bytes = 0;
+    for (const Sampling& c : sampling) {
+      const std::uint64_t w = (static_cast<std::uint64_t>(width) * c.h +
+                               static_cast<std::uint64_t>(h_max) - 1) /
+                              static_cast<std::uint64_t>(h_max);
+      const std::uint64_t h = (static_cast<std::uint64_t>(height) * c.v +
+                               static_cast<std::uint64_t>(v_max) - 1) /
+                              static_cast<std::uint64_t>(v_max);
+      bytes += (w + 7) / 8 * ((h + 7) / 8) * 64 * 2;
+    }
+    return bytes;
+  }
+}
+
+// Inflates `compressed` (a zlib stream) and adds its size to `total`; false
+// as soon as `total` passes the bound or the stream is broken.
+bool InflateWithin(const std::vector<std::uint8_t>& compressed,
+                   std::uint64_t& total) {
+  z_stream stream{};
+  if (inflateInit(&stream) != Z_OK) {
+    return false;
+  }
+  stream.next_in = const_cast<Bytef*>(compressed.data());
+  stream.avail_in = static_cast<uInt>(compressed.size());
+  std::array<std::uint8_t, 64 * 1024> out{};
+  int status = Z_OK;
+  bool within = true;
+  while (status == Z_OK && within) {
+    stream.next_out = out.data();
+    stream.avail_out = static_cast<uInt>(out.size());
+    status = inflate(&stream, Z_NO_FLUSH);
+    total += out.size() - stream.avail_out;
+    within = total <= kMaxPngTextBytes;
+    if (status == Z_BUF_ERROR && stream.avail_in == 0) {
+      break;  // the stream ends early: libpng's business, not a bomb
+    }
+  }
+  inflateEnd(&stream);
+  return within;
+}
+
+bool PngTextWithinBudget(int fd) {
+  ByteReader in(fd, 8);
+  std::uint64_t total = 0;
+  std::vector<std::uint8_t> data;
+  for (;;) {
+    const std::int64_t length = in.Number(4);
+    const std::int64_t type = in.Number(4);
+    if (length < 0 || type < 0) {
+      return true;  // the end of the file; the loader judges the rest
+    }
+    const bool ztxt = type == 0x7A545874;  // "zTXt"
+    const bool itxt = type == 0x69545874;  // "iTXt"
+    const bool iccp = type == 0x69434350;  // "iCCP"
+    if (type == 0x49454E44) {              // "IEND"
+      return true;
+    }
+    if (!(ztxt || itxt || iccp)) {
+      if (!in.Skip(static_cast<std::size_t>(length) + 4)) {
+        return true;
+      }
+      continue;
+    }
+    if (static_cast<std::uint64_t>(length) > kMaxPngTextBytes * 4 ||
+        !in.Read(static_cast<std::size_t>(length), data) || !in.Skip(4)) {
+      return static_cast<std::uint64_t>(length) <= kMaxPngTextBytes * 4;
+    }
+    // The keyword and its zero, then the compression fields.
+    auto at = std::find(data.begin(), data.end(), 0);
+    if (at == data.end()) {
+      continue;
+    }
+    ++at;
+    if (itxt) {
+      // Compression flag and method, language tag, translated keyword.
+      if (data.end() - at < 2 || *at == 0) {
+        continue;
+      }
+      at += 2;
+      for (int field = 0; field < 2 && at != data.end(); ++field) {
+        at = std::find(at, data.end(), 0);
+        if (at != data.end()) {
+          ++at;
+        }
+      }
+    } else if (at != data.end()) {
+      ++at;  // compression method
+    }
+    const std::vector<std::uint8_t> compressed(at, data.end());
+    if (!InflateWithin(compressed, total)) {
+      return false;
+    }
+  }
+}
+
+}  // namespace
+
+bool WithinDecodeBudget(int fd, PhotoKind kind) {
+  switch (kind) {
+    case PhotoKind::kJpeg: {
+      const std::optional<std::uint64_t> bytes = ProgressiveJpegBytes(fd);
+      return bytes && *bytes <= kMaxDecodeBytes;
+    }
+    case PhotoKind::kPng:
+      return PngTextWithinBudget(fd);
+    case PhotoKind::kTiff:
+    case PhotoKind::kBmp:
+    case PhotoKind::kOther:
+      break;
+  }
+  return true;
+}
+
 }  // namespace qbpd

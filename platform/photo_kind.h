@@ -45,6 +45,21 @@ class PhotoStream : public std::istream {
 // however the decoder is driven. The file's offset is not used.
 bool JpegIsWhole(int fd);
 
+// What decoding one photo may take at most, in bytes of memory that the
+// decoder itself must hold whatever scale it decodes at.
+inline constexpr std::uint64_t kMaxDecodeBytes = 512ull * 1024 * 1024;
+// How much text the compressed text and profile chunks of one PNG may
+// inflate to, together.
+inline constexpr std::uint64_t kMaxPngTextBytes = 8ull * 1024 * 1024;
+
+// False when decoding the photo of `kind` in `fd` would take more than one
+// photo may, known before its pixels are decoded: a progressive JPEG (which
+// is decoded whole, however small the result) whose coefficients alone pass
+// kMaxDecodeBytes, or a PNG whose compressed text, international text or
+// colour-profile chunks inflate past kMaxPngTextBytes (a decompression bomb).
+// The check inflates no more than that bound. Other kinds pass.
+bool WithinDecodeBudget(int fd, PhotoKind kind);
+
 }  // namespace qbpd
 
 #endif  // QBPD_PLATFORM_PHOTO_KIND_H_

@@ -147,11 +147,13 @@ std::optional<PhotoHeader> ReadHeader(const std::string& path) {
   }
   PhotoHeader header;
   header.kind = *kind;
-  if (*kind == PhotoKind::kJpeg) {
-    // Cut short: refused the same way every time, whatever the decoder's
-    // threads would make of it.
+  {
+    // A JPEG cut short is refused the same way every time, whatever the
+    // decoder's threads would make of it; a photo whose decoding would take
+    // more than one photo may is refused before it starts.
     const FileDescriptor fd(OpenPhoto(path));
-    if (!JpegIsWhole(fd.get())) {
+    if ((*kind == PhotoKind::kJpeg && !JpegIsWhole(fd.get())) ||
+        !WithinDecodeBudget(fd.get(), *kind)) {
       return std::nullopt;
     }
   }

@@ -333,6 +333,10 @@ class VipsImageOperations final : public ImageOperations {
     if (kind == PhotoKind::kJpeg && !JpegIsWhole(fd.get())) {
       return std::nullopt;
     }
+    // Nor is a photo whose decoding would take more than one photo may.
+    if (!WithinDecodeBudget(fd.get(), kind)) {
+      return std::nullopt;
+    }
 
     std::optional<vips::VImage> thumbnail;
     // Kept alive until the JPEG is encoded: the bitmap's pixels are not

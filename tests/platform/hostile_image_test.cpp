@@ -4,6 +4,7 @@
 
 #include "platform/display_model.h"
 #include "platform/image_operations.h"
+#include "tests/platform/hostile_files.h"
 #include "tests/support/temp_dir.h"
 
 #include <gtest/gtest.h>
@@ -165,9 +166,11 @@ TEST_F(HostileImageTest, ExtremeAspectRatiosScaleToAtLeastOnePixel) {
 // Noise compresses badly, so the file is long and a cut lands inside the
 // compressed data.
 vips::VImage Noise(int width, int height) {
-  return (vips::VImage::gaussnoise(width, height) * 3)
-      .bandjoin({vips::VImage::gaussnoise(width, height),
-                 vips::VImage::gaussnoise(width, height)})
+  std::vector<vips::VImage> bands;
+  for (int band = 0; band < 3; ++band) {
+    bands.push_back(vips::VImage::gaussnoise(width, height) * 3);
+  }
+  return vips::VImage::bandjoin(bands)
       .cast(VIPS_FORMAT_UCHAR)
       .copy(vips::VImage::option()->set("interpretation",
                                         VIPS_INTERPRETATION_sRGB));
@@ -235,6 +238,23 @@ void ExpectNoWaitOn(const fs::path& fifo, const std::function<void()>& attack) {
     }
   }
   runner.join();
+}
+
+TEST_F(HostileImageTest, PhotosThatWouldTakeTooMuchAreRefusedBeforeDecoding) {
+  // A progressive JPEG is decoded whole whatever the scale asked for: at
+  // 16000 x 16000 its coefficients alone take 768 MB.
+  const fs::path huge = temp_ / "huge-progressive.jpg";
+  std::ofstream(huge, std::ios::binary) << testing::WithFrameSize(
+      testing::Encoded(testing::Gradient(64, 48), ".jpg[interlace]"), 16000,
+      16000);
+  // 64 MB of comment in 64 KB of PNG.
+  const fs::path bomb = temp_ / "bomb.png";
+  std::ofstream(bomb, std::ios::binary) << testing::PngWith(testing::Chunk(
+      "zTXt", std::string("Comment\0\0", 9) +
+                  testing::Deflated(std::string(64 << 20, 'A'))));
+  for (const fs::path& photo : {huge, bomb}) {
+    EXPECT_EQ(Verdict(photo), std::make_pair(false, false)) << photo;
+  }
 }
 
 TEST_F(HostileImageTest, ANamedPipeUnderAPhotosNameIsRefusedWithoutWaiting) {
