@@ -79,6 +79,27 @@ bool ReplaceFile(const std::string& path, const std::string& text) {
   return WriteFileAtomically(target, text.data(), text.size(), how);
 }
 
+// True when a line opens a section name with "[" and does not close it: the
+// parser reads the name on through the following lines, and rewriting the
+// file would merge them into it.
+bool HasUnclosedSection(const std::string& text) {
+  // A byte-order mark may come before the first line; the parser ends a
+  // line at a carriage return as at a line feed.
+  std::size_t start = text.rfind("\xEF\xBB\xBF", 0) == 0 ? 3 : 0;
+  while (start < text.size()) {
+    std::size_t end = text.find_first_of("\r\n", start);
+    if (end == std::string::npos) {
+      end = text.size();
+    }
+    const std::size_t first = text.find_first_not_of(" \t", start);
+    if (first < end && text[first] == '[' && text.find(']', first) >= end) {
+      return true;
+    }
+    start = end + 1;
+  }
+  return false;
+}
+
 // Loads the file, lets `change` alter it and writes it back when the text
 // differs. `change` returns false to give up without writing.
 template <class Change>
@@ -86,7 +107,8 @@ bool Modify(const std::string& path, Change change) {
   const std::optional<std::string> text = ReadText(path);
   // The parser stops at a NUL byte; rewriting such a file would drop all
   // that follows it, so it is left alone.
-  if (!text || text->find('\0') != std::string::npos) {
+  if (!text || text->find('\0') != std::string::npos ||
+      HasUnclosedSection(*text)) {
     return false;
   }
   Profile profile;

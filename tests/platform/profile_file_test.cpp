@@ -249,6 +249,31 @@ TEST(ProfileFileTest, FileWithANulByteIsNotRewritten) {
   EXPECT_EQ(testing::ReadFile(ini), damaged);
 }
 
+// Found by the fuzz target: a section line without its "]" is read as a name
+// running on through the next lines, and a rewrite merged those lines into
+// it. Such a file is never rewritten.
+TEST(ProfileFileTest, FileWithAnUnclosedSectionIsNotRewritten) {
+  testing::TempDir dir;
+  const std::string damaged =
+      "[Screen Saver]\nDelay=0\n; a comment\n[Photos\nCount=3\n";
+  const auto ini = dir.WriteFile("scr.ini", damaged);
+  EXPECT_EQ(GetProfileString(ini.string(), "Screen Saver", "Delay", ""), "0");
+  EXPECT_FALSE(WriteProfileString(ini.string(), "Fuzz", "Key", "value"));
+  EXPECT_EQ(RemoveProfileKey(ini.string(), "Screen Saver", "Delay"), 0);
+  EXPECT_EQ(testing::ReadFile(ini), damaged);
+  // After a byte-order mark, and with a line ended by a carriage return.
+  for (const std::string text :
+       {"\xEF\xBB\xBF[Photos\nCount=3\n[A]\n", "[A]\nx=1\n[Photos\r]\n"}) {
+    const auto other = dir.WriteFile("other.ini", text);
+    EXPECT_FALSE(WriteProfileString(other.string(), "A", "y", "2"));
+    EXPECT_EQ(testing::ReadFile(other), text);
+  }
+  // A "]" later on the line closes it; indented headers count too.
+  const auto fine = dir.WriteFile("fine.ini", "  [A] ; note\nx=1\n");
+  EXPECT_TRUE(WriteProfileString(fine.string(), "A", "y", "2"));
+  EXPECT_EQ(GetProfileString(fine.string(), "A", "x", ""), "1");
+}
+
 TEST(ProfileFileTest, WriteThroughASymbolicLinkKeepsTheLink) {
   testing::TempDir dir;
   const auto real = dir.WriteFile("real.ini", "[General]\nA=1\n");
