@@ -156,6 +156,9 @@ class ByteReader {
 };
 
 constexpr int kSoi = 0xD8;
+// A Huffman-coded JPEG holds at least one bit for each block's first
+// coefficient, 8 blocks a byte; the bound leaves eight times that margin.
+constexpr std::uint64_t kBlocksPerByteAtLeast = 64;
 constexpr int kEoi = 0xD9;
 constexpr int kSos = 0xDA;
 
@@ -225,9 +228,16 @@ bool JpegIsWhole(int fd) {
 }
 namespace {
 
-// The coefficient memory a progressive JPEG needs (0 for a baseline one),
-// from its frame header; nullopt when the header can't be read.
-std::optional<std::uint64_t> ProgressiveJpegBytes(int fd) {
+// What a JPEG's frame header says about the work of decoding it.
+struct JpegFrame {
+  bool progressive = false;
+  bool arithmetic = false;
+  // 8 x 8 blocks over all components, at their sampling.
+  std::uint64_t blocks = 0;
+};
+
+// The frame header of the JPEG in `fd`; nullopt when it can't be read.
+std::optional<JpegFrame> ReadJpegFrame(int fd) {
   ByteReader in(fd, 0);
   if (in.Next() != 0xFF || in.Next() != kSoi) {
     return std::nullopt;
@@ -259,8 +269,10 @@ std::optional<std::uint64_t> ProgressiveJpegBytes(int fd) {
       }
       continue;
     }
-    const bool progressive =
+    JpegFrame frame_info;
+    frame_info.progressive =
         marker == 0xC2 || marker == 0xC6 || marker == 0xCA || marker == 0xCE;
+    frame_info.arithmetic = marker >= 0xC9;
     in.Next();  // precision
     const std::int64_t height = in.Number(2);
     const std::int64_t width = in.Number(2);
@@ -286,12 +298,6 @@ std::optional<std::uint64_t> ProgressiveJpegBytes(int fd) {
       h_max = std::max(h_max, sampling.back().h);
       v_max = std::max(v_max, sampling.back().v);
     }
-    if (!progressive) {
-      return 0;
-    }
-    // One 64-coefficient block of two bytes a coefficient for every 8 x 8
-    // pixels of each component, at its sampling.
-    std::uint64_t bytes = 0;
     for (const Sampling& c : sampling) {
       const std::uint64_t w = (static_cast<std::uint64_t>(width) * c.h +
                                static_cast<std::uint64_t>(h_max) - 1) /
@@ -299,9 +305,9 @@ std::optional<std::uint64_t> ProgressiveJpegBytes(int fd) {
       const std::uint64_t h = (static_cast<std::uint64_t>(height) * c.v +
                                static_cast<std::uint64_t>(v_max) - 1) /
                               static_cast<std::uint64_t>(v_max);
-      bytes += (w + 7) / 8 * ((h + 7) / 8) * 64 * 2;
+      frame_info.blocks += (w + 7) / 8 * ((h + 7) / 8);
     }
-    return bytes;
+    return frame_info;
   }
 }
 
@@ -391,8 +397,21 @@ bool PngTextWithinBudget(int fd) {
 bool WithinDecodeBudget(int fd, PhotoKind kind) {
   switch (kind) {
     case PhotoKind::kJpeg: {
-      const std::optional<std::uint64_t> bytes = ProgressiveJpegBytes(fd);
-      return bytes && *bytes <= kMaxDecodeBytes;
+      const std::optional<JpegFrame> frame = ReadJpegFrame(fd);
+      struct stat info {};
+      if (!frame || ::fstat(fd, &info) != 0) {
+        return false;
+      }
+      // A progressive JPEG is decoded whole: 64 coefficients of two bytes
+      // for every block, whatever the scale asked for.
+      if (frame->progressive && frame->blocks * 64 * 2 > kMaxDecodeBytes) {
+        return false;
+      }
+      // Huffman coding spends at least a bit on every block's first
+      // coefficient; a file far shorter than that claims a picture it does
+      // not hold, and its decoder would spend all its time on filling in.
+      return frame->arithmetic || static_cast<std::uint64_t>(info.st_size) >=
+                                      frame->blocks / kBlocksPerByteAtLeast;
     }
     case PhotoKind::kPng:
       return PngTextWithinBudget(fd);

@@ -47,7 +47,7 @@ bool JpegIsWhole(int fd);
 
 // What decoding one photo may take at most, in bytes of memory that the
 // decoder itself must hold whatever scale it decodes at.
-inline constexpr std::uint64_t kMaxDecodeBytes = 512ull * 1024 * 1024;
+inline constexpr std::uint64_t kMaxDecodeBytes = 256ull * 1024 * 1024;
 // How much text the compressed text and profile chunks of one PNG may
 // inflate to, together.
 inline constexpr std::uint64_t kMaxPngTextBytes = 8ull * 1024 * 1024;
@@ -55,7 +55,11 @@ inline constexpr std::uint64_t kMaxPngTextBytes = 8ull * 1024 * 1024;
 // False when decoding the photo of `kind` in `fd` would take more than one
 // photo may, known before its pixels are decoded: a progressive JPEG (which
 // is decoded whole, however small the result) whose coefficients alone pass
-// kMaxDecodeBytes, or a PNG whose compressed text, international text or
+// kMaxDecodeBytes, a Huffman-coded JPEG far shorter than the picture its
+// header claims (its decoder would spend its time filling in a picture that
+// is not there: under one byte for 64 blocks of 8 x 8 pixels, where a real
+// one needs at least one for 8), or a PNG whose compressed text,
+// international text or
 // colour-profile chunks inflate past kMaxPngTextBytes (a decompression bomb).
 // The check inflates no more than that bound. Other kinds pass.
 bool WithinDecodeBudget(int fd, PhotoKind kind);

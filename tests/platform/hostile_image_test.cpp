@@ -247,12 +247,19 @@ TEST_F(HostileImageTest, PhotosThatWouldTakeTooMuchAreRefusedBeforeDecoding) {
   std::ofstream(huge, std::ios::binary) << testing::WithFrameSize(
       testing::Encoded(testing::Gradient(64, 48), ".jpg[interlace]"), 16000,
       16000);
+  // A grey 16000 x 16000 progressive JPEG's header on a file of a few
+  // hundred bytes: the decoder would fill in 256 megapixels of nothing.
+  const fs::path lying = temp_ / "lying.jpg";
+  std::ofstream(lying, std::ios::binary) << testing::WithFrameSize(
+      testing::Encoded(testing::Gradient(64, 48).extract_band(0),
+                       ".jpg[interlace]"),
+      16000, 16000);
   // 64 MB of comment in 64 KB of PNG.
   const fs::path bomb = temp_ / "bomb.png";
   std::ofstream(bomb, std::ios::binary) << testing::PngWith(testing::Chunk(
       "zTXt", std::string("Comment\0\0", 9) +
                   testing::Deflated(std::string(64 << 20, 'A'))));
-  for (const fs::path& photo : {huge, bomb}) {
+  for (const fs::path& photo : {huge, lying, bomb}) {
     EXPECT_EQ(Verdict(photo), std::make_pair(false, false)) << photo;
   }
 }
