@@ -33,6 +33,10 @@ Session::Session() {
   Declare("giPhotoCount", giPhotoCount);
   Declare("giNoOfRecentFolders", giNoOfRecentFolders);
   Declare("glRotationAngle", glRotationAngle);
+  Declare("gbHasAccessChecks", gbHasAccessChecks);
+  Declare("gsInfoHead", gsInfoHead);
+  Declare("gsInfoMessage", gsInfoMessage);
+  Declare("gbMultiRotation", gbMultiRotation);
   Declare("gbRotationPending", gbRotationPending);
   Declare("gsAuthCode", gsAuthCode);
   Declare("gsUserEmail", gsUserEmail);
@@ -49,8 +53,8 @@ void Session::DeclareDictionary(std::string name, const PhotoDictionary& dic) {
 }
 
 Value Session::Get(std::string_view name) const {
-  if (auto it = scalars_.find(name); it != scalars_.end()) {
-    return it->second.get();
+  if (scalars_.Has(name)) {
+    return scalars_.Get(name);
   }
   // "gdic.Count" and "gdic(key)".
   size_t dot = name.find(".Count");
@@ -71,19 +75,11 @@ Value Session::Get(std::string_view name) const {
 }
 
 void Session::Set(std::string_view name, const Value& v) {
-  auto it = scalars_.find(name);
-  if (it == scalars_.end()) {
-    throw RuntimeError(kErrNoSuchProperty,
-                       "The session has no value " + std::string(name));
-  }
-  it->second.set(v);
+  scalars_.Set(name, v);
 }
 
 std::vector<std::string> Session::Names() const {
-  std::vector<std::string> out;
-  for (const auto& [name, b] : scalars_) {
-    out.push_back(name);
-  }
+  std::vector<std::string> out = scalars_.Names();
   for (const auto& [name, d] : dictionaries_) {
     out.push_back(name);
   }

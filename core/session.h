@@ -4,6 +4,7 @@
 #include "core/keyed_collection.h"
 #include "core/ordered_dictionary.h"
 #include "core/resources.h"
+#include "platform/forms/named_values.h"
 #include "platform/forms/value.h"
 
 #include <functional>
@@ -98,19 +99,13 @@ class Session {
   void DeclareDictionary(std::string name, const PhotoDictionary& dic);
 
  private:
-  struct Binding {
-    std::function<Value()> get;
-    std::function<void(const Value&)> set;
-  };
-  std::map<std::string, Binding, std::less<>> scalars_;
+  NamedValues scalars_{"The session"};
   std::map<std::string, const PhotoDictionary*, std::less<>> dictionaries_;
 };
 
 template <class T>
 void Session::Declare(std::string name, T& field) {
-  T* p = &field;
-  scalars_[std::move(name)] = Binding{[p] { return Value(*p); },
-                                      [p](const Value& v) { *p = v.As<T>(); }};
+  scalars_.Declare(std::move(name), field);
 }
 
 }  // namespace qbpd

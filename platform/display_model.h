@@ -7,14 +7,6 @@
 
 namespace qbpd {
 
-// The width in pixels that a fit to width leaves for a vertical scroll bar.
-// When the photo fitted to the whole view width would be taller than the view,
-// the fit uses the view width less this much, so the desktop widget's
-// vertical scroll bar never hides the right edge and no horizontal scroll bar
-// is needed. A photo that fits in height uses the whole width. The widget
-// draws its scroll bar this wide.
-inline constexpr int kDisplayScrollBarPx = 16;
-
 // The photo view model over libvips, with libjpeg-turbo decoding JPEG files.
 //
 // Decoding: LoadPhoto reads the file's header, refuses what it must, and

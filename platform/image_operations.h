@@ -6,6 +6,15 @@
 
 namespace qbpd {
 
+// How the small preview picture that cameras embed in a JPEG's EXIF data
+// stands to the photo's own pixels.
+enum class ExifPreview {
+  kMissing,     // the file has none
+  kMatches,     // it shows the photo as the pixels are stored
+  kDiffers,     // it shows something else (a turn the preview didn't follow)
+  kUnreadable,  // the file is no readable image, or its preview is broken
+};
+
 // The image library of the program: thumbnails and, later, rotation,
 // conversion and measures. Paths are full file-system paths. Results follow
 // the library's own convention: 1 means success, 0 failure. A corrupt,
@@ -38,6 +47,17 @@ class ImageOperations {
                                          int size,
                                          int quality) = 0;
 
+  // The measures of an image file: its width and height in pixels as stored
+  // (before its EXIF orientation is applied); 0 when it can't be read.
+  virtual int GetImageWidth(const std::string& path) = 0;
+  virtual int GetImageHeight(const std::string& path) = 0;
+  // The EXIF orientation of a photo, 1 to 8 (1 when it has none); 0 when
+  // the file can't be read.
+  virtual int GetExifOrientation(const std::string& path) = 0;
+  // Whether the EXIF preview of a JPEG photo shows its pixels: both are
+  // compared as stored, the photo reduced to the preview's size.
+  virtual ExifPreview CompareExifPreview(const std::string& path) = 0;
+
   // Drops the cached thumbnails of one photo; 1 when something was removed.
   virtual int DeleteThumbnailFile(const std::string& source) = 0;
   // Drops the cached thumbnails of every photo directly in `folder`; 1 when
@@ -54,6 +74,21 @@ std::unique_ptr<ImageOperations> MakeVipsImageOperations(
 // hue follows `seed`, so that neighbouring photos differ. For the headless
 // driver's scripts and the benchmarks. False when it can't be written.
 bool WriteTestPhoto(const std::string& path, int width, int height, int seed);
+
+// The preview a test photo gets in its EXIF data.
+enum class TestPreview {
+  kNone,    // no EXIF preview
+  kSame,    // the photo reduced, as a camera writes it
+  kTurned,  // the photo reduced and turned a quarter to the right, as a
+            // rotation that forgot the preview leaves it
+};
+// WriteTestPhoto with EXIF data: the orientation tag (1 to 8) and a preview.
+bool WriteTestPhotoWithExif(const std::string& path,
+                            int width,
+                            int height,
+                            int seed,
+                            int orientation,
+                            TestPreview preview);
 
 }  // namespace qbpd
 

@@ -2,6 +2,7 @@
 #include "platform/bmp_reader.h"
 #include "platform/image_operations.h"
 #include "platform/photo_kind.h"
+#include "platform/vips_image_facts.h"
 #include "platform/vips_jpeg.h"
 
 #include <vips/vips8>
@@ -167,6 +168,19 @@ class VipsImageOperations final : public ImageOperations {
     } catch (...) {
     }
     return 0;
+  }
+
+  int GetImageWidth(const std::string& path) override {
+    return VipsImageWidth(path);
+  }
+  int GetImageHeight(const std::string& path) override {
+    return VipsImageHeight(path);
+  }
+  int GetExifOrientation(const std::string& path) override {
+    return VipsExifOrientation(path);
+  }
+  ExifPreview CompareExifPreview(const std::string& path) override {
+    return VipsCompareExifPreview(path);
   }
 
   int GenerateThumbnailAndBuffer(const std::string& source,
@@ -446,28 +460,6 @@ std::unique_ptr<ImageOperations> MakeVipsImageOperations(
     vips_cache_set_max(0);
   }
   return std::make_unique<VipsImageOperations>(std::move(cache_folder));
-}
-
-bool WriteTestPhoto(const std::string& path, int width, int height, int seed) {
-  if (VIPS_INIT("qbpd") != 0 || width <= 0 || height <= 0) {
-    return false;
-  }
-  try {
-    vips::VImage x = vips::VImage::xyz(width, height)[0];
-    vips::VImage y = vips::VImage::xyz(width, height)[1];
-    const double shade = (seed * 37) % 200 + 30;
-    vips::VImage red = x * (200.0 / width) + shade / 4;
-    vips::VImage green = y * (200.0 / height) + (255 - shade) / 4;
-    vips::VImage blue = red * 0 + shade;
-    vips::VImage image = red.bandjoin({green, blue}).cast(VIPS_FORMAT_UCHAR);
-    image
-        .copy(vips::VImage::option()->set("interpretation",
-                                          VIPS_INTERPRETATION_sRGB))
-        .jpegsave(path.c_str(), vips::VImage::option()->set("Q", 85));
-    return true;
-  } catch (const vips::VError&) {
-    return false;
-  }
 }
 
 }  // namespace qbpd

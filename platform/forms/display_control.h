@@ -7,6 +7,14 @@
 
 namespace qbpd {
 
+// The width in pixels that a fit to width leaves for a vertical scroll bar.
+// When the photo fitted to the whole view width would be taller than the view,
+// the fit uses the view width less this much, so the desktop widget's
+// vertical scroll bar never hides the right edge and no horizontal scroll bar
+// is needed. A photo that fits in height uses the whole width. The widget
+// draws its scroll bar this wide.
+inline constexpr int kDisplayScrollBarPx = 16;
+
 // The picture behind a photo view: one photo, the zoom it is shown at and its
 // on-screen rotation. The form's photo view control owns one and passes its
 // own size in; a desktop widget only draws what Render gives and forwards the
@@ -64,6 +72,32 @@ class DisplayControl {
                       int w,
                       int h,
                       std::vector<std::uint8_t>& rgb) = 0;
+
+  // --- the editor's tools on the photo ------------------------------------
+  // The mouse over the photo, in photo pixels of the upright photo (fractions
+  // kept), for the tools the editor puts on it (the crop box, the red-eye
+  // tool). A host offers a press to the tools first: one that takes it (true)
+  // receives the moves and the release of that drag, and the view then
+  // raises no Click. With no button held, moves are offered too. `button` is
+  // 1 left, 2 right, 4 middle; `buttons` the buttons held. Without a tool
+  // nothing is taken.
+  virtual bool ToolMouseDown(double x, double y, int button) {
+    (void)x;
+    (void)y;
+    (void)button;
+    return false;
+  }
+  virtual bool ToolMouseMove(double x, double y, int buttons) {
+    (void)x;
+    (void)y;
+    (void)buttons;
+    return false;
+  }
+  virtual void ToolMouseUp(double x, double y, int button) {
+    (void)x;
+    (void)y;
+    (void)button;
+  }
 };
 
 }  // namespace qbpd

@@ -10,7 +10,7 @@
 namespace qbpd {
 
 Form::Form(Host& host, std::string name)
-    : host_(host), name_(std::move(name)) {}
+    : host_(host), name_(std::move(name)), fields_("Form " + name_) {}
 
 Form::~Form() {
   // Controls are members of the derived class and are gone by now; drop any

@@ -3,6 +3,7 @@
 
 #include "platform/forms/control.h"
 #include "platform/forms/host.h"
+#include "platform/forms/named_values.h"
 
 #include <functional>
 #include <map>
@@ -53,6 +54,17 @@ class Form {
   // The controls whose Container is `container` ("" for the form itself).
   std::vector<Control*> ControlsIn(std::string_view container) const;
   Control* ActiveControl() const { return active_control_; }
+
+  // --- named fields -----------------------------------------------------
+  // The form's own m-variables that it declared with Field, by name, for the
+  // headless driver and the tests (mbFitToWidth, miLastLoadedControl). An
+  // unknown name is a RuntimeError that names the form.
+  bool HasField(std::string_view name) const { return fields_.Has(name); }
+  Value FieldValue(std::string_view name) const { return fields_.Get(name); }
+  void SetFieldValue(std::string_view name, const Value& v) {
+    fields_.Set(name, v);
+  }
+  std::vector<std::string> FieldNames() const { return fields_.Names(); }
 
   // --- events -----------------------------------------------------------
   // Binds a handler to an event of a control (or of every member of a
@@ -135,6 +147,14 @@ class Form {
   void HostHidden();
 
  protected:
+  // Declares one of the form's member variables by its name (a bool, int,
+  // long, long long, double or std::string), as controls register
+  // themselves; a form lists its fields once, in its constructor.
+  template <class T>
+  void Field(std::string name, T& field) {
+    fields_.Declare(std::move(name), field);
+  }
+
   // Life-cycle events; the defaults do nothing.
   virtual void Form_Load() {}
   virtual void Form_Activate() {}
@@ -161,6 +181,7 @@ class Form {
 
   Host& host_;
   std::string name_;
+  NamedValues fields_;
   FormSet* set_ = nullptr;
   std::vector<Control*> controls_;
   std::map<std::pair<std::string, int>, Control*, std::less<>> by_name_;

@@ -4,9 +4,10 @@
 #include "platform/forms/form.h"
 #include "platform/forms/keys.h"
 #include "platform/forms/runtime_error.h"
+#include "platform/forms/user_input_internal.h"
 
 namespace qbpd::user {
-namespace {
+namespace detail {
 
 void RequireNotBehindModal(const Form& f, const std::string& what) {
   Form* modal = f.host().ModalForm();
@@ -30,8 +31,8 @@ void RequireReachable(const Control& c) {
   }
 }
 
-bool TakesFocus(ControlKind kind) {
-  switch (kind) {
+bool TakesFocus(const Control& c) {
+  switch (c.Kind()) {
     case ControlKind::kTextBox:
     case ControlKind::kCheckBox:
     case ControlKind::kOptionButton:
@@ -68,6 +69,34 @@ void RaiseMouse(Control& c, std::string_view event, int button, int x, int y) {
   e.Y = y;
   c.Raise(event, e);
 }
+
+void ClickEffect(Control& control) {
+  if (control.Kind() == ControlKind::kCheckBox) {
+    auto& box = static_cast<CheckBox&>(control);
+    box.SetValue(box.Value() == 1 ? 0 : 1);  // raises Click
+    return;
+  }
+  if (control.Kind() == ControlKind::kOptionButton) {
+    auto& option = static_cast<OptionButton&>(control);
+    if (!option.Value()) {
+      option.SetValue(true);  // raises Click
+    }
+    return;
+  }
+  if (control.Kind() == ControlKind::kThumbnail) {
+    static_cast<Thumbnail&>(control).SelectThumbnail();
+    return;
+  }
+  control.Raise("Click");
+}
+
+}  // namespace detail
+
+namespace {
+
+using detail::RaiseMouse;
+using detail::RequireNotBehindModal;
+using detail::RequireReachable;
 
 // Clicks the visible, enabled command button with Default (or Cancel) set.
 bool ClickButton(Form& form, bool want_default) {
@@ -155,7 +184,45 @@ void NavigateText(TextBox& box, int key_code) {
   }
 }
 
+// Keys a text box keeps for its own editing even when a menu entry has them
+// as its shortcut, as the desktop's edit boxes do: select all, copy, cut,
+// paste, undo and redo, and the keys that move in or delete text.
+bool EditKeyOfTextBox(const Control* target, const KeyStroke& key) {
+  if (target == nullptr || target->Kind() != ControlKind::kTextBox) {
+    return false;
+  }
+  if (key.shift == kCtrlMask) {
+    switch (key.key_code) {
+      case 'A':
+      case 'C':
+      case 'V':
+      case 'X':
+      case 'Y':
+      case 'Z':
+        return true;
+      default:
+        return false;
+    }
+  }
+  switch (key.key_code) {
+    case kKeyDelete:
+    case kKeyBack:
+    case kKeyHome:
+    case kKeyEnd:
+    case kKeyLeft:
+    case kKeyRight:
+      return (key.shift & kAltMask) == 0;
+    default:
+      return false;
+  }
+}
+
 void Press(Form& form, Control* target, const KeyStroke& key) {
+  // The window system's accelerators come before the form and its controls,
+  // but for the keys a text box edits with.
+  if (!EditKeyOfTextBox(target, key) && PressShortcut(form, key)) {
+    return;
+  }
   int key_code = key.key_code;
   if (form.KeyPreview()) {
     FormEvents::KeyDown(form, key_code, key.shift);
@@ -235,9 +302,9 @@ void MouseUp(Control& control, int button, int x, int y) {
   RaiseMouse(control, "MouseUp", button, x, y);
 }
 
-void MouseMove(Control& control, int x, int y) {
+void MouseMove(Control& control, int x, int y, int buttons) {
   RequireReachable(control);
-  RaiseMouse(control, "MouseMove", 0, x, y);
+  RaiseMouse(control, "MouseMove", buttons, x, y);
 }
 
 void Click(Control& control) {
@@ -246,30 +313,14 @@ void Click(Control& control) {
     return;
   }
   RequireReachable(control);
-  if (TakesFocus(control.Kind())) {
+  if (detail::TakesFocus(control)) {
     control.SetFocus();
   }
   int x = control.Width() / 2;
   int y = control.Height() / 2;
   RaiseMouse(control, "MouseDown", 1, x, y);
   RaiseMouse(control, "MouseUp", 1, x, y);
-  if (control.Kind() == ControlKind::kCheckBox) {
-    auto& box = static_cast<CheckBox&>(control);
-    box.SetValue(box.Value() == 1 ? 0 : 1);  // raises Click
-    return;
-  }
-  if (control.Kind() == ControlKind::kOptionButton) {
-    auto& option = static_cast<OptionButton&>(control);
-    if (!option.Value()) {
-      option.SetValue(true);  // raises Click
-    }
-    return;
-  }
-  if (control.Kind() == ControlKind::kThumbnail) {
-    static_cast<Thumbnail&>(control).SelectThumbnail();
-    return;
-  }
-  control.Raise("Click");
+  detail::ClickEffect(control);
 }
 
 void DblClick(Control& control) {

@@ -1,6 +1,7 @@
 #include "tests/support/fixture_program.h"
 
 #include "platform/forms/keys.h"
+#include "platform/launcher.h"
 
 namespace qbpd::testing {
 
@@ -25,6 +26,22 @@ frmFixture::frmFixture(Application& app)
   mnuFAsk.SetShortcut("Ctrl+A");
   mnuFRecent[0].SetContainer("mnuFile");
   mnuFRecent[0].SetVisible(false);
+  mnuFSave.SetCaption("&Save");
+  mnuFSave.SetContainer("mnuFile");
+  mnuFSave.SetShortcut("Ctrl+S");
+  mnuEdit.SetCaption("&Edit");
+  mnuEUndo.SetCaption("&Undo");
+  mnuEUndo.SetContainer("mnuEdit");
+  mnuEUndo.SetShortcut("Ctrl+Z");
+  picPad.Move(4000, 3000, 1500, 900);
+  picSplit.Move(4000, 4500, 1500, 60);
+  cmdWeb.SetCaption("Web");
+  cmdMenu.SetCaption("Menu");
+  Field("miTicks", ticks_);
+  Field("mbWorking", working_);
+  Field("miSaves", miSaves);
+  Field("mbUndoable", mbUndoable);
+  Field("msMouseLog", msMouseLog);
 
   On("cmdAsk", "Click", &frmFixture::cmdAsk_Click);
   On("cmdDialog", "Click", &frmFixture::cmdDialog_Click);
@@ -40,6 +57,19 @@ frmFixture::frmFixture(Application& app)
   On("mnuFile", "Click", &frmFixture::mnuFile_Click);
   On("mnuFAsk", "Click", &frmFixture::cmdAsk_Click);
   On("mnuFRecent", "Click", &frmFixture::mnuFRecent_Click);
+  On("mnuFSave", "Click", &frmFixture::mnuFSave_Click);
+  On("mnuEdit", "Click", &frmFixture::mnuEdit_Click);
+  On("mnuEUndo", "Click", &frmFixture::mnuEUndo_Click);
+  for (const char* event : {"MouseDown", "MouseMove", "MouseUp"}) {
+    On("picPad", event,
+       [this, event](EventArgs& e) { picPad_Mouse(e, event); });
+  }
+  On("picPad", "Click", [this](EventArgs&) { msMouseLog += "Click;"; });
+  On("picPad", "DblClick", [this](EventArgs&) { msMouseLog += "DblClick;"; });
+  On("picSplit", "MouseDown", &frmFixture::picSplit_MouseDown);
+  On("picSplit", "MouseMove", &frmFixture::picSplit_MouseMove);
+  On("cmdWeb", "Click", &frmFixture::cmdWeb_Click);
+  On("cmdMenu", "Click", &frmFixture::cmdMenu_Click);
 }
 
 void frmFixture::Form_Load() {
@@ -144,6 +174,44 @@ void frmFixture::mnuFile_Click() {
 
 void frmFixture::mnuFRecent_Click(int Index) {
   lblStatus.SetCaption("recent " + std::to_string(Index));
+}
+
+void frmFixture::mnuFSave_Click() {
+  ++miSaves;
+  lblStatus.SetCaption("saved " + std::to_string(miSaves));
+}
+
+void frmFixture::mnuEdit_Click() {
+  // Undo is there only after a save, as an undo with nothing to undo isn't.
+  mnuEUndo.SetEnabled(mbUndoable || miSaves > 0);
+}
+
+void frmFixture::mnuEUndo_Click() {
+  lblStatus.SetCaption("undone");
+}
+
+void frmFixture::picPad_Mouse(EventArgs& e, const char* what) {
+  msMouseLog += std::string(what) + " " + std::to_string(e.Button) + " " +
+                std::to_string(e.X) + "," + std::to_string(e.Y) + ";";
+}
+
+void frmFixture::picSplit_MouseDown(EventArgs& e) {
+  miSplitGrabY = e.Y;
+}
+
+void frmFixture::picSplit_MouseMove(EventArgs& e) {
+  if (e.Button == 1) {
+    picSplit.SetTop(picSplit.Top() + e.Y - miSplitGrabY);
+  }
+}
+
+void frmFixture::cmdWeb_Click() {
+  LaunchResult result = app_.launcher().OpenDocument("https://example.com/a b");
+  lblStatus.SetCaption(result.ok ? "opened" : "not opened: " + result.error);
+}
+
+void frmFixture::cmdMenu_Click() {
+  PopupMenu(mnuFile, cmdMenu.Left(), cmdMenu.Top() + cmdMenu.Height());
 }
 
 frmFixtureDialog::frmFixtureDialog(Application& app)

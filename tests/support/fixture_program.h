@@ -41,6 +41,15 @@ class frmFixture : public Form {
   Menu mnuFile{*this, "mnuFile"};
   Menu mnuFAsk{*this, "mnuFAsk"};
   ControlArray<Menu> mnuFRecent{*this, "mnuFRecent"};
+  Menu mnuFSave{*this, "mnuFSave"};
+  Menu mnuEdit{*this, "mnuEdit"};
+  Menu mnuEUndo{*this, "mnuEUndo"};
+  // A pad that logs its mouse events, and a bar that moves with a drag as a
+  // splitter does.
+  PictureBox picPad{*this, "picPad"};
+  PictureBox picSplit{*this, "picSplit"};
+  CommandButton cmdWeb{*this, "cmdWeb"};
+  CommandButton cmdMenu{*this, "cmdMenu"};
 
   // Set by the dialog when it closes with OK; read by cmdDialog_Click.
   std::string dialog_value;
@@ -63,11 +72,24 @@ class frmFixture : public Form {
   void tmrOnce_Timer();
   void mnuFile_Click();
   void mnuFRecent_Click(int Index);
+  void mnuFSave_Click();
+  void mnuEdit_Click();
+  void mnuEUndo_Click();
+  void picPad_Mouse(EventArgs& e, const char* what);
+  void picSplit_MouseDown(EventArgs& e);
+  void picSplit_MouseMove(EventArgs& e);
+  void cmdWeb_Click();
+  void cmdMenu_Click();
 
   Application& app_;
   int ticks_ = 0;
   bool cancel_requested_ = false;
   bool working_ = false;
+  // The form's named fields (see the constructor).
+  int miSaves = 0;
+  bool mbUndoable = false;
+  std::string msMouseLog;
+  int miSplitGrabY = 0;
 };
 
 class frmFixtureDialog : public Form {

@@ -72,7 +72,8 @@ TEST(ScriptRunnerTest, BadScriptsAreRefusedBeforeAnythingRuns) {
   };
   for (const Case& c : std::vector<Case>{
            {"start\nfly frmFixture\n", "line 2: unknown step \"fly\""},
-           {"start\nclick\n", "line 2: expected: click FORM.CONTROL"},
+           {"start\nclick\n",
+            "line 2: expected: click FORM.CONTROL [at X,Y | at photo X,Y]"},
            {"type frmFixture.txtName \"abc\n",
             "line 1: a text is not closed with \""},
            {"expect message \"x\" colour 5\n",
