@@ -33,6 +33,7 @@ int ToInt(const std::string& text) {
 
 frmMainWindow::frmMainWindow(Application& app)
     : Form(app.host(), std::string(kName)), app_(app), s_(app.session()) {
+  DeclareFields();
   Move(0, 0, kMinWidth, kMinHeight);
   ExpTreeView.SetContainer("picExplorerCont");
   lblExpFolderPath.SetContainer("picExplorerCont");

@@ -335,6 +335,8 @@ class frmMainWindow : public Form {
   // After the photo on display went: selects the nearest photo, looking at
   // higher indexes first; false when the list is empty.
   bool SelectPhotoAfterDelete(int deleted);
+  // Declares the m-fields below by name, for the driver and the tests.
+  void DeclareFields();
 
   Application& app_;
   Session& s_;

@@ -1,0 +1,13 @@
+# Two photos are not more than five.
+# expect: FAILED line 13: Expected session gdicPhotoList.Count > "5", but it is "2"
+make folder "${PICTURES}/Trip"
+copy "${SCRIPT_DIR}/../photos/sunset.jpg" "${PICTURES}/Trip/sunset.jpg"
+copy "${SCRIPT_DIR}/../photos/meadow.jpg" "${PICTURES}/Trip/meadow.jpg"
+setting "Software\Quillbay Picture Desk\Preferences\Display" NoOfRecentFolders = "5"
+setting "Software\Quillbay Picture Desk\Preferences\Display" ZoomSettings = "FitToWidth"
+setting "Software\Quillbay Picture Desk\Preferences\Settings" LastOpenFolderInPreviousSession = "False"
+setting "Software\Quillbay Picture Desk\Preferences\Settings" DefaultFolder = "${PICTURES}/Trip"
+setting "Software\Quillbay Picture Desk" Version = "1.0.0"
+start
+wait 200
+expect session gdicPhotoList.Count > 5

@@ -1,0 +1,13 @@
+# A file that isn't there can't be deleted behind the program's back.
+# expect: FAILED line 13: Can't delete
+make folder "${PICTURES}/Trip"
+copy "${SCRIPT_DIR}/../photos/sunset.jpg" "${PICTURES}/Trip/sunset.jpg"
+copy "${SCRIPT_DIR}/../photos/meadow.jpg" "${PICTURES}/Trip/meadow.jpg"
+setting "Software\Quillbay Picture Desk\Preferences\Display" NoOfRecentFolders = "5"
+setting "Software\Quillbay Picture Desk\Preferences\Display" ZoomSettings = "FitToWidth"
+setting "Software\Quillbay Picture Desk\Preferences\Settings" LastOpenFolderInPreviousSession = "False"
+setting "Software\Quillbay Picture Desk\Preferences\Settings" DefaultFolder = "${PICTURES}/Trip"
+setting "Software\Quillbay Picture Desk" Version = "1.0.0"
+start
+wait 200
+delete "${PICTURES}/Trip/nothing.jpg"

@@ -1,0 +1,14 @@
+# Escape presses nothing on a box of Yes and No.
+# expect: FAILED line 14: The keys "{ESC}" press no button of the message box [36] "Do you want to permanently delete the current photo?"
+make folder "${PICTURES}/Trip"
+copy "${SCRIPT_DIR}/../photos/sunset.jpg" "${PICTURES}/Trip/sunset.jpg"
+copy "${SCRIPT_DIR}/../photos/meadow.jpg" "${PICTURES}/Trip/meadow.jpg"
+setting "Software\Quillbay Picture Desk\Preferences\Display" NoOfRecentFolders = "5"
+setting "Software\Quillbay Picture Desk\Preferences\Display" ZoomSettings = "FitToWidth"
+setting "Software\Quillbay Picture Desk\Preferences\Settings" LastOpenFolderInPreviousSession = "False"
+setting "Software\Quillbay Picture Desk\Preferences\Settings" DefaultFolder = "${PICTURES}/Trip"
+setting "Software\Quillbay Picture Desk" Version = "1.0.0"
+start
+wait 200
+press frmMainWindow "^d"
+press message "{ESC}"

@@ -1,0 +1,13 @@
+# Member 1 of the grid is loaded, with two photos.
+# expect: FAILED line 13: Expected frmMainWindow.ctrlQuilImage(1) not to be loaded, but it is
+make folder "${PICTURES}/Trip"
+copy "${SCRIPT_DIR}/../photos/sunset.jpg" "${PICTURES}/Trip/sunset.jpg"
+copy "${SCRIPT_DIR}/../photos/meadow.jpg" "${PICTURES}/Trip/meadow.jpg"
+setting "Software\Quillbay Picture Desk\Preferences\Display" NoOfRecentFolders = "5"
+setting "Software\Quillbay Picture Desk\Preferences\Display" ZoomSettings = "FitToWidth"
+setting "Software\Quillbay Picture Desk\Preferences\Settings" LastOpenFolderInPreviousSession = "False"
+setting "Software\Quillbay Picture Desk\Preferences\Settings" DefaultFolder = "${PICTURES}/Trip"
+setting "Software\Quillbay Picture Desk" Version = "1.0.0"
+start
+wait 200
+expect frmMainWindow.ctrlQuilImage(1) not loaded

@@ -1,0 +1,13 @@
+# A point beyond the photo can't be clicked.
+# expect: FAILED line 13: Photo point 5000,10 is not on view in frmMainWindow.ctlDisplayImage: the photo is
+make folder "${PICTURES}/Trip"
+copy "${SCRIPT_DIR}/../photos/sunset.jpg" "${PICTURES}/Trip/sunset.jpg"
+copy "${SCRIPT_DIR}/../photos/meadow.jpg" "${PICTURES}/Trip/meadow.jpg"
+setting "Software\Quillbay Picture Desk\Preferences\Display" NoOfRecentFolders = "5"
+setting "Software\Quillbay Picture Desk\Preferences\Display" ZoomSettings = "FitToWidth"
+setting "Software\Quillbay Picture Desk\Preferences\Settings" LastOpenFolderInPreviousSession = "False"
+setting "Software\Quillbay Picture Desk\Preferences\Settings" DefaultFolder = "${PICTURES}/Trip"
+setting "Software\Quillbay Picture Desk" Version = "1.0.0"
+start
+wait 200
+click frmMainWindow.ctlDisplayImage at photo 5000,10
