@@ -1,35 +1,40 @@
 #include "ui/qt/view_overlay.h"
 
+#include "platform/forms/photo_view_mapping.h"
+
 namespace qbpd {
 namespace {
 
-int AxisOrigin(int view, int shown, int scroll) {
-  return shown < view ? (view - shown) / 2 : -scroll;
-}
-
-double AxisScale(int shown, int photo) {
-  return photo > 0 && shown > 0 ? static_cast<double>(shown) / photo : 1.0;
+// The same placement as the scripted user's, computed in one place.
+PhotoViewMapping Plain(const ViewMapping& m) {
+  PhotoViewMapping p;
+  p.view_width = m.viewport.width();
+  p.view_height = m.viewport.height();
+  p.shown_width = m.shown.width();
+  p.shown_height = m.shown.height();
+  p.photo_width = m.photo.width();
+  p.photo_height = m.photo.height();
+  p.scroll_x = m.scroll.x();
+  p.scroll_y = m.scroll.y();
+  return p;
 }
 
 }  // namespace
 
 QPoint ViewMapping::Origin() const {
-  return QPoint(AxisOrigin(viewport.width(), shown.width(), scroll.x()),
-                AxisOrigin(viewport.height(), shown.height(), scroll.y()));
+  const PhotoViewMapping p = Plain(*this);
+  return QPoint(p.OriginX(), p.OriginY());
 }
 
 QPointF ViewMapping::ViewToPhoto(QPointF view) const {
-  const QPoint o = Origin();
-  return QPointF(
-      (view.x() - o.x()) / AxisScale(shown.width(), photo.width()),
-      (view.y() - o.y()) / AxisScale(shown.height(), photo.height()));
+  const PhotoViewMapping p = Plain(*this);
+  return QPointF(p.ViewToPhotoX(view.x()), p.ViewToPhotoY(view.y()));
 }
 
 QPointF ViewMapping::PhotoToView(QPointF photo_point) const {
-  const QPoint o = Origin();
-  return QPointF(
-      photo_point.x() * AxisScale(shown.width(), photo.width()) + o.x(),
-      photo_point.y() * AxisScale(shown.height(), photo.height()) + o.y());
+  const PhotoViewMapping p = Plain(*this);
+  return QPointF(p.PhotoToViewX(photo_point.x()),
+                 p.PhotoToViewY(photo_point.y()));
 }
 
 QRectF ViewMapping::PhotoToView(const QRectF& photo_rect) const {
@@ -53,18 +58,12 @@ bool ViewMapping::OnPhoto(QPointF view) const {
 }
 
 ScrollBarLayout LayOutScrollBars(QSize widget, QSize shown, int bar) {
+  const PhotoViewScrollBars bars = LayOutPhotoViewScrollBars(
+      widget.width(), widget.height(), shown.width(), shown.height(), bar);
   ScrollBarLayout layout;
-  // A bar on one axis takes room from the other, which may then need its
-  // own: two passes settle it.
-  layout.vertical = shown.height() > widget.height();
-  layout.horizontal =
-      shown.width() > widget.width() - (layout.vertical ? bar : 0);
-  if (layout.horizontal && !layout.vertical) {
-    layout.vertical = shown.height() > widget.height() - bar;
-  }
-  layout.viewport = QSize(widget.width() - (layout.vertical ? bar : 0),
-                          widget.height() - (layout.horizontal ? bar : 0))
-                        .expandedTo(QSize(0, 0));
+  layout.horizontal = bars.horizontal;
+  layout.vertical = bars.vertical;
+  layout.viewport = QSize(bars.view_width, bars.view_height);
   return layout;
 }
 

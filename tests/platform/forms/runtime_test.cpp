@@ -356,7 +356,8 @@ TEST_F(RuntimeTest, AccentedLettersTypeAndKeyDownCanSwallowAKey) {
 TEST_F(RuntimeTest, MenusOpenTheirParentsAndRefuseDisabledEntries) {
   EXPECT_EQ(main().mnuFile.AccessKey(), 'F');
   EXPECT_EQ(main().mnuFRecent[1].AccessKey(), '1');
-  EXPECT_EQ(main().mnuFile.Entries().size(), 4u);  // Ask, Recent(0..2)
+  // Ask, Save, Recent(0..2).
+  EXPECT_EQ(main().mnuFile.Entries().size(), 5u);
   // Opening mnuFile runs its Click, which disables Ask while work runs.
   host_->QueueInside("pick while working", [&] {
     EXPECT_THROW(user::PickMenu(main().mnuFAsk), HostAbort);
