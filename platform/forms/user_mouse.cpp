@@ -46,15 +46,17 @@ PhotoViewMapping MappingOf(const Control& control, const DisplayControl& m) {
   mapping.shown_height = std::max(0, m.ShownHeight());
   mapping.photo_width = std::max(0, m.PhotoWidth());
   mapping.photo_height = std::max(0, m.PhotoHeight());
+  // Whole pixels, as the control passes its size to the model.
   const PhotoViewScrollBars bars = LayOutPhotoViewScrollBars(
-      control.Width() / kTwipsPerPixel, control.Height() / kTwipsPerPixel,
-      mapping.shown_width, mapping.shown_height, kDisplayScrollBarPx);
+      static_cast<int>(control.Width() / kTwipsPerPixel),
+      static_cast<int>(control.Height() / kTwipsPerPixel), mapping.shown_width,
+      mapping.shown_height, kDisplayScrollBarPx);
   mapping.view_width = bars.view_width;
   mapping.view_height = bars.view_height;
   return mapping;
 }
 
-bool InsideControl(const Control& c, int x, int y) {
+bool InsideControl(const Control& c, double x, double y) {
   return x >= 0 && y >= 0 && x < c.Width() && y < c.Height();
 }
 
@@ -126,8 +128,8 @@ PointOnControl Locate(Control& control, const ControlPoint& point) {
     if (!InsideControl(control, p.x, p.y)) {
       throw HostAbort("Point " + PointText(point.x, point.y) + " is not on " +
                       NameOf(control) + ", which is " +
-                      std::to_string(control.Width()) + " x " +
-                      std::to_string(control.Height()) + " twips");
+                      FormatNumber(control.Width()) + " x " +
+                      FormatNumber(control.Height()) + " twips");
     }
     return p;
   }
@@ -196,17 +198,15 @@ void Drag(Control& control,
     end.y = static_cast<int>(std::lround(to.y));
   }
   // The screen stays put; the control may move under the mouse.
-  const int left0 = control.Left();
-  const int top0 = control.Top();
+  const double left0 = control.Left();
+  const double top0 = control.Top();
   auto at_step = [&](int i) {
     PointOnControl p;
     const double f = static_cast<double>(i) / steps;
-    const int screen_x =
-        left0 + static_cast<int>(std::lround(start.x + (end.x - start.x) * f));
-    const int screen_y =
-        top0 + static_cast<int>(std::lround(start.y + (end.y - start.y) * f));
-    p.x = screen_x - control.Left();
-    p.y = screen_y - control.Top();
+    const double screen_x = left0 + std::round(start.x + (end.x - start.x) * f);
+    const double screen_y = top0 + std::round(start.y + (end.y - start.y) * f);
+    p.x = static_cast<int>(std::lround(screen_x - control.Left()));
+    p.y = static_cast<int>(std::lround(screen_y - control.Top()));
     if (start.on_photo_view) {
       if (DisplayControl* photo = PhotoOf(control)) {
         p = FromView(MappingOf(control, *photo), p.x / kTwipsPerPixel,
