@@ -273,7 +273,9 @@ void frmMainWindow::Form_KeyPress(int& KeyAscii) {
   if (KeyAscii == kCtrlD) {
     KeyAscii = 0;
     mnuEDelSingle_Click();
+    return;
   }
+  ViewerKeyPress(KeyAscii);
 }
 
 // --- the folder pane

@@ -114,8 +114,11 @@ void frmMainWindow::imgTrash_Click() {
     mnuEDelSingle_Click();
     return;
   }
-  PopupMenu(mnuEDelete, imgTrash.Left() + imgTrash.Width() / 2,
-            imgTrash.Top() + imgTrash.Height() / 2);
+  // The middle of the button, in the form's coordinates: the button sits in
+  // its own box.
+  PopupMenu(mnuEDelete,
+            picTrash.Left() + imgTrash.Left() + imgTrash.Width() / 2,
+            picTrash.Top() + imgTrash.Top() + imgTrash.Height() / 2);
 }
 
 void frmMainWindow::mnuEDelete_Click() {

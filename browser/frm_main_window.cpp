@@ -101,6 +101,7 @@ frmMainWindow::frmMainWindow(Application& app)
   On("imgClear", "Click", &frmMainWindow::imgClear_Click);
   On("mnuEClear", "Click", &frmMainWindow::imgClear_Click);
   WireDisplay();
+  WireViewerKeys();
   mnuHHelp.SetContainer("mnuHelp");
   WireCommands();
   On("mnuHHelp", "Click", &frmMainWindow::mnuHHelp_Click);

@@ -221,8 +221,11 @@ class frmMainWindow : public Form {
   void Form_Unload(int& Cancel) override;
   // The arrow keys move through the grid.
   void Form_KeyUp(int& KeyCode, int Shift) override;
-  // Ctrl+D deletes the photo on display.
+  // Ctrl+D deletes the photo on display; the photo viewer's keys (see
+  // viewer_keys.cpp) step and zoom.
   void Form_KeyPress(int& KeyAscii) override;
+  // Delete deletes the photo on display, as Ctrl+D does.
+  void Form_KeyDown(int& KeyCode, int Shift) override;
 
  private:
   // Start-up and close.
@@ -299,6 +302,21 @@ class frmMainWindow : public Form {
   void SetFocusToWindow();
   // One arrow key: a step of -1, -2, 1 or 2 through the grid.
   void MoveInGrid(int step);
+
+  // The keys and wheel of a photo viewer (viewer_keys.cpp).
+  void WireViewerKeys();
+  // Space, Backspace, "+", "-", "0" and "1"; swallows the keys it acts on.
+  void ViewerKeyPress(int& KeyAscii);
+  // Whether the keys of the viewer act now: not while a name is typed.
+  bool ViewerKeysActive() const;
+  // The next zoom entry up (`direction` 1) or down (-1) from the view's
+  // present percent.
+  void ZoomStep(int direction);
+  // Runs a zoom entry of the View menu as picking it does, if a person
+  // could pick it now.
+  void PickZoomEntry(Menu& entry);
+  // Ctrl with the wheel over the photo zooms.
+  void ctlDisplayImage_MouseWheel(EventArgs& e);
 
   // Recent folders.
   void mnuFRecFolders_Click(int index);

@@ -57,7 +57,8 @@ struct EventArgs {
   int Item = -1;     // ItemCheck: the list item whose check mark changed
   int X = 0;         // mouse events, twips from the control's corner
   int Y = 0;
-  int Cancel = 0;        // QueryUnload, Unload: nonzero refuses
+  int Delta = 0;   // MouseWheel: notches turned, positive away from the user
+  int Cancel = 0;  // QueryUnload, Unload: nonzero refuses
   int UnloadMode = 0;    // QueryUnload: 0 the user closed, 1 the program did
   bool Handled = false;  // component events that answer by reference
   std::string Text;      // component events that carry text (a path, a URL)
