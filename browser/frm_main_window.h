@@ -35,8 +35,10 @@ class frmMainWindow : public Form {
 
   // --- the grid -------------------------------------------------------------
   PictureBox picImageListCont{*this, "picImageListCont"};
-  CommandButton cmdImageListHead{*this, "cmdImageListHead"};
+  // The panel scrolls up under the header, which is declared after it and so
+  // lies above it.
   PictureBox picImagelistInnerCont{*this, "picImagelistInnerCont"};
+  CommandButton cmdImageListHead{*this, "cmdImageListHead"};
   ControlArray<Thumbnail> ctrlQuilImage{*this, "ctrlQuilImage"};
   ScrollBar ctrlImageListVScroll{*this, "ctrlImageListVScroll"};
   Label lblPhotosSelect{*this, "lblPhotosSelect"};

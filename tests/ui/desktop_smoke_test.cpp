@@ -9,7 +9,7 @@
 #include "platform/image_operations.h"
 #include "platform/places.h"
 #include "platform/settings_store.h"
-#include "tests/support/temp_dir.h"
+#include "tests/ui/desktop_fixture.h"
 #include "tests/ui/qt_test_support.h"
 #include "ui/qt/control_widget.h"
 #include "ui/qt/form_window.h"
@@ -32,71 +32,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class DesktopSmokeTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    testing::EnsureQtApplication();
-    folder_ = tmp_.path() / "Pictures" / "Walk";
-    fs::create_directories(folder_);
-    for (int i = 1; i <= 3; ++i) {
-      testing::MakePhoto(
-          (folder_ / ("photo00" + std::to_string(i) + ".jpg")).string(), 1600,
-          1200, i * 30);
-    }
-    PlatformServices services;
-    services.settings = MakeMemorySettingsStore();
-    services.places.config = (tmp_.path() / "config").string();
-    services.places.data = (tmp_.path() / "data").string();
-    services.places.cache = (tmp_.path() / "cache").string();
-    services.places.desktop = (tmp_.path() / "Desktop").string();
-    services.places.pictures = (tmp_.path() / "Pictures").string();
-    services.resources = FindResourcesFolder(services.places);
-    services.images =
-        MakeVipsImageOperations((tmp_.path() / "cache" / "t").string());
-    services.make_display = [] { return MakeVipsDisplayControl(); };
-    services.clipboard = MakeQtClipboard();
-    SettingsStore& store = *services.settings;
-    (void)store.Write(kSettingsKey, "LastOpenFolderInPreviousSession", "False");
-    (void)store.Write(kSettingsKey, "DefaultFolder", folder_.string());
-    (void)store.Write(kDisplayKey, "ZoomSettings", "FitToWidth");
-    (void)store.Write(kDisplayKey, "NoOfRecentFolders", "5");
-    (void)store.Write(kRootKey, "Version", "1.0.0");
-    auto owned = std::make_unique<QtHost>();
-    host_ = owned.get();
-    app_ = std::make_unique<Application>(std::move(owned), std::move(services),
-                                         RegisterProgram);
-    Application* app = app_.get();
-    host_->SetIdleHook([app] { app->forms().CollectGarbage(); });
-    app_->Start("");
-    main_ = app_->forms().Find<frmMainWindow>();
-    ASSERT_NE(main_, nullptr);
-    window_ = host_->WindowOf(*main_);
-    ASSERT_NE(window_, nullptr);
-    ASSERT_TRUE(QTest::qWaitFor(
-        [this] { return !main_->ctlDisplayImage.PhotoPath().empty(); }, 15000));
-    ASSERT_EQ(app_->session().gdicPhotoList.Count(), 3);
-  }
-
-  void TearDown() override {
-    app_->End();
-    app_.reset();
-    QCoreApplication::processEvents();
-  }
-
-  QWidget* WidgetFor(const Control& c) {
-    ControlWidget* w = window_->WidgetOf(c);
-    return w != nullptr ? w->widget() : nullptr;
-  }
-
-  Session& session() { return app_->session(); }
-
-  testing::TempDir tmp_;
-  fs::path folder_;
-  QtHost* host_ = nullptr;
-  std::unique_ptr<Application> app_;
-  frmMainWindow* main_ = nullptr;
-  FormWindow* window_ = nullptr;
-};
+using DesktopSmokeTest = testing::DesktopTest;
 
 TEST_F(DesktopSmokeTest, TheMainWindowShowsEveryControlAtItsGeometry) {
   ASSERT_TRUE(QTest::qWaitForWindowExposed(window_));

@@ -5,8 +5,9 @@
 
 namespace qbpd::testing {
 
-// Makes a JPEG photo of `width` x `height` at `path` with libvips: dark red
-// on the left to bright red on the right; `orientation` is its EXIF note.
+// Makes a JPEG photo of `width` x `height` at `path` with libvips: blue on
+// the left to red on the right, its green by `shade`; `orientation` is its
+// EXIF note.
 void MakePhoto(const std::string& path,
                int width,
                int height,

@@ -3,6 +3,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QDir>
+#include <QPainter>
 #include <QPixmap>
 #include <QPointer>
 #include <QPushButton>
@@ -34,6 +35,21 @@ std::string SaveScreenshot(QWidget* widget, const std::string& name) {
   return path;
 }
 
+std::string SaveScreenshotWithPopup(QWidget* window,
+                                    QWidget* popup,
+                                    const std::string& name) {
+  QDir().mkpath(QBPD_SCREENSHOT_DIR);
+  std::string path = std::string(QBPD_SCREENSHOT_DIR) + "/" + name + ".png";
+  QPixmap shot = window->grab();
+  if (popup != nullptr) {
+    QPainter painter(&shot);
+    painter.drawPixmap(window->mapFromGlobal(popup->mapToGlobal(QPoint(0, 0))),
+                       popup->grab());
+  }
+  shot.save(QString::fromStdString(path));
+  return path;
+}
+
 void AnswerNextMessageBox(QMessageBox::StandardButton button,
                           SeenMessageBox* seen) {
   auto* poll = new QTimer();
@@ -52,6 +68,7 @@ void AnswerNextMessageBox(QMessageBox::StandardButton button,
       seen->title = box->windowTitle();
       seen->icon = box->icon();
       seen->default_button = box->standardButton(box->defaultButton());
+      seen->flags = box->windowFlags();
     }
     if (QAbstractButton* b = box->button(button)) {
       b->click();

@@ -27,6 +27,7 @@ struct SeenMessageBox {
   QString title;
   QMessageBox::Icon icon = QMessageBox::NoIcon;
   QMessageBox::StandardButton default_button = QMessageBox::NoButton;
+  Qt::WindowFlags flags;
 };
 
 // Answers the next message box that opens within a few seconds by pressing
@@ -34,6 +35,12 @@ struct SeenMessageBox {
 // must outlive the answer.
 void AnswerNextMessageBox(QMessageBox::StandardButton button,
                           SeenMessageBox* seen = nullptr);
+
+// Writes what `window` shows, with the pop-up menu open over it drawn where
+// it stands, to screenshots/NAME.png; returns the file's path.
+std::string SaveScreenshotWithPopup(QWidget* window,
+                                    QWidget* popup,
+                                    const std::string& name);
 
 }  // namespace qbpd::testing
 

@@ -229,12 +229,34 @@ ControlWidget* FormWindow::EnsureWidget(Control& control, int depth) {
     w->setParent(parent);
   }
   w->setObjectName(QString::fromStdString(control.DisplayName()));
+  StackInOrder(control, w);
   Entry entry;
   entry.widget = std::move(made);
   entry.container = control.Container();
   auto [placed, inserted] = widgets_.emplace(&control, std::move(entry));
   (void)inserted;
   return placed->second.widget.get();
+}
+
+void FormWindow::StackInOrder(const Control& control, QWidget* widget) {
+  // A control declared later lies above one declared earlier, whenever
+  // either widget was made.
+  const auto& controls = form_.Controls();
+  auto it = std::find(controls.begin(), controls.end(), &control);
+  for (; it != controls.end(); ++it) {
+    if (*it == &control) {
+      continue;
+    }
+    auto later = widgets_.find(*it);
+    if (later == widgets_.end() || later->second.widget == nullptr) {
+      continue;
+    }
+    QWidget* above = later->second.widget->widget();
+    if (above != nullptr && above->parentWidget() == widget->parentWidget()) {
+      widget->stackUnder(above);
+      return;
+    }
+  }
 }
 
 void FormWindow::SyncControl(Control& control) {

@@ -27,7 +27,8 @@ class QtHost;
 
 // The window of one form, built from its registered controls alone: one
 // widget per control at its twips geometry (a control whose Container names
-// a frame or picture box is a child widget of it), the menu bar from its menu
+// a frame or picture box is a child widget of it, and a control declared
+// later lies above one declared earlier), the menu bar from its menu
 // controls, and the form's own events (Resize, QueryUnload and Unload on the
 // close box, keys with KeyPreview). No per-form code lives here: a form added
 // to the program appears without work.
@@ -103,6 +104,9 @@ class FormWindow : public QWidget {
   void SyncControl(Control& control);
   ControlWidget* EnsureWidget(Control& control, int depth);
   QWidget* ParentFor(const Control& control, int depth);
+  // Puts the new `widget` of `control` under the widgets of the controls
+  // declared after it in its container.
+  void StackInOrder(const Control& control, QWidget* widget);
   void DropWidget(Control* control);
   void ApplyCommon(Control& control, QWidget* widget, Entry& entry);
   void SyncMenus(bool allow_rebuild);

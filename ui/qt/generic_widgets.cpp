@@ -31,7 +31,9 @@
 #include <QTabBar>
 #include <QTextBlock>
 #include <QTimer>
+#include <QWheelEvent>
 
+#include <algorithm>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -39,6 +41,9 @@
 
 namespace qbpd {
 namespace {
+
+// A wheel reports 120 for one notch.
+constexpr int kWheelNotch = 120;
 
 void SetRole(QWidget* w, QPalette::ColorRole role, long color) {
   if (IsSystemColor(color)) {
@@ -79,6 +84,8 @@ class InputRouter : public QObject {
       case QEvent::MouseMove:
         Mouse(static_cast<QWidget*>(watched), static_cast<QMouseEvent*>(event));
         break;
+      case QEvent::Wheel:
+        return Wheel(static_cast<QWheelEvent*>(event));
       case QEvent::FocusIn: {
         auto reason = static_cast<QFocusEvent*>(event)->reason();
         if (reason == Qt::MouseFocusReason || reason == Qt::TabFocusReason ||
@@ -100,6 +107,44 @@ class InputRouter : public QObject {
   }
 
  private:
+  // The wheel anywhere over a box (a picture box or a frame) scrolls the
+  // box's own vertical scroll bar, one small change a notch, as it does over
+  // the bar itself; a wheel that a control inside did not take comes here
+  // through its containers. True when the box took it.
+  bool Wheel(QWheelEvent* e) {
+    const ControlKind kind = control_->Kind();
+    if (kind != ControlKind::kPictureBox && kind != ControlKind::kFrame) {
+      return false;
+    }
+    ScrollBar* bar = nullptr;
+    for (Control* c : control_->form().Controls()) {
+      if (c->Kind() == ControlKind::kScrollBar &&
+          c->Container() == control_->Name() && c->Visible() && c->Enabled() &&
+          static_cast<ScrollBar*>(c)->Vertical()) {
+        bar = static_cast<ScrollBar*>(c);
+        break;
+      }
+    }
+    if (bar == nullptr) {
+      return false;
+    }
+    e->accept();
+    wheel_rest_ += e->angleDelta().y();
+    const int notches = wheel_rest_ / kWheelNotch;
+    wheel_rest_ -= notches * kWheelNotch;
+    if (notches == 0) {
+      return true;
+    }
+    const int low = std::min(bar->Min(), bar->Max());
+    const int high = std::max(bar->Min(), bar->Max());
+    const int step = std::max(1, bar->SmallChange());
+    const int value = std::clamp(bar->Value() - notches * step, low, high);
+    if (value != bar->Value()) {
+      window_.Act(bar, [bar, value] { user::ScrollTo(*bar, value); });
+    }
+    return true;
+  }
+
   void Mouse(QWidget* w, QMouseEvent* e) {
     const int x = PixelsToTwips(static_cast<int>(e->position().x()));
     const int y = PixelsToTwips(static_cast<int>(e->position().y()));
@@ -156,6 +201,7 @@ class InputRouter : public QObject {
   bool passive_;
   bool pressed_inside_ = false;
   bool after_double_ = false;
+  int wheel_rest_ = 0;
 };
 
 // The part every generic widget shares: the control, the window, the Qt

@@ -9,6 +9,7 @@
 #include "ui/qt/qt_convert.h"
 #include "ui/qt/widget_handle.h"
 
+#include <QApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
@@ -250,6 +251,14 @@ void PhotoViewWidget::mousePressEvent(QMouseEvent* event) {
     }
   }
   click_pending_ = grabbed_ == nullptr && event->button() == Qt::LeftButton;
+  pan_armed_ = click_pending_ && CanPan();
+  panning_ = false;
+  pan_start_ = event->position().toPoint();
+  pan_scroll_ = QPoint(h_bar_->value(), v_bar_->value());
+}
+
+bool PhotoViewWidget::CanPan() const {
+  return !h_bar_->isHidden() || !v_bar_->isHidden();
 }
 
 void PhotoViewWidget::mouseReleaseEvent(QMouseEvent* event) {
@@ -259,6 +268,11 @@ void PhotoViewWidget::mouseReleaseEvent(QMouseEvent* event) {
   const PhotoMouse mouse = MouseAt(event);
   if (ViewOverlay* overlay = std::exchange(grabbed_, nullptr)) {
     overlay->MouseRelease(mouse);
+  }
+  pan_armed_ = false;
+  if (std::exchange(panning_, false)) {
+    click_pending_ = false;
+    UpdateCursor(mouse);
   }
   const bool click =
       std::exchange(click_pending_, false) &&
@@ -277,6 +291,18 @@ void PhotoViewWidget::mouseMoveEvent(QMouseEvent* event) {
   const PhotoMouse mouse = MouseAt(event);
   if (grabbed_ != nullptr) {
     grabbed_->MouseMove(mouse);
+  } else if (pan_armed_ && (event->buttons() & Qt::LeftButton)) {
+    const QPoint moved = event->position().toPoint() - pan_start_;
+    if (!panning_ &&
+        moved.manhattanLength() >= QApplication::startDragDistance()) {
+      panning_ = true;
+      setCursor(Qt::ClosedHandCursor);
+    }
+    if (panning_) {
+      // The photo follows the pointer, as a sheet of paper under the hand.
+      h_bar_->setValue(pan_scroll_.x() - moved.x());
+      v_bar_->setValue(pan_scroll_.y() - moved.y());
+    }
   } else if (event->buttons() == Qt::NoButton) {
     for (auto it = overlays_.rbegin(); it != overlays_.rend(); ++it) {
       if ((*it)->MouseMove(mouse)) {
@@ -295,11 +321,37 @@ void PhotoViewWidget::UpdateCursor(const PhotoMouse& mouse) {
       return;
     }
   }
-  unsetCursor();
+  // A photo larger than the view can be taken by the hand and moved.
+  if (CanPan()) {
+    setCursor(Qt::OpenHandCursor);
+  } else {
+    unsetCursor();
+  }
 }
 
 void PhotoViewWidget::wheelEvent(QWheelEvent* event) {
   const QPoint delta = event->angleDelta();
+  if (event->modifiers() & Qt::ControlModifier) {
+    // Ctrl with the wheel is the program's (it zooms); whole notches only.
+    event->accept();
+    if (detached_) {
+      return;
+    }
+    wheel_rest_ += delta.y();
+    const int notches = wheel_rest_ / kWheelNotch;
+    wheel_rest_ -= notches * kWheelNotch;
+    if (notches == 0) {
+      return;
+    }
+    EventArgs args;
+    args.Delta = notches;
+    args.Shift = ShiftOf(event->modifiers());
+    const QPoint p = event->position().toPoint();
+    args.X = p.x() * kTwipsPerPixel;
+    args.Y = p.y() * kTwipsPerPixel;
+    control_.Raise("MouseWheel", args);
+    return;
+  }
   const bool across = event->modifiers() & Qt::ShiftModifier ||
                       std::abs(delta.x()) > std::abs(delta.y());
   const int notches = (across && delta.x() != 0 ? delta.x() : delta.y());

@@ -28,11 +28,15 @@ inline constexpr int kPhotoViewGrey = 206;
 // visible part is rendered through the model, and kept until the scroll
 // position, the zoom or the control changes (Sync) or InvalidatePicture is
 // called. The wheel scrolls (Shift or a sideways wheel: across); the arrow
-// keys, Page Up/Down and Home/End scroll a focused view.
+// keys, Page Up/Down and Home/End scroll a focused view; a left drag that no
+// overlay takes pans a photo larger than the view.
 //
 // Events on the control, X and Y in twips from the control's corner: a press
 // raises MouseDown, a release MouseUp, a move MouseMove; a left press and
-// release on the view raise Click, unless an overlay took the press.
+// release on the view raise Click, unless an overlay took the press or the
+// press became a pan. The wheel with Ctrl raises MouseWheel instead of
+// scrolling, with the notches turned in Delta (away from the user positive)
+// and the shift state in Shift.
 class PhotoViewWidget : public QWidget {
  public:
   PhotoViewWidget(PhotoView& control, QWidget* parent);
@@ -73,6 +77,8 @@ class PhotoViewWidget : public QWidget {
   PhotoMouse MouseAt(QMouseEvent* event) const;
   void RaiseMouse(const char* name, QMouseEvent* event);
   void UpdateCursor(const PhotoMouse& mouse);
+  // Whether the photo is larger than the view on some axis.
+  bool CanPan() const;
 
   PhotoView& control_;
   QScrollBar* h_bar_;
@@ -80,6 +86,15 @@ class PhotoViewWidget : public QWidget {
   std::vector<std::unique_ptr<ViewOverlay>> overlays_;
   ViewOverlay* grabbed_ = nullptr;  // took the press of the drag under way
   bool click_pending_ = false;
+  // A left press that no overlay took, on a photo larger than the view: the
+  // pointer and the scroll position where it started, and whether it moved
+  // far enough to be a pan.
+  bool pan_armed_ = false;
+  bool panning_ = false;
+  QPoint pan_start_;
+  QPoint pan_scroll_;
+  // Wheel turns of less than a notch (a touchpad's), kept until they add up.
+  int wheel_rest_ = 0;
   bool detached_ = false;
 
   // What the last Sync saw, to tell a new photo from a new zoom.

@@ -189,6 +189,15 @@ void QtHost::ShowForm(Form& form, bool modal) {
   }
   active_forms_.push_back(&form);
   QPointer<FormWindow> guarded(window);
+  // A form shown modally is a dialog: a title and a close box, no buttons to
+  // minimise or maximise it.
+  const Qt::WindowFlags flags =
+      modal ? Qt::WindowFlags(Qt::Dialog | Qt::CustomizeWindowHint |
+                              Qt::WindowTitleHint | Qt::WindowCloseButtonHint)
+            : Qt::WindowFlags(Qt::Window);
+  if (window->windowType() != (flags & Qt::WindowType_Mask)) {
+    window->setWindowFlags(flags);
+  }
   window->setWindowModality(modal ? Qt::ApplicationModal : Qt::NonModal);
   QEventLoop loop;
   if (modal) {
