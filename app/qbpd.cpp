@@ -9,6 +9,7 @@
 #include <QTimer>
 
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace {
@@ -32,12 +33,16 @@ constexpr int kInstancePollMs = 250;
 }  // namespace
 
 int main(int argc, char** argv) {
+  // Taken before Qt starts, which takes the X11 startup id for itself: a
+  // second start hands the token on to the running instance.
+  qbpd::ActivationToken activation = qbpd::ActivationTokenFromEnvironment();
   QApplication qt_app(argc, argv);
   QApplication::setApplicationName("Quillbay Picture Desk");
   QApplication::setQuitOnLastWindowClosed(false);
   const std::string command_line = CommandLineOf(argc, argv);
 
-  qbpd::PlatformServices services = qbpd::MakePlatformServices(nullptr);
+  qbpd::PlatformServices services =
+      qbpd::MakePlatformServices(nullptr, std::move(activation));
   services.clipboard = qbpd::MakeQtClipboard();
   services.launcher = qbpd::MakeXdgLauncher();
   services.make_display = [] { return qbpd::MakeVipsDisplayControl(); };
@@ -55,8 +60,11 @@ int main(int argc, char** argv) {
   QTimer instance_poll;
   QObject::connect(&instance_poll, &QTimer::timeout, [&app, &host] {
     if (host.dispatch_depth() == 0) {
-      app.PollInstanceRequests();
+      std::optional<qbpd::ActivationToken> request = app.PollInstanceRequests();
       host.AfterEvent();
+      if (request) {
+        host.BringForward(*request);
+      }
     }
   });
   instance_poll.start(kInstancePollMs);

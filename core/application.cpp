@@ -88,9 +88,14 @@ bool Application::AskPrevInstanceToComeForward() {
   return services_.instance && services_.instance->AskFirstToComeForward();
 }
 
-void Application::PollInstanceRequests() {
-  if (!services_.instance || !services_.instance->TakeComeForwardRequest()) {
-    return;
+std::optional<ActivationToken> Application::PollInstanceRequests() {
+  if (!services_.instance) {
+    return std::nullopt;
+  }
+  std::optional<ActivationToken> request =
+      services_.instance->TakeComeForwardRequest();
+  if (!request) {
+    return std::nullopt;
   }
   // The program's windows are known by the start of their caption, as a
   // second start looks for them.
@@ -109,6 +114,7 @@ void Application::PollInstanceRequests() {
     }
   }
   forms_.CollectGarbage();
+  return request;
 }
 
 void Application::End() {

@@ -107,9 +107,11 @@ class Application {
   // From a second start: asks the running instance to come forward.
   bool AskPrevInstanceToComeForward();
   // In the running instance: acts on a second start's request, if one came.
-  // The program's windows come forward, and a minimised one is restored,
-  // which raises its Resize event. Hosts call this when they are idle.
-  void PollInstanceRequests();
+  // A minimised window of the program is restored, which raises its Resize
+  // event. Hosts call this when they are idle; the answer is the second
+  // start's activation token, with which a desktop host brings the window
+  // to the front, or nothing when no request came.
+  std::optional<ActivationToken> PollInstanceRequests();
 
   // Ends the process's run: unloads every form without asking.
   void End();

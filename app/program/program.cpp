@@ -25,7 +25,8 @@ void RegisterProgram(Application& app) {
   app.SetEntryForm("frmSplash");
 }
 
-PlatformServices MakePlatformServices(std::unique_ptr<SettingsStore> settings) {
+PlatformServices MakePlatformServices(std::unique_ptr<SettingsStore> settings,
+                                      ActivationToken token) {
   PlatformServices services;
   services.places = FindPlaces();
   services.settings =
@@ -38,7 +39,7 @@ PlatformServices MakePlatformServices(std::unique_ptr<SettingsStore> settings) {
       services.places.runtime.empty()
           ? MakePrivateTempFolder(services.places)
           : services.places.runtime + "/quillbay-picture-desk";
-  services.instance = MakeSingleInstance(runtime);
+  services.instance = MakeSingleInstance(runtime, std::move(token));
   // The reference service beside the program, started when an online command
   // first needs it and stopped with the last of the user's programs that
   // used it.

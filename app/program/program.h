@@ -10,7 +10,10 @@ void RegisterProgram(Application& app);
 
 // The platform services of a run, found from the environment (see places.h).
 // `settings` is the store to use; null means the user's settings database.
-PlatformServices MakePlatformServices(std::unique_ptr<SettingsStore> settings);
+// `token` is this start's activation token, which a second start passes on
+// to the running instance.
+PlatformServices MakePlatformServices(std::unique_ptr<SettingsStore> settings,
+                                      ActivationToken token = {});
 
 }  // namespace qbpd
 

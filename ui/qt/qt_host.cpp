@@ -6,6 +6,7 @@
 #include "platform/forms/user_input.h"
 #include "ui/qt/form_window.h"
 #include "ui/qt/qt_convert.h"
+#include "ui/qt/window_activation.h"
 
 #include <QAbstractEventDispatcher>
 #include <QApplication>
@@ -118,6 +119,26 @@ void QtHost::WindowActivated(Form& form) {
   }
   std::erase(active_forms_, &form);
   active_forms_.push_back(&form);
+}
+
+void QtHost::BringForward(const ActivationToken& token) {
+  SyncWindows();
+  FormWindow* window = nullptr;
+  if (Form* form = ActiveForm()) {
+    window = WindowOf(*form);
+  }
+  if (window == nullptr || window->detached() || !window->isVisible()) {
+    window = nullptr;
+    for (auto& [form, candidate] : windows_) {
+      if (candidate != nullptr && !candidate->detached() &&
+          candidate->isVisible()) {
+        window = candidate.data();
+      }
+    }
+  }
+  if (window != nullptr) {
+    ActivateWithToken(window, token);
+  }
 }
 
 QWidget* QtHost::DialogParent() const {

@@ -2,6 +2,7 @@
 #define QBPD_UI_QT_QT_HOST_H_
 
 #include "platform/forms/host.h"
+#include "platform/single_instance.h"
 
 #include <QElapsedTimer>
 #include <QObject>
@@ -54,6 +55,10 @@ class QtHost : public QObject, public Host {
   Form* ActiveForm() const;
   // A window was activated by the window system.
   void WindowActivated(Form& form);
+  // A second start of the program asked this one to come forward with the
+  // desktop's `token`: the window a person would be working in (the modal
+  // form's, else the last active one) comes to the front with the focus.
+  void BringForward(const ActivationToken& token);
 
   // --- Host ---------------------------------------------------------------
   int MsgBox(const std::string& prompt,
