@@ -458,6 +458,13 @@ void frmMainWindow::OpenCommandImage() {
       std::string::npos) {
     WriteRecentFolder(s_.gsSelectedFolder);
   }
+  // The tree shows the photo's folder. Its folder click loads nothing while
+  // the command line is set, as it is throughout this routine.
+  if (!s_.gsCommandLine.empty() && !s_.gsSelectedFolder.empty()) {
+    const std::string shown = WithSeparator(s_.gsSelectedFolder);
+    ExpTreeView.SetSelectedFolder(
+        shown == s_.gsDesktopPath ? std::string(kDesktop) : shown);
+  }
   if (ExpTreeView.SelectedFolder() != kDesktop) {
     ShowFolderLabel(ExpTreeView.SelectedFolder().empty()
                         ? s_.gsSelectedFolder
