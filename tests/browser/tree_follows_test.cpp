@@ -63,13 +63,18 @@ TEST_F(TreeFollowsTest, ARecentFolderShowsInTheTree) {
   ASSERT_EQ(session().gdicPhotoList.Count(), 2);
   // The default folder is the older of the two recent folders.
   Menu* older = nullptr;
+  std::string tags;
   for (int i = 0; i < 5; ++i) {
-    if (main().mnuFRecFolders.Exists(i) &&
-        main().mnuFRecFolders[i].Tag() == photos().string()) {
-      older = &main().mnuFRecFolders[i];
+    if (main().mnuFRecFolders.Exists(i)) {
+      tags += main().mnuFRecFolders[i].Tag() + ";";
+      // The entry's folder, with or without its final separator.
+      std::string tag = main().mnuFRecFolders[i].Tag();
+      if (tag == photos().string() || tag == photos().string() + "/") {
+        older = &main().mnuFRecFolders[i];
+      }
     }
   }
-  ASSERT_NE(older, nullptr);
+  ASSERT_NE(older, nullptr) << tags;
   user::PickMenu(*older);
   host().Advance(500);
   EXPECT_EQ(TreeFolder(), photos().string() + "/");
