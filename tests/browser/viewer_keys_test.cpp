@@ -180,9 +180,9 @@ TEST_F(ViewerKeysTest, TheZoomButtonsPopUpOpensAtTheButton) {
   const int x =
       m.picManipCont.Left() + m.imgZoom.Left() + m.imgZoom.Width() / 2;
   ASSERT_EQ(popups_.size(), 1u);
-  EXPECT_EQ(popups_[0], "pop-up menu frmMainWindow.mnuVZoom at " +
-                            std::to_string(x) + "," +
-                            std::to_string(m.picManipCont.Top()));
+  EXPECT_EQ(popups_[0],
+            "pop-up menu frmMainWindow.mnuVZoom at " + std::to_string(x) + "," +
+                std::to_string(static_cast<int>(m.picManipCont.Top())));
 }
 
 }  // namespace
