@@ -131,7 +131,7 @@ void frmMainWindow::WireCommands() {
 
   for (const ButtonNumber& b : kButtons) {
     PictureButton& button = this->*b.button;
-    button.SetToolTipText(b.tip);
+    button.SetTag(b.tip);
     const std::string number = b.number;
     On(button.Name(), "MouseDown", [this, &button, number](EventArgs& e) {
       if (e.Button == 1) {
@@ -176,8 +176,29 @@ void frmMainWindow::ShowButtonPictures() {
   }
   ShowButtonState(s_, imgBrowseClose, mbExplorerOpen ? "2" : "24",
                   kPictureNormal);
-  imgBrowseClose.SetToolTipText(mbExplorerOpen ? "Collapse" : "Expand");
-  imgHorzSplit.SetToolTipText("Drag to resize");
+  imgBrowseClose.SetTag(mbExplorerOpen ? "Collapse" : "Expand");
+  imgHorzSplit.SetTag("Drag to resize");
+}
+
+void frmMainWindow::SetToolTips() {
+  if (!moToolTip) {
+    return;
+  }
+  std::vector<const Control*> buttons;
+  for (const ButtonNumber& b : kButtons) {
+    buttons.push_back(&(this->*b.button));
+  }
+  buttons.push_back(&imgBrowseClose);
+  buttons.push_back(&imgHorzSplit);
+  qbpd::SetToolTips(*moToolTip, buttons);
+}
+
+std::string frmMainWindow::ToolTipAt(std::string_view window,
+                                     int x,
+                                     int y) const {
+  const ToolTipTool* tool =
+      moToolTip ? moToolTip->ToolAt(window, x, y) : nullptr;
+  return tool != nullptr ? tool->text : std::string();
 }
 
 // --- the picture buttons
@@ -290,18 +311,19 @@ void frmMainWindow::imgBrowseClose_Click() {
     picExplorerCont.SetEnabled(false);
     imgHorzSplit.SetVisible(false);
     ShowButtonState(s_, imgBrowseClose, "24", kPictureNormal);
-    imgBrowseClose.SetToolTipText("Expand");
+    imgBrowseClose.SetTag("Expand");
     mbExplorerOpen = false;
   } else {
     picExplorerCont.SetEnabled(true);
     imgHorzSplit.SetVisible(true);
     ShowButtonState(s_, imgBrowseClose, "2", kPictureNormal);
-    imgBrowseClose.SetToolTipText("Collapse");
+    imgBrowseClose.SetTag("Collapse");
     mbExplorerOpen = true;
     tmrExplorer.SetEnabled(s_.gbExplorerTimerOn);
   }
   // The panes take their new heights; the grid shows what fits now.
   ArrangeLeftColumn();
+  SetToolTips();
   setscrollBar();
   LoadVisibleThumbnails(ctrlImageListVScroll.Value());
 }

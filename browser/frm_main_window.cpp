@@ -159,6 +159,7 @@ void frmMainWindow::Form_Load() {
   mbFormReady = true;
   s_.gsShareSubject = std::string(kShareSubject);
   s_.gsShareMessage = std::string(kShareMessage);
+  moToolTip = std::make_unique<cToolTip>();
 }
 
 void frmMainWindow::Form_Resize() {
@@ -184,10 +185,12 @@ void frmMainWindow::Form_Resize() {
   }
   if (mbFirstLoad) {
     InitFrameArrange();
+    SetToolTips();
     tmrIniitialLoad.SetEnabled(true);
     return;
   }
   FrameReArrange();
+  SetToolTips();
 
   // A running instance that a second start restored picks up its photo here.
   s_.gsCommandLine.clear();

@@ -4,10 +4,12 @@
 #include "core/application.h"
 #include "core/keyed_collection.h"
 #include "core/ordered_dictionary.h"
+#include "core/tooltip.h"
 #include "platform/forms/control_array.h"
 #include "platform/forms/controls.h"
 #include "platform/forms/form.h"
 
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -215,6 +217,9 @@ class frmMainWindow : public Form {
   const KeyedCollection<std::string>& RecentFolders() const {
     return mcolRecentFolders;
   }
+  // The window's tooltip object; null before Form_Load.
+  const cToolTip* ToolTip() const { return moToolTip.get(); }
+  std::string ToolTipAt(std::string_view window, int x, int y) const override;
 
  protected:
   void Form_Load() override;
@@ -245,6 +250,9 @@ class frmMainWindow : public Form {
   // The commands (commands.cpp).
   void WireCommands();
   void ShowButtonPictures();
+  // Gives the picture buttons their tips from their Tag over their
+  // rectangles, or moves them there after a resize.
+  void SetToolTips();
   void HoverButton(PictureButton& button, const std::string& number);
   void ResetButtonImages();
   void mnuFile_Click();
@@ -405,6 +413,8 @@ class frmMainWindow : public Form {
   bool mbSplitMoved = false;
   // The splitter's place; 0 until the first layout chooses one.
   int miSplitTop = 0;
+  // The tooltip object of the window's buttons.
+  std::unique_ptr<cToolTip> moToolTip;
   // Photo file operations.
   bool mbDeleting = false;
   bool mbDeleteBusy = false;

@@ -56,6 +56,26 @@ bool cToolTip::AjustItemRect(std::string_view window,
   return false;
 }
 
+void cToolTip::SetSource(int id, const std::string& source) {
+  for (ToolTipTool& tool : tools_) {
+    if (tool.id == id) {
+      tool.source = source;
+    }
+  }
+}
+
+bool cToolTip::SetToolText(std::string_view window,
+                           int id,
+                           const std::string& tip) {
+  for (ToolTipTool& tool : tools_) {
+    if (tool.id == id && tool.window == window) {
+      tool.text = tip;
+      return true;
+    }
+  }
+  return false;
+}
+
 const ToolTipTool* cToolTip::FindTool(std::string_view window, int id) const {
   auto it =
       std::find_if(tools_.begin(), tools_.end(), [&](const ToolTipTool& tool) {
@@ -121,15 +141,32 @@ void SetToolTips(cToolTip& tips,
     return;
   }
   for (const Control* button : buttons) {
-    if (button == nullptr || button->Tag().empty()) {
+    if (button == nullptr) {
       continue;
     }
-    const int left = button->Left() / twips_per_pixel;
-    const int top = button->Top() / twips_per_pixel;
-    const int right = (button->Left() + button->Width()) / twips_per_pixel;
-    const int bottom = (button->Top() + button->Height()) / twips_per_pixel;
-    tips.SetToolTipItem(button->Container(), left, top, right, bottom,
-                        button->Tag());
+    const int left = static_cast<int>(button->Left() / twips_per_pixel);
+    const int top = static_cast<int>(button->Top() / twips_per_pixel);
+    const int right =
+        static_cast<int>((button->Left() + button->Width()) / twips_per_pixel);
+    const int bottom =
+        static_cast<int>((button->Top() + button->Height()) / twips_per_pixel);
+    const std::string source = button->DisplayName();
+    auto made = std::find_if(
+        tips.Tools().begin(), tips.Tools().end(), [&](const ToolTipTool& t) {
+          return t.source == source && t.window == button->Container();
+        });
+    if (made != tips.Tools().end()) {
+      const int id = made->id;
+      tips.AjustItemRect(button->Container(), left, top, right, bottom, id);
+      tips.SetToolText(button->Container(), id, button->Tag());
+      continue;
+    }
+    if (button->Tag().empty()) {
+      continue;
+    }
+    const int id = tips.SetToolTipItem(button->Container(), left, top, right,
+                                       bottom, button->Tag());
+    tips.SetSource(id, source);
   }
 }
 

@@ -34,6 +34,8 @@ struct ToolTipTool {
   bool whole_window = false;
   PixelRect rect;  // for a rectangle tip
   std::string text;
+  // The control a rectangle tip was made for by SetToolTips ("" otherwise).
+  std::string source;
 };
 
 // The tooltip object of a form, without any toolkit: the tips of its
@@ -75,6 +77,11 @@ class cToolTip {
                      int bottom,
                      int id);
 
+  // Marks tip `id` as made for the control named `source`.
+  void SetSource(int id, const std::string& source);
+  // Gives the tip `id` of `window` a new text. False when there is none.
+  bool SetToolText(std::string_view window, int id, const std::string& tip);
+
   const std::vector<ToolTipTool>& Tools() const { return tools_; }
   const ToolTipTool* FindTool(std::string_view window, int id) const;
   // The tool under the point (x, y), in pixels of `window`: a rectangle tip
@@ -98,7 +105,9 @@ class cToolTip {
 // Gives each of `buttons` a rectangle tip on its container (the window that
 // holds it) with the text of its Tag; its rectangle is its Left, Top, Width
 // and Height in twips, in pixels of `twips_per_pixel`. A button with an
-// empty Tag gets no tip.
+// empty Tag gets no tip. Called again (after a resize), a button's tip is
+// moved to its new rectangle and takes its Tag anew (AjustItemRect), and is
+// not added twice.
 void SetToolTips(cToolTip& tips,
                  std::span<const Control* const> buttons,
                  int twips_per_pixel = kTwipsPerPixel);

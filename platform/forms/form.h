@@ -146,6 +146,16 @@ class Form {
   void HostShown(bool modal);
   void HostHidden();
 
+  // The tip that the form's tooltip object shows at (x, y), in pixels of
+  // `window` (a control's display name, "" for the form); "" for none. A
+  // form without a tooltip object has none.
+  virtual std::string ToolTipAt(std::string_view window, int x, int y) const {
+    (void)window;
+    (void)x;
+    (void)y;
+    return {};
+  }
+
  protected:
   // Declares one of the form's member variables by its name (a bool, int,
   // long, long long, double or std::string), as controls register

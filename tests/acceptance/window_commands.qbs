@@ -15,10 +15,10 @@ expect frmMainWindow.mnuFGetPhotos.Caption = "&Get Photos"
 # The folder pane gives its room to the grid and comes back.
 click frmMainWindow.imgBrowseClose
 expect frmMainWindow.imgHorzSplit.Visible = False
-expect frmMainWindow.imgBrowseClose.ToolTipText = "Expand"
+expect frmMainWindow.imgBrowseClose.Tag = "Expand"
 menu frmMainWindow.mnuFGetPhotos
 expect frmMainWindow.imgHorzSplit.Visible = True
-expect frmMainWindow.imgBrowseClose.ToolTipText = "Collapse"
+expect frmMainWindow.imgBrowseClose.Tag = "Collapse"
 
 # Delete all selected is on only with a selection.
 menu frmMainWindow.mnuEClear

@@ -20,7 +20,44 @@ class CommandsTest : public testing_support::MainWindowTest {
   // The right and bottom edges of a control, in its container.
   static int Right(const Control& c) { return c.Left() + c.Width(); }
   static int Bottom(const Control& c) { return c.Top() + c.Height(); }
+  // The tip the window's tooltip object shows over the middle of `c`.
+  std::string TipOver(const Control& c) {
+    return main().ToolTipAt(c.Container(),
+                            static_cast<int>(c.Left() + c.Width() / 2) / 15,
+                            static_cast<int>(c.Top() + c.Height() / 2) / 15);
+  }
 };
+
+TEST_F(CommandsTest, TheButtonsTipsComeFromTheWindowsTooltipObject) {
+  StartWith(3);
+  frmMainWindow& w = main();
+  ASSERT_NE(w.ToolTip(), nullptr);
+  // The texts are the buttons' Tag, over their rectangles; nothing writes
+  // them into the buttons themselves.
+  EXPECT_EQ(w.imgUpload.Tag(), "Upload photos");
+  EXPECT_EQ(TipOver(w.imgUpload), "Upload photos");
+  EXPECT_EQ(w.imgUpload.ToolTipText(), "");
+  EXPECT_EQ(TipOver(w.imgTrash), "Delete");
+  EXPECT_EQ(TipOver(w.imgBrowseClose), "Collapse");
+  const ToolTipTool* upload =
+      w.ToolTip()->ToolAt("", static_cast<int>(w.imgUpload.Left()) / 15 + 1,
+                          static_cast<int>(w.imgUpload.Top()) / 15 + 1);
+  ASSERT_NE(upload, nullptr);
+  EXPECT_EQ(upload->rect.right,
+            static_cast<int>(w.imgUpload.Left() + w.imgUpload.Width()) / 15);
+
+  // A resize moves the tips with their buttons, without adding any.
+  const size_t tools = w.ToolTip()->Tools().size();
+  const Twips select_top = w.imgSelectAll.Top();
+  w.Move(0, 0, 20000, 14000);
+  ASSERT_NE(w.imgSelectAll.Top(), select_top);
+  EXPECT_EQ(TipOver(w.imgSelectAll), "Select all photos");
+  EXPECT_EQ(w.ToolTip()->Tools().size(), tools);
+
+  // The pane's button changes its tip with its state.
+  user::Click(w.imgBrowseClose);
+  EXPECT_EQ(TipOver(w.imgBrowseClose), "Expand");
+}
 
 TEST_F(CommandsTest, TheLayoutFillsTheWindowWithoutOverlaps) {
   StartWith(3);
@@ -63,7 +100,7 @@ TEST_F(CommandsTest, ClosingTheFolderPaneGivesTheGridItsRoom) {
   user::Click(w.imgBrowseClose);
   EXPECT_FALSE(w.imgHorzSplit.Visible());
   EXPECT_FALSE(w.picExplorerCont.Enabled());
-  EXPECT_EQ(w.imgBrowseClose.ToolTipText(), "Expand");
+  EXPECT_EQ(w.imgBrowseClose.Tag(), "Expand");
   EXPECT_NE(w.imgBrowseClose.Picture().find("24N"), std::string::npos);
   EXPECT_GT(w.getMaxNoImgsDisplayed(), before);
   // What now fits is loaded.
@@ -71,7 +108,7 @@ TEST_F(CommandsTest, ClosingTheFolderPaneGivesTheGridItsRoom) {
   // Get Photos opens it again.
   user::PickMenu(w.mnuFGetPhotos);
   EXPECT_TRUE(w.imgHorzSplit.Visible());
-  EXPECT_EQ(w.imgBrowseClose.ToolTipText(), "Collapse");
+  EXPECT_EQ(w.imgBrowseClose.Tag(), "Collapse");
   EXPECT_EQ(w.getMaxNoImgsDisplayed(), before);
 }
 

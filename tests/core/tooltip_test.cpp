@@ -58,6 +58,26 @@ TEST(ToolTipTest, ButtonsGetTheirTagOverTheirRectangleInPixels) {
   EXPECT_EQ(tips.ToolAt("", 5, 5), nullptr);
 }
 
+TEST(ToolTipTest, SetToolTipsAgainMovesEachButtonsTipInsteadOfAddingOne) {
+  ScriptedHost host;
+  frmButtons form(host);
+  cToolTip tips;
+  const std::vector<const Control*> buttons = {&form.imgUpload, &form.imgShare,
+                                               &form.imgPlain, &form.imgTrash};
+  SetToolTips(tips, buttons);
+  const int upload_id = tips.Tools()[0].id;
+
+  form.imgUpload.Move(1500, 300, 600, 450);
+  form.imgShare.SetTag("Share with friends");
+  SetToolTips(tips, buttons);
+  ASSERT_EQ(tips.Tools().size(), 3u);
+  EXPECT_EQ(tips.Tools()[0].id, upload_id);
+  EXPECT_EQ(tips.Tools()[0].rect, (PixelRect{100, 20, 140, 50}));
+  EXPECT_EQ(tips.ToolAt("", 10, 20), nullptr);
+  EXPECT_EQ(tips.ToolAt("", 100, 20)->text, "Upload photos");
+  EXPECT_EQ(tips.ToolAt("", 60, 20)->text, "Share with friends");
+}
+
 TEST(ToolTipTest, ItemRectMovesAndWholeWindowTipIsTheFallback) {
   ScriptedHost host;
   frmButtons form(host);

@@ -304,8 +304,19 @@ void FormWindow::ApplyCommon(Control& control, QWidget* widget, Entry& entry) {
     was.enabled = control.Enabled();
     widget->setEnabled(was.enabled);
   }
-  if (fresh || was.tool_tip != control.ToolTipText()) {
-    was.tool_tip = control.ToolTipText();
+  // A control's own tip, else the tip the form's tooltip object holds over
+  // the control's middle.
+  std::string tip = control.ToolTipText();
+  if (tip.empty()) {
+    tip = form_.ToolTipAt(
+        control.Container(),
+        static_cast<int>((control.Left() + control.Width() / 2) /
+                         kTwipsPerPixel),
+        static_cast<int>((control.Top() + control.Height() / 2) /
+                         kTwipsPerPixel));
+  }
+  if (fresh || was.tool_tip != tip) {
+    was.tool_tip = tip;
     widget->setToolTip(QString::fromStdString(was.tool_tip));
   }
   if (fresh || was.font_size != control.FontSize() ||
