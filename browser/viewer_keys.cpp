@@ -30,6 +30,17 @@ bool Reachable(Form& form, const Control& control) {
   return c == nullptr;
 }
 
+// Whether the focused control acts on Space itself (ticks, chooses, presses),
+// so that the viewer leaves the key to it.
+bool TakesSpace(const Control* focused) {
+  if (focused == nullptr) {
+    return false;
+  }
+  const ControlKind kind = focused->Kind();
+  return kind == ControlKind::kCheckBox || kind == ControlKind::kOptionButton ||
+         kind == ControlKind::kCommandButton;
+}
+
 }  // namespace
 
 void frmMainWindow::WireViewerKeys() {
@@ -56,6 +67,9 @@ void frmMainWindow::ViewerKeyPress(int& KeyAscii) {
   }
   switch (KeyAscii) {
     case ' ':
+      if (TakesSpace(ActiveControl())) {
+        return;
+      }
       KeyAscii = 0;
       if (Reachable(*this, imgNext)) {
         imgNext_Click();

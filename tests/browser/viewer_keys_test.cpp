@@ -57,6 +57,17 @@ TEST_F(ViewerKeysTest, SpaceAndBackspaceStepThroughThePhotos) {
             session().gdicPhotoList.Item(2));
 }
 
+TEST_F(ViewerKeysTest, SpaceIsLeftToAFocusedButton) {
+  StartWith(3);
+  main().cmdImageListHead.SetFocus();
+  ASSERT_EQ(main().ActiveControl(), &main().cmdImageListHead);
+  Press(" ");
+  EXPECT_EQ(session().giCurrentPhotoIndex, 0);
+  // Backspace is no button's key and still steps back.
+  Press("{BACKSPACE}");
+  EXPECT_EQ(session().giCurrentPhotoIndex, 2);
+}
+
 TEST_F(ViewerKeysTest, TheKeysTypeIntoTheNameWhileItIsOpen) {
   StartWith(3);
   user::DblClick(main().lblDisplayImageName);
