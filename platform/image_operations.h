@@ -58,6 +58,21 @@ class ImageOperations {
   // compared as stored, the photo reduced to the preview's size.
   virtual ExifPreview CompareExifPreview(const std::string& path) = 0;
 
+  // Turns the photo `source` a quarter turn, `angle` 90 to the right or -90
+  // to the left, as it stands upright (EXIF orientation applied), and writes
+  // it as a JPEG file at `destination`, upright with orientation normal and
+  // its other metadata kept. `destination` may be `source` itself: the file
+  // is then replaced atomically, or left as it was on failure. Returns 1 on
+  // success, 0 on failure. A library without rotation fails every time.
+  virtual int ImageRotation(const std::string& source,
+                            const std::string& destination,
+                            int angle) {
+    (void)source;
+    (void)destination;
+    (void)angle;
+    return 0;
+  }
+
   // Drops the cached thumbnails of one photo; 1 when something was removed.
   virtual int DeleteThumbnailFile(const std::string& source) = 0;
   // Drops the cached thumbnails of every photo directly in `folder`; 1 when

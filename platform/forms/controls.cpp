@@ -1,6 +1,7 @@
 #include "platform/forms/controls.h"
 
 #include "platform/forms/form.h"
+#include "platform/forms/property_tables.h"
 #include "platform/forms/runtime_error.h"
 
 #include <algorithm>
@@ -8,13 +9,6 @@
 
 namespace qbpd {
 namespace {
-
-// Builds a kind's table: the common properties followed by its own.
-PropertyTable WithCommon(PropertyTable own, PropertyTable common) {
-  common.insert(common.end(), std::make_move_iterator(own.begin()),
-                std::make_move_iterator(own.end()));
-  return common;
-}
 
 void CheckRange(int i, int count, const Control& c) {
   if (i < 0 || i >= count) {
@@ -829,115 +823,6 @@ const PropertyTable& Thumbnail::Properties() const {
        RoProperty("Checked", &Thumbnail::Checked),
        RoProperty("Current", &Thumbnail::Current),
        RoProperty("ToolText", &Thumbnail::ToolText)},
-      CommonProperties());
-  return table;
-}
-
-// --- PhotoView -----------------------------------------------------------
-
-PhotoView::PhotoView(Form& form, std::string name, int index)
-    : StatefulControl(form, ControlKind::kPhotoView, std::move(name), index) {}
-
-void PhotoView::AttachDisplay(std::shared_ptr<DisplayControl> display) {
-  state_.display = std::move(display);
-  state_.photo_path.clear();
-  Changed();
-}
-
-void PhotoView::PassSize() const {
-  if (state_.display) {
-    state_.display->SetViewSize(Width() / kTwipsPerPixel,
-                                Height() / kTwipsPerPixel);
-  }
-}
-
-bool PhotoView::LoadPhoto(const std::string& path) {
-  if (!state_.display)
-    return false;
-  PassSize();
-  bool ok = state_.display->LoadPhoto(path);
-  if (ok)
-    state_.photo_path = path;
-  Changed();
-  return ok;
-}
-
-void PhotoView::ClearPhoto() {
-  if (state_.display)
-    state_.display->Clear();
-  state_.photo_path.clear();
-  Changed();
-}
-
-bool PhotoView::ZoomFitToWidth() {
-  if (!state_.display)
-    return false;
-  PassSize();
-  bool ok = state_.display->ZoomFitToWidth();
-  Changed();
-  return ok;
-}
-
-bool PhotoView::ZoomTo(int percent) {
-  if (!state_.display)
-    return false;
-  PassSize();
-  bool ok = state_.display->ZoomTo(percent);
-  Changed();
-  return ok;
-}
-
-int PhotoView::ZoomPercent() const {
-  return state_.display ? state_.display->ZoomPercent() : 0;
-}
-
-bool PhotoView::RotateView(int degrees) {
-  if (!state_.display)
-    return false;
-  bool ok = state_.display->RotateView(degrees);
-  Changed();
-  return ok;
-}
-
-int PhotoView::PhotoWidth() const {
-  return state_.display ? state_.display->PhotoWidth() : 0;
-}
-
-int PhotoView::PhotoHeight() const {
-  return state_.display ? state_.display->PhotoHeight() : 0;
-}
-
-void PhotoView::SetBackRed(int v) {
-  state_.back_red = v;
-  Changed();
-}
-
-void PhotoView::SetBackGreen(int v) {
-  state_.back_green = v;
-  Changed();
-}
-
-void PhotoView::SetBackBlue(int v) {
-  state_.back_blue = v;
-  Changed();
-}
-
-void PhotoView::SetScaleBase(int v) {
-  state_.scale_base = v;
-  Changed();
-}
-
-const PropertyTable& PhotoView::Properties() const {
-  static const PropertyTable table = WithCommon(
-      {RoProperty("PhotoPath", &PhotoView::PhotoPath),
-       RoProperty("ZoomPercent", &PhotoView::ZoomPercent),
-       RoProperty("PhotoWidth", &PhotoView::PhotoWidth),
-       RoProperty("PhotoHeight", &PhotoView::PhotoHeight),
-       RwProperty("BackRed", &PhotoView::BackRed, &PhotoView::SetBackRed),
-       RwProperty("BackGreen", &PhotoView::BackGreen, &PhotoView::SetBackGreen),
-       RwProperty("BackBlue", &PhotoView::BackBlue, &PhotoView::SetBackBlue),
-       RwProperty("ScaleBase", &PhotoView::ScaleBase,
-                  &PhotoView::SetScaleBase)},
       CommonProperties());
   return table;
 }

@@ -413,7 +413,8 @@ class Thumbnail : public StatefulControl<ThumbnailState> {
 // The photo view: the photo on display at its zoom. The program attaches the
 // picture model (AttachDisplay); the operations below pass the control's size
 // to it and forward. Without a model every operation fails (False, 0).
-// Events: Click, MouseMove.
+// Events: Click, MouseMove, MouseWheel, and the editor tools' CropTooSmall
+// and RedEyeRemoved (see DisplayControl).
 struct PhotoViewState {
   std::string photo_path;
   std::shared_ptr<DisplayControl> display;
@@ -425,6 +426,9 @@ struct PhotoViewState {
 class PhotoView : public StatefulControl<PhotoViewState> {
  public:
   PhotoView(Form& form, std::string name, int index = -1);
+  ~PhotoView() override;
+  PhotoView(const PhotoView&) = delete;
+  PhotoView& operator=(const PhotoView&) = delete;
   void AttachDisplay(std::shared_ptr<DisplayControl> display);
   DisplayControl* Display() const { return state_.display.get(); }
 
@@ -438,6 +442,16 @@ class PhotoView : public StatefulControl<PhotoViewState> {
   bool RotateView(int degrees);
   int PhotoWidth() const;
   int PhotoHeight() const;
+
+  // The editor's operations (see DisplayControl).
+  bool SetCropAspect(int aspect_x, int aspect_y);
+  void ClearEdit();
+  void BeginRedEye(int mode, int option);
+  bool ShowCorrected();
+  void ShowOriginal();
+  int FinishCorrection(bool write, const std::string& path);
+  bool SaveShownPhoto(const std::string& path);
+  bool SaveCropped(const std::string& path);
 
   int BackRed() const { return state_.back_red; }
   void SetBackRed(int v);

@@ -2,6 +2,7 @@
 #define QBPD_PLATFORM_FORMS_DISPLAY_CONTROL_H_
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -23,7 +24,8 @@ inline constexpr int kDisplayScrollBarPx = 16;
 // The photo is decoded at the resolution the view needs (a large JPEG shown
 // fitted is decoded at a reduced scale); the file stays the source of the full
 // resolution for the editor's saves. The editor's tools (crop box, red eye,
-// auto colour) and its saves are to be added here, over the same picture.
+// auto colour) and its saves work over the same picture; their results are
+// computed on the full-resolution photo when written.
 //
 // Every operation reports failure by its result only: a missing, corrupt,
 // truncated or oversized file (above 256 megapixels) or a zoom that cannot be
@@ -97,6 +99,72 @@ class DisplayControl {
     (void)x;
     (void)y;
     (void)button;
+  }
+
+  // --- the editor's operations ---------------------------------------------
+  // A model without them refuses each one (False, 0) and shows nothing.
+  //
+  // Events the tools raise on the photo view control that owns the model,
+  // by name: "CropTooSmall" when the user drags the crop box below the
+  // printable size (the box stays at the smallest allowed), "RedEyeRemoved"
+  // when a red-eye click changed pixels. The control sets the sink when it
+  // attaches the model; an event is raised from within ToolMouse*.
+  using EventSink = std::function<void(const std::string& event)>;
+  virtual void SetEventSink(EventSink sink) { (void)sink; }
+
+  // Shows a crop box of aspect `aspect_x` : `aspect_y` (width to height of
+  // the upright photo as shown, e.g. 6 : 4 for a landscape 4 x 6 print),
+  // the largest such box centred on the photo. False, and no box, when no box
+  // of that aspect reaches the printable size on this photo.
+  virtual bool SetCropAspect(int aspect_x, int aspect_y) {
+    (void)aspect_x;
+    (void)aspect_y;
+    return false;
+  }
+  // Removes the crop box or the red-eye tool (and the red-eye changes not
+  // yet saved); the photo shows as loaded, with its on-screen rotation.
+  virtual void ClearEdit() {}
+  // Starts the red-eye tool: a click over an eye removes its red.
+  virtual void BeginRedEye(int mode, int option) {
+    (void)mode;
+    (void)option;
+  }
+  // Computes the automatic colour correction and shows the corrected photo;
+  // False when it can't.
+  virtual bool ShowCorrected() { return false; }
+  // Shows the uncorrected photo again (the correction stays computed).
+  virtual void ShowOriginal() {}
+  // Ends the colour correction. With `write` the photo as shown is written
+  // to `path` as a JPEG file; without, nothing is written and `path` is not
+  // used. Non-zero on success.
+  virtual int FinishCorrection(bool write, const std::string& path) {
+    (void)write;
+    (void)path;
+    return 0;
+  }
+  // Writes the photo as it stands on screen (rotation, red-eye corrections)
+  // as a JPEG file at `path`, which may be the loaded photo's own path: the
+  // file is replaced atomically or not at all.
+  virtual bool SaveShownPhoto(const std::string& path) {
+    (void)path;
+    return false;
+  }
+  // Writes the contents of the crop box as a JPEG file at `path`.
+  virtual bool SaveCropped(const std::string& path) {
+    (void)path;
+    return false;
+  }
+
+  // What a desktop widget draws over the picture. The active tool:
+  enum class Tool { kNone, kCrop, kRedEye, kCorrection };
+  virtual Tool ActiveTool() const { return Tool::kNone; }
+  // The crop box in pixels of the upright photo; False without one.
+  virtual bool CropBox(double& x, double& y, double& w, double& h) const {
+    (void)x;
+    (void)y;
+    (void)w;
+    (void)h;
+    return false;
   }
 };
 
