@@ -1,0 +1,1 @@
+drag frmMainWindow.picDisplay from 10,20 to photo 300,200

@@ -1,0 +1,1 @@
+expect frmMainWindow.lblName.Caption = "a \"b\"" # note
