@@ -1,377 +1,34 @@
-#include "platform/atomic_file.h"
-#include "platform/bmp_reader.h"
 #include "platform/display_model.h"
-#include "platform/photo_kind.h"
+#include "platform/photo_decode.h"
+#include "platform/photo_edits.h"
+#include "platform/photo_writer.h"
 
-#include <turbojpeg.h>
 #include <vips/vips8>
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <fcntl.h>
-#include <fstream>
 #include <memory>
 #include <optional>
 #include <string>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <utility>
 #include <vector>
 
 namespace qbpd {
 namespace {
 
-constexpr std::uint64_t kMaxPixels = 256'000'000;
 constexpr int kMinPercent = 1;
 constexpr int kMaxPercent = 1600;
 // libvips' own limit on a side; a zoom that would pass it is refused.
 constexpr double kMaxShownSide = 10'000'000;
-// The grey of the view's background, under a transparent photo.
-constexpr double kBackgroundGrey = 206.0;
-// libvips' JPEG loader, which reads the JPEG files that libjpeg-turbo's
-// direct path leaves to it, scales by 1/2, 1/4 and 1/8 for nearly nothing;
-// the other kinds are box-shrunk while they are read, which may go further.
-constexpr int kMaxJpegShrink = 8;
-constexpr int kMaxOtherShrink = 64;
-
-// The kind of a photo file; nothing for a file the view doesn't show.
-std::optional<PhotoKind> SniffKind(const std::string& path) {
-  const PhotoKind kind = SniffPhotoFile(path);
-  if (kind == PhotoKind::kOther) {
-    return std::nullopt;
-  }
-  return kind;
-}
-
-// How the stored pixels are turned to stand upright: a clockwise turn, then
-// a mirror left to right. This is what the EXIF orientation tag means.
-struct Orientation {
-  int turn = 0;
-  bool mirror = false;
-};
-
-Orientation FromExif(int tag) {
-  switch (tag) {
-    case 2:
-      return {0, true};
-    case 3:
-      return {180, false};
-    case 4:
-      return {180, true};
-    case 5:
-      return {90, true};
-    case 6:
-      return {90, false};
-    case 7:
-      return {270, true};
-    case 8:
-      return {270, false};
-    default:
-      return {};
-  }
-}
-
-VipsAngle AngleOf(int degrees) {
-  switch (degrees) {
-    case 90:
-      return VIPS_ANGLE_D90;
-    case 180:
-      return VIPS_ANGLE_D180;
-    case 270:
-      return VIPS_ANGLE_D270;
-    default:
-      return VIPS_ANGLE_D0;
-  }
-}
-
-bool IsQuarterTurn(int degrees) {
-  return degrees == 90 || degrees == 270;
-}
-
-// What the file's header says, before any pixel is decoded.
-struct PhotoHeader {
-  PhotoKind kind = PhotoKind::kJpeg;
-  int stored_width = 0;
-  int stored_height = 0;
-  Orientation orientation;
-};
-
-vips::VOption* LoaderOptions() {
-  // A truncated file or a serious decoding error fails the load, rather than
-  // showing a photo that turns grey halfway down.
-  return vips::VImage::option()
-      ->set("access", VIPS_ACCESS_SEQUENTIAL)
-      ->set("fail_on", VIPS_FAIL_ON_ERROR);
-}
-
-// Opens the photo at `path` for reading: a plain file only, and never
-// waiting on the open (see OpenPhotoFile).
-int OpenPhoto(const std::string& path) {
-  const int fd = OpenPhotoFile(path);
-  if (fd < 0) {
-    throw vips::VError("not a photo file");
-  }
-  return fd;
-}
-
-// Opens the file with the loader of its kind only, so no general-purpose
-// loader is ever handed a photo. Nothing is decoded yet.
-vips::VImage OpenLazily(const std::string& path,
-                        PhotoKind kind,
-                        vips::VOption* options) {
-  const FileDescriptor fd(OpenPhoto(path));
-  // The source reads a duplicate of the descriptor.
-  const vips::VSource source = vips::VSource::new_from_descriptor(fd.get());
-  switch (kind) {
-    case PhotoKind::kJpeg:
-      return vips::VImage::jpegload_source(source, options);
-    case PhotoKind::kPng:
-      return vips::VImage::pngload_source(source, options);
-    case PhotoKind::kTiff:
-      return vips::VImage::tiffload_source(source, options);
-    case PhotoKind::kBmp:
-    case PhotoKind::kOther:
-      break;
-  }
-  throw vips::VError("not a kind that libvips opens here");
-}
-
-std::optional<PhotoHeader> ReadHeader(const std::string& path) {
-  const std::optional<PhotoKind> kind = SniffKind(path);
-  if (!kind) {
-    return std::nullopt;
-  }
-  PhotoHeader header;
-  header.kind = *kind;
-  {
-    // A JPEG cut short is refused the same way every time, whatever the
-    // decoder's threads would make of it; a photo whose decoding would take
-    // more than one photo may is refused before it starts.
-    const FileDescriptor fd(OpenPhoto(path));
-    if ((*kind == PhotoKind::kJpeg && !JpegIsWhole(fd.get())) ||
-        !WithinDecodeBudget(fd.get(), *kind)) {
-      return std::nullopt;
-    }
-  }
-  if (*kind == PhotoKind::kBmp) {
-    const FileDescriptor fd(OpenPhoto(path));
-    PhotoStream in(fd.get());
-    BmpInfo info;
-    if (!in || !ReadBmpInfo(in, kMaxPixels, info).ok()) {
-      return std::nullopt;
-    }
-    header.stored_width = info.width;
-    header.stored_height = info.height;
-  } else {
-    const vips::VImage image = OpenLazily(path, *kind, LoaderOptions());
-    header.stored_width = image.width();
-    header.stored_height = image.height();
-    if (image.get_typeof(VIPS_META_ORIENTATION) != 0) {
-      header.orientation = FromExif(image.get_int(VIPS_META_ORIENTATION));
-    }
-  }
-  if (header.stored_width <= 0 || header.stored_height <= 0 ||
-      static_cast<std::uint64_t>(header.stored_width) *
-              static_cast<std::uint64_t>(header.stored_height) >
-          kMaxPixels) {
-    return std::nullopt;
-  }
-  return header;
-}
-
-// Brings any decoded picture to three 8-bit sRGB bands: grey, 16-bit and
-// CMYK photos are converted, and transparency is laid on the view's grey.
-vips::VImage ToDisplayRgb(vips::VImage image) {
-  if (image.interpretation() != VIPS_INTERPRETATION_sRGB ||
-      image.format() != VIPS_FORMAT_UCHAR) {
-    image = image.colourspace(VIPS_INTERPRETATION_sRGB);
-  }
-  if (image.has_alpha()) {
-    image = image.flatten(vips::VImage::option()->set(
-        "background", std::vector<double>{kBackgroundGrey}));
-  }
-  if (image.format() != VIPS_FORMAT_UCHAR) {
-    image = image.cast(VIPS_FORMAT_UCHAR);
-  }
-  if (image.bands() > 3) {
-    image = image.extract_band(0, vips::VImage::option()->set("n", 3));
-  }
-  return image;
-}
-
-// The size a decoding must at least have: one decoded pixel for each shown
-// pixel.
-struct Needed {
-  int width = 0;
-  int height = 0;
-};
-
-bool Covers(int width, int height, Needed needed) {
-  return width >= std::max(needed.width, 1) &&
-         height >= std::max(needed.height, 1);
-}
-
-// The largest power of two up to `most` that shrinks the stored picture no
-// smaller than `needed`, the shrunk sides rounded down.
-int BoxShrink(const PhotoHeader& header, Needed needed, int most) {
-  int shrink = 1;
-  while (shrink * 2 <= most &&
-         Covers(header.stored_width / (shrink * 2),
-                header.stored_height / (shrink * 2), needed)) {
-    shrink *= 2;
-  }
-  return shrink;
-}
-
-// The pixels of a decoding that libvips did not allocate: freed with the
-// image that wraps them.
-void FreeTracked(VipsImage*, gpointer pixels) {
-  vips_tracked_free(pixels);
-}
-
-struct TurboDeleter {
-  void operator()(void* handle) const { tjDestroy(handle); }
-};
-using TurboHandle = std::unique_ptr<void, TurboDeleter>;
-
-std::optional<std::vector<unsigned char>> ReadWholeFile(
-    const std::string& path) {
-  const int fd = OpenPhotoFile(path);
-  if (fd < 0) {
-    return std::nullopt;
-  }
-  std::vector<unsigned char> bytes;
-  struct stat status {};
-  if (::fstat(fd, &status) == 0 && status.st_size > 0) {
-    bytes.resize(static_cast<std::size_t>(status.st_size));
-    std::size_t got = 0;
-    while (got < bytes.size()) {
-      const ssize_t n = ::read(fd, bytes.data() + got, bytes.size() - got);
-      if (n < 0 && errno == EINTR) {
-        continue;
-      }
-      if (n <= 0) {
-        break;
-      }
-      got += static_cast<std::size_t>(n);
-    }
-    bytes.resize(got);
-  }
-  ::close(fd);
-  return bytes;
-}
-
-// libjpeg-turbo's decoding of an ordinary JPEG, at the smallest of its
-// scales (eighths of the size) that covers `needed`: for a fit it decodes
-// fewer pixels than libvips' halving scales would. Nothing when the file
-// holds anything unusual (CMYK, a warning such as a truncation): libvips
-// then decides.
-std::optional<vips::VImage> TurboDecode(const std::string& path,
-                                        const PhotoHeader& header,
-                                        Needed needed) {
-  const std::optional<std::vector<unsigned char>> jpeg = ReadWholeFile(path);
-  const TurboHandle handle(tjInitDecompress());
-  if (!jpeg || !handle) {
-    return std::nullopt;
-  }
-  int width = 0;
-  int height = 0;
-  int subsampling = 0;
-  int colourspace = 0;
-  if (tjDecompressHeader3(handle.get(), jpeg->data(), jpeg->size(), &width,
-                          &height, &subsampling, &colourspace) != 0 ||
-      width != header.stored_width || height != header.stored_height ||
-      colourspace == TJCS_CMYK || colourspace == TJCS_YCCK) {
-    return std::nullopt;
-  }
-  int count = 0;
-  const tjscalingfactor* factors = tjGetScalingFactors(&count);
-  int scaled_width = width;
-  int scaled_height = height;
-  for (int i = 0; factors != nullptr && i < count; ++i) {
-    const tjscalingfactor f = factors[i];
-    const int w = TJSCALED(width, f);
-    const int h = TJSCALED(height, f);
-    if (f.num <= f.denom && Covers(w, h, needed) && w < scaled_width) {
-      scaled_width = w;
-      scaled_height = h;
-    }
-  }
-  const std::size_t size =
-      static_cast<std::size_t>(scaled_width) * scaled_height * 3;
-  auto* pixels = static_cast<unsigned char*>(vips_tracked_malloc(size));
-  if (pixels == nullptr) {
-    return std::nullopt;
-  }
-  if (tjDecompress2(handle.get(), jpeg->data(), jpeg->size(), pixels,
-                    scaled_width, /*pitch=*/0, scaled_height, TJPF_RGB,
-                    /*flags=*/0) != 0) {
-    vips_tracked_free(pixels);
-    return std::nullopt;
-  }
-  VipsImage* image =
-      vips_image_new_from_memory(pixels, size, scaled_width, scaled_height,
-                                 /*bands=*/3, VIPS_FORMAT_UCHAR);
-  if (image == nullptr) {
-    vips_tracked_free(pixels);
-    throw vips::VError("cannot wrap the decoded photo");
-  }
-  g_signal_connect(image, "postclose", G_CALLBACK(FreeTracked), pixels);
-  return vips::VImage(image);
-}
-
-// The stored picture decoded into memory, covering `needed`, as RGB, not
-// yet turned upright.
-vips::VImage DecodeStored(const std::string& path,
-                          const PhotoHeader& header,
-                          Needed needed) {
-  switch (header.kind) {
-    case PhotoKind::kJpeg: {
-      if (std::optional<vips::VImage> fast =
-              TurboDecode(path, header, needed)) {
-        return *fast;
-      }
-      // Sides rounded down, as libvips checks them: a side of 4 pixels is
-      // not shrunk by 8, which would leave it none at all.
-      const int shrink = BoxShrink(header, needed, kMaxJpegShrink);
-      return ToDisplayRgb(OpenLazily(path, header.kind,
-                                     LoaderOptions()->set("shrink", shrink)))
-          .copy_memory();
-    }
-    case PhotoKind::kPng:
-    case PhotoKind::kTiff: {
-      const int shrink = BoxShrink(header, needed, kMaxOtherShrink);
-      vips::VImage image =
-          ToDisplayRgb(OpenLazily(path, header.kind, LoaderOptions()));
-      if (shrink > 1) {
-        image = image.shrink(shrink, shrink);
-      }
-      return image.copy_memory();
-    }
-    case PhotoKind::kOther:
-      break;
-    case PhotoKind::kBmp: {
-      const int shrink = BoxShrink(header, needed, kMaxOtherShrink);
-      const FileDescriptor fd(OpenPhoto(path));
-      PhotoStream in(fd.get());
-      BmpPixels pixels;
-      if (!in || !DecodeBmp(in, kMaxPixels, shrink, pixels).ok()) {
-        throw vips::VError("unreadable bitmap");
-      }
-      return vips::VImage::new_from_memory(pixels.rgb.data(), pixels.rgb.size(),
-                                           pixels.width, pixels.height,
-                                           /*bands=*/3, VIPS_FORMAT_UCHAR)
-          .copy(vips::VImage::option()->set("interpretation",
-                                            VIPS_INTERPRETATION_sRGB))
-          .copy_memory();
-    }
-  }
-  throw vips::VError("unknown kind of photo");
-}
+// How near to the crop box's edge a press takes the edge, and how far from
+// a red-eye click its pupil is looked for, in shown pixels.
+constexpr double kGripShownPx = 8;
+constexpr double kRedEyeReachShownPx = 8;
+// The automatic colour is measured on a copy of about this many pixels.
+constexpr double kColourSamplePixels = 1'000'000;
+constexpr int kLeftButton = 1;
 
 // Swallows libvips' warnings while a model lives: a broken photo fails by
 // its result and prints nothing.
@@ -413,6 +70,7 @@ class VipsDisplayControl final : public DisplayControl {
       if (!Decode(photo, scale)) {
         return false;
       }
+      edits_.Reset();
       photo_ = std::move(photo);
       rotation_ = 0;
       scale_ = 1.0;
@@ -421,6 +79,7 @@ class VipsDisplayControl final : public DisplayControl {
   }
 
   void Clear() override {
+    edits_.Reset();
     photo_.reset();
     rotation_ = 0;
     scale_ = 1.0;
@@ -456,6 +115,9 @@ class VipsDisplayControl final : public DisplayControl {
       return false;
     }
     rotation_ = ((rotation_ + degrees) % 360 + 360) % 360;
+    // A box drawn on the photo as it stood is no box on the turned one.
+    edits_.Crop().Reset();
+    edits_.Touch();
     return true;
   }
 
@@ -525,6 +187,190 @@ class VipsDisplayControl final : public DisplayControl {
     });
   }
 
+  // --- the editor's tools --------------------------------------------------
+  void SetEventSink(EventSink sink) override { sink_ = std::move(sink); }
+
+  bool SetCropAspect(int aspect_x, int aspect_y) override {
+    if (!photo_) {
+      return false;
+    }
+    edits_.Touch();
+    return edits_.Crop().Start(PhotoWidth(), PhotoHeight(), aspect_x, aspect_y);
+  }
+
+  void ClearEdit() override {
+    edits_.Crop().Reset();
+    edits_.StopRedEye();
+  }
+
+  void BeginRedEye(int mode, int option) override {
+    (void)mode;
+    (void)option;
+    if (!photo_) {
+      return;
+    }
+    edits_.Crop().Reset();
+    // The full-resolution picture is made on another thread while the panel
+    // opens; a decoding at full size already held is used as it is.
+    const Photo& photo = *photo_;
+    const bool full = photo.decoded->width() == photo.header.stored_width &&
+                      photo.decoded->height() == photo.header.stored_height;
+    std::optional<vips::VImage> decoded;
+    if (full) {
+      decoded = photo.decoded;
+    }
+    edits_.StartRedEye([path = photo.path, header = photo.header, decoded,
+                        rotation = rotation_] {
+      vips::VImage picture = decoded ? Oriented(*decoded, header.orientation)
+                                     : DecodeUpright(path, header);
+      picture = ToDisplayRgb(picture.rot(AngleOf(rotation))).copy_memory();
+      WorkPicture work;
+      work.width = picture.width();
+      work.height = picture.height();
+      work.rotation = rotation;
+      const auto* pixels = static_cast<const std::uint8_t*>(picture.data());
+      work.rgb.assign(pixels,
+                      pixels + std::size_t{3} * work.width * work.height);
+      return work;
+    });
+  }
+
+  bool ShowCorrected() override {
+    if (!photo_) {
+      return false;
+    }
+    return Guarded([&] {
+      if (!edits_.HasColour()) {
+        vips::VImage sample = ToDisplayRgb(
+            Oriented(*photo_->decoded, photo_->header.orientation));
+        const double pixels =
+            static_cast<double>(sample.width()) * sample.height();
+        if (pixels > kColourSamplePixels) {
+          sample = sample.resize(std::sqrt(kColourSamplePixels / pixels));
+        }
+        edits_.ComputeColour(sample);
+      }
+      edits_.ShowColour(true);
+      return true;
+    });
+  }
+
+  void ShowOriginal() override { edits_.ShowColour(false); }
+
+  int FinishCorrection(bool write, const std::string& path) override {
+    bool written = false;
+    if (write && photo_ && edits_.HasColour()) {
+      written = Guarded([&] {
+        const std::optional<PreparedPhoto> prepared =
+            PrepareEditedPhoto(edits_.ApplyColour(FullPicture()), photo_->path);
+        return prepared && WritePrepared(*prepared, path);
+      });
+    }
+    edits_.StopColour();
+    return !write || written ? 1 : 0;
+  }
+
+  bool SaveShownPhoto(const std::string& path) override {
+    if (!photo_) {
+      return false;
+    }
+    return Guarded([&] {
+      std::optional<PreparedPhoto> prepared;
+      if (edits_.RedEyeChanged() || edits_.ColourShown()) {
+        vips::VImage picture = FullPicture();
+        if (edits_.ColourShown()) {
+          picture = edits_.ApplyColour(picture);
+        }
+        prepared = PrepareEditedPhoto(picture, photo_->path);
+      } else {
+        // Only turned: a JPEG is turned without decoding where it can be.
+        prepared = PrepareTurnedPhoto(photo_->path, rotation_);
+      }
+      return prepared && WritePrepared(*prepared, path);
+    });
+  }
+
+  bool SaveCropped(const std::string& path) override {
+    if (!photo_ || !edits_.Crop().Active()) {
+      return false;
+    }
+    return Guarded([&] {
+      const vips::VImage picture = FullPicture();
+      const CropRect& box = edits_.Crop().Box();
+      const int left = std::clamp(static_cast<int>(std::lround(box.x)), 0,
+                                  picture.width() - 1);
+      const int top = std::clamp(static_cast<int>(std::lround(box.y)), 0,
+                                 picture.height() - 1);
+      const int width = std::clamp(static_cast<int>(std::lround(box.w)), 1,
+                                   picture.width() - left);
+      const int height = std::clamp(static_cast<int>(std::lround(box.h)), 1,
+                                    picture.height() - top);
+      const std::optional<PreparedPhoto> prepared = PrepareEditedPhoto(
+          picture.crop(left, top, width, height), photo_->path);
+      return prepared && WritePrepared(*prepared, path);
+    });
+  }
+
+  Tool ActiveTool() const override {
+    if (edits_.Crop().Active()) {
+      return Tool::kCrop;
+    }
+    if (edits_.RedEyeActive()) {
+      return Tool::kRedEye;
+    }
+    return edits_.HasColour() ? Tool::kCorrection : Tool::kNone;
+  }
+
+  bool CropBox(double& x, double& y, double& w, double& h) const override {
+    if (!edits_.Crop().Active()) {
+      return false;
+    }
+    const CropRect& box = edits_.Crop().Box();
+    x = box.x;
+    y = box.y;
+    w = box.w;
+    h = box.h;
+    return true;
+  }
+
+  bool ToolMouseDown(double x, double y, int button) override {
+    if (!photo_ || button != kLeftButton) {
+      return false;
+    }
+    if (edits_.Crop().Active()) {
+      crop_too_small_raised_ = false;
+      return edits_.Crop().Press(x, y, kGripShownPx / scale_);
+    }
+    if (edits_.RedEyeActive()) {
+      const double reach = std::max(2.0, kRedEyeReachShownPx / scale_);
+      if (edits_.RedEyeClick(x, y, reach) > 0) {
+        Raise("RedEyeRemoved");
+      }
+      return true;
+    }
+    return false;
+  }
+
+  bool ToolMouseMove(double x, double y, int buttons) override {
+    if (!edits_.Crop().Dragging() || (buttons & kLeftButton) == 0) {
+      return false;
+    }
+    const bool too_small = edits_.Crop().Drag(x, y);
+    edits_.Touch();
+    if (too_small && !crop_too_small_raised_) {
+      crop_too_small_raised_ = true;
+      Raise("CropTooSmall");
+    }
+    return true;
+  }
+
+  void ToolMouseUp(double x, double y, int button) override {
+    if (button == kLeftButton && edits_.Crop().Dragging()) {
+      ToolMouseMove(x, y, kLeftButton);
+      edits_.Crop().Release();
+    }
+  }
+
  private:
   // The photo on show and what has been decoded of it.
   struct Photo {
@@ -538,6 +384,7 @@ class VipsDisplayControl final : public DisplayControl {
     std::optional<vips::VImage> shown;
     double shown_scale = 0;
     int shown_rotation = 0;
+    int shown_version = 0;
   };
 
   // Runs `step`, turning any failure of the library into False.
@@ -621,7 +468,8 @@ class VipsDisplayControl final : public DisplayControl {
   const vips::VImage* CachedShown(int width, int height) {
     Photo& photo = *photo_;
     if (photo.shown && photo.shown_scale == scale_ &&
-        photo.shown_rotation == rotation_) {
+        photo.shown_rotation == rotation_ &&
+        photo.shown_version == edits_.Version()) {
       return &*photo.shown;
     }
     photo.shown.reset();
@@ -632,23 +480,26 @@ class VipsDisplayControl final : public DisplayControl {
     photo.shown = Shown(width, height).copy_memory();
     photo.shown_scale = scale_;
     photo.shown_rotation = rotation_;
+    photo.shown_version = edits_.Version();
     return &*photo.shown;
   }
 
   // The photo as shown: turned upright, turned by the view's rotation and
   // scaled to exactly `width` x `height`. The editor's corrections belong
   // between the upright picture and the view's rotation.
-  vips::VImage Shown(int width, int height) const {
-    const Orientation orientation = photo_->header.orientation;
+  vips::VImage Shown(int width, int height) {
     vips::VImage image = *photo_->decoded;
-    if (orientation.turn != 0) {
-      image = image.rot(AngleOf(orientation.turn));
+    int turn = rotation_;
+    if (const WorkPicture* work =
+            edits_.RedEyeActive() ? edits_.Work() : nullptr) {
+      // The red-eye tool's full-resolution picture, already upright.
+      image = PhotoEdits::Wrap(*work);
+      turn = (rotation_ - work->rotation + 360) % 360;
+    } else {
+      image = Oriented(image, photo_->header.orientation);
     }
-    if (orientation.mirror) {
-      image = image.flip(VIPS_DIRECTION_HORIZONTAL);
-    }
-    if (rotation_ != 0) {
-      image = image.rot(AngleOf(rotation_));
+    if (turn != 0) {
+      image = image.rot(AngleOf(turn));
     }
     if (image.width() != width || image.height() != height) {
       image = image.resize(
@@ -662,12 +513,36 @@ class VipsDisplayControl final : public DisplayControl {
             vips::VImage::option()->set("extend", VIPS_EXTEND_COPY));
       }
     }
+    if (edits_.ColourShown()) {
+      image = edits_.ApplyColour(image);
+    }
     return image;
+  }
+
+  // The whole photo at full resolution, upright and turned as on screen,
+  // with the red-eye changes: what the saves write.
+  vips::VImage FullPicture() {
+    if (const WorkPicture* work =
+            edits_.RedEyeActive() ? edits_.Work() : nullptr) {
+      return PhotoEdits::Wrap(*work).rot(
+          AngleOf((rotation_ - work->rotation + 360) % 360));
+    }
+    return DecodeUpright(photo_->path, photo_->header).rot(AngleOf(rotation_));
+  }
+
+  void Raise(const std::string& event) {
+    if (sink_) {
+      sink_(event);
+    }
   }
 
   int view_width_ = 0;
   int view_height_ = 0;
   std::optional<Photo> photo_;
+  PhotoEdits edits_;
+  EventSink sink_;
+  // The too-small event is raised once in a drag.
+  bool crop_too_small_raised_ = false;
   // The net on-screen rotation, clockwise: 0, 90, 180 or 270.
   int rotation_ = 0;
   // Shown pixels per upright photo pixel.

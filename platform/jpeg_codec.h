@@ -1,0 +1,43 @@
+#ifndef QBPD_PLATFORM_JPEG_CODEC_H_
+#define QBPD_PLATFORM_JPEG_CODEC_H_
+
+// For the platform's implementations only: libjpeg-turbo's encoder, header
+// reader and lossless transform over bytes in memory.
+#include "platform/jpeg_metadata.h"
+
+#include <optional>
+
+namespace qbpd {
+
+// The chroma subsampling of a JPEG, as libjpeg-turbo numbers it.
+inline constexpr int kSubsampling444 = 0;
+inline constexpr int kSubsampling420 = 2;
+inline constexpr int kSubsamplingGrey = 3;
+
+struct JpegInfo {
+  int width = 0;
+  int height = 0;
+  int subsampling = kSubsampling420;
+  // The pixels are YCbCr or grey (not CMYK), as the encoder writes them.
+  bool plain_colour = true;
+};
+std::optional<JpegInfo> ReadJpegInfo(const Bytes& jpeg);
+
+// Encodes `width` x `height` RGB pixels (rows of width * 3 bytes) at
+// `quality` with `subsampling`; nothing on failure.
+std::optional<Bytes> EncodeRgb(const std::uint8_t* rgb,
+                               int width,
+                               int height,
+                               int subsampling,
+                               int quality);
+
+// Turns the picture of `jpeg` without decoding it: a clockwise `turn` (0,
+// 90, 180, 270) and then, with `mirror`, a flip left to right. Nothing when
+// the turn isn't exact for this picture (its partial blocks at the right or
+// bottom edge would land at the left or top) or the file is broken. The
+// result holds no metadata segments.
+std::optional<Bytes> TurnLosslessly(const Bytes& jpeg, int turn, bool mirror);
+
+}  // namespace qbpd
+
+#endif  // QBPD_PLATFORM_JPEG_CODEC_H_

@@ -1,0 +1,364 @@
+#include "platform/photo_decode.h"
+
+#include "platform/atomic_file.h"
+#include "platform/bmp_reader.h"
+
+#include <turbojpeg.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace qbpd {
+namespace {
+
+// libvips' JPEG loader, which reads the JPEG files that libjpeg-turbo's
+// direct path leaves to it, scales by 1/2, 1/4 and 1/8 for nearly nothing;
+// the other kinds are box-shrunk while they are read, which may go further.
+constexpr int kMaxJpegShrink = 8;
+constexpr int kMaxOtherShrink = 64;
+
+// The kind of a photo file; nothing for a file the view doesn't show.
+std::optional<PhotoKind> SniffKind(const std::string& path) {
+  const PhotoKind kind = SniffPhotoFile(path);
+  if (kind == PhotoKind::kOther) {
+    return std::nullopt;
+  }
+  return kind;
+}
+
+vips::VOption* LoaderOptions() {
+  // A truncated file or a serious decoding error fails the load, rather than
+  // showing a photo that turns grey halfway down.
+  return vips::VImage::option()
+      ->set("access", VIPS_ACCESS_SEQUENTIAL)
+      ->set("fail_on", VIPS_FAIL_ON_ERROR);
+}
+
+// Opens the photo at `path` for reading: a plain file only, and never
+// waiting on the open (see OpenPhotoFile).
+int OpenPhoto(const std::string& path) {
+  const int fd = OpenPhotoFile(path);
+  if (fd < 0) {
+    throw vips::VError("not a photo file");
+  }
+  return fd;
+}
+
+// Opens the file with the loader of its kind only, so no general-purpose
+// loader is ever handed a photo. Nothing is decoded yet.
+vips::VImage OpenLazily(const std::string& path,
+                        PhotoKind kind,
+                        vips::VOption* options) {
+  const FileDescriptor fd(OpenPhoto(path));
+  // The source reads a duplicate of the descriptor.
+  const vips::VSource source = vips::VSource::new_from_descriptor(fd.get());
+  switch (kind) {
+    case PhotoKind::kJpeg:
+      return vips::VImage::jpegload_source(source, options);
+    case PhotoKind::kPng:
+      return vips::VImage::pngload_source(source, options);
+    case PhotoKind::kTiff:
+      return vips::VImage::tiffload_source(source, options);
+    case PhotoKind::kBmp:
+    case PhotoKind::kOther:
+      break;
+  }
+  throw vips::VError("not a kind that libvips opens here");
+}
+
+// The largest power of two up to `most` that shrinks the stored picture no
+// smaller than `needed`, the shrunk sides rounded down.
+int BoxShrink(const PhotoHeader& header, Needed needed, int most) {
+  int shrink = 1;
+  while (shrink * 2 <= most &&
+         Covers(header.stored_width / (shrink * 2),
+                header.stored_height / (shrink * 2), needed)) {
+    shrink *= 2;
+  }
+  return shrink;
+}
+
+// The pixels of a decoding that libvips did not allocate: freed with the
+// image that wraps them.
+void FreeTracked(VipsImage*, gpointer pixels) {
+  vips_tracked_free(pixels);
+}
+
+struct TurboDeleter {
+  void operator()(void* handle) const { tjDestroy(handle); }
+};
+using TurboHandle = std::unique_ptr<void, TurboDeleter>;
+
+}  // namespace
+
+Orientation FromExif(int tag) {
+  switch (tag) {
+    case 2:
+      return {0, true};
+    case 3:
+      return {180, false};
+    case 4:
+      return {180, true};
+    case 5:
+      return {90, true};
+    case 6:
+      return {90, false};
+    case 7:
+      return {270, true};
+    case 8:
+      return {270, false};
+    default:
+      return {};
+  }
+}
+
+VipsAngle AngleOf(int degrees) {
+  switch (degrees) {
+    case 90:
+      return VIPS_ANGLE_D90;
+    case 180:
+      return VIPS_ANGLE_D180;
+    case 270:
+      return VIPS_ANGLE_D270;
+    default:
+      return VIPS_ANGLE_D0;
+  }
+}
+
+bool IsQuarterTurn(int degrees) {
+  return degrees == 90 || degrees == 270;
+}
+
+Orientation ThenTurned(Orientation first, int degrees) {
+  // A turn after a mirror is the mirror after the opposite turn.
+  const int turn = first.mirror ? -degrees : degrees;
+  first.turn = ((first.turn + turn) % 360 + 360) % 360;
+  return first;
+}
+
+vips::VImage Oriented(vips::VImage image, Orientation orientation) {
+  if (orientation.turn != 0) {
+    image = image.rot(AngleOf(orientation.turn));
+  }
+  if (orientation.mirror) {
+    image = image.flip(VIPS_DIRECTION_HORIZONTAL);
+  }
+  return image;
+}
+
+vips::VImage DecodeUpright(const std::string& path, const PhotoHeader& header) {
+  const Needed all{header.stored_width, header.stored_height};
+  return Oriented(DecodeStored(path, header, all), header.orientation)
+      .copy_memory();
+}
+
+vips::VImage ToDisplayRgb(vips::VImage image) {
+  if (image.interpretation() != VIPS_INTERPRETATION_sRGB ||
+      image.format() != VIPS_FORMAT_UCHAR) {
+    image = image.colourspace(VIPS_INTERPRETATION_sRGB);
+  }
+  if (image.has_alpha()) {
+    image = image.flatten(vips::VImage::option()->set(
+        "background", std::vector<double>{kBackgroundGrey}));
+  }
+  if (image.format() != VIPS_FORMAT_UCHAR) {
+    image = image.cast(VIPS_FORMAT_UCHAR);
+  }
+  if (image.bands() > 3) {
+    image = image.extract_band(0, vips::VImage::option()->set("n", 3));
+  }
+  return image;
+}
+
+bool Covers(int width, int height, Needed needed) {
+  return width >= std::max(needed.width, 1) &&
+         height >= std::max(needed.height, 1);
+}
+
+std::optional<PhotoHeader> ReadHeader(const std::string& path) {
+  const std::optional<PhotoKind> kind = SniffKind(path);
+  if (!kind) {
+    return std::nullopt;
+  }
+  PhotoHeader header;
+  header.kind = *kind;
+  {
+    // A JPEG cut short is refused the same way every time, whatever the
+    // decoder's threads would make of it; a photo whose decoding would take
+    // more than one photo may is refused before it starts.
+    const FileDescriptor fd(OpenPhoto(path));
+    if ((*kind == PhotoKind::kJpeg && !JpegIsWhole(fd.get())) ||
+        !WithinDecodeBudget(fd.get(), *kind)) {
+      return std::nullopt;
+    }
+  }
+  if (*kind == PhotoKind::kBmp) {
+    const FileDescriptor fd(OpenPhoto(path));
+    PhotoStream in(fd.get());
+    BmpInfo info;
+    if (!in || !ReadBmpInfo(in, kMaxPhotoPixels, info).ok()) {
+      return std::nullopt;
+    }
+    header.stored_width = info.width;
+    header.stored_height = info.height;
+  } else {
+    const vips::VImage image = OpenLazily(path, *kind, LoaderOptions());
+    header.stored_width = image.width();
+    header.stored_height = image.height();
+    if (image.get_typeof(VIPS_META_ORIENTATION) != 0) {
+      header.orientation = FromExif(image.get_int(VIPS_META_ORIENTATION));
+    }
+  }
+  if (header.stored_width <= 0 || header.stored_height <= 0 ||
+      static_cast<std::uint64_t>(header.stored_width) *
+              static_cast<std::uint64_t>(header.stored_height) >
+          kMaxPhotoPixels) {
+    return std::nullopt;
+  }
+  return header;
+}
+
+std::optional<std::vector<unsigned char>> ReadWholeFile(
+    const std::string& path) {
+  const int fd = OpenPhotoFile(path);
+  if (fd < 0) {
+    return std::nullopt;
+  }
+  std::vector<unsigned char> bytes;
+  struct stat status {};
+  if (::fstat(fd, &status) == 0 && status.st_size > 0) {
+    bytes.resize(static_cast<std::size_t>(status.st_size));
+    std::size_t got = 0;
+    while (got < bytes.size()) {
+      const ssize_t n = ::read(fd, bytes.data() + got, bytes.size() - got);
+      if (n < 0 && errno == EINTR) {
+        continue;
+      }
+      if (n <= 0) {
+        break;
+      }
+      got += static_cast<std::size_t>(n);
+    }
+    bytes.resize(got);
+  }
+  ::close(fd);
+  return bytes;
+}
+
+namespace {
+
+// libjpeg-turbo's decoding of an ordinary JPEG, at the smallest of its
+// scales (eighths of the size) that covers `needed`: for a fit it decodes
+// fewer pixels than libvips' halving scales would. Nothing when the file
+// holds anything unusual (CMYK, a warning such as a truncation): libvips
+// then decides.
+std::optional<vips::VImage> TurboDecode(const std::string& path,
+                                        const PhotoHeader& header,
+                                        Needed needed) {
+  const std::optional<std::vector<unsigned char>> jpeg = ReadWholeFile(path);
+  const TurboHandle handle(tjInitDecompress());
+  if (!jpeg || !handle) {
+    return std::nullopt;
+  }
+  int width = 0;
+  int height = 0;
+  int subsampling = 0;
+  int colourspace = 0;
+  if (tjDecompressHeader3(handle.get(), jpeg->data(), jpeg->size(), &width,
+                          &height, &subsampling, &colourspace) != 0 ||
+      width != header.stored_width || height != header.stored_height ||
+      colourspace == TJCS_CMYK || colourspace == TJCS_YCCK) {
+    return std::nullopt;
+  }
+  int count = 0;
+  const tjscalingfactor* factors = tjGetScalingFactors(&count);
+  int scaled_width = width;
+  int scaled_height = height;
+  for (int i = 0; factors != nullptr && i < count; ++i) {
+    const tjscalingfactor f = factors[i];
+    const int w = TJSCALED(width, f);
+    const int h = TJSCALED(height, f);
+    if (f.num <= f.denom && Covers(w, h, needed) && w < scaled_width) {
+      scaled_width = w;
+      scaled_height = h;
+    }
+  }
+  const std::size_t size =
+      static_cast<std::size_t>(scaled_width) * scaled_height * 3;
+  auto* pixels = static_cast<unsigned char*>(vips_tracked_malloc(size));
+  if (pixels == nullptr) {
+    return std::nullopt;
+  }
+  if (tjDecompress2(handle.get(), jpeg->data(), jpeg->size(), pixels,
+                    scaled_width, /*pitch=*/0, scaled_height, TJPF_RGB,
+                    /*flags=*/0) != 0) {
+    vips_tracked_free(pixels);
+    return std::nullopt;
+  }
+  VipsImage* image =
+      vips_image_new_from_memory(pixels, size, scaled_width, scaled_height,
+                                 /*bands=*/3, VIPS_FORMAT_UCHAR);
+  if (image == nullptr) {
+    vips_tracked_free(pixels);
+    throw vips::VError("cannot wrap the decoded photo");
+  }
+  g_signal_connect(image, "postclose", G_CALLBACK(FreeTracked), pixels);
+  return vips::VImage(image);
+}
+
+}  // namespace
+
+// The stored picture decoded into memory, covering `needed`, as RGB, not
+// yet turned upright.
+vips::VImage DecodeStored(const std::string& path,
+                          const PhotoHeader& header,
+                          Needed needed) {
+  switch (header.kind) {
+    case PhotoKind::kJpeg: {
+      if (std::optional<vips::VImage> fast =
+              TurboDecode(path, header, needed)) {
+        return *fast;
+      }
+      // Sides rounded down, as libvips checks them: a side of 4 pixels is
+      // not shrunk by 8, which would leave it none at all.
+      const int shrink = BoxShrink(header, needed, kMaxJpegShrink);
+      return ToDisplayRgb(OpenLazily(path, header.kind,
+                                     LoaderOptions()->set("shrink", shrink)))
+          .copy_memory();
+    }
+    case PhotoKind::kPng:
+    case PhotoKind::kTiff: {
+      const int shrink = BoxShrink(header, needed, kMaxOtherShrink);
+      vips::VImage image =
+          ToDisplayRgb(OpenLazily(path, header.kind, LoaderOptions()));
+      if (shrink > 1) {
+        image = image.shrink(shrink, shrink);
+      }
+      return image.copy_memory();
+    }
+    case PhotoKind::kOther:
+      break;
+    case PhotoKind::kBmp: {
+      const int shrink = BoxShrink(header, needed, kMaxOtherShrink);
+      const FileDescriptor fd(OpenPhoto(path));
+      PhotoStream in(fd.get());
+      BmpPixels pixels;
+      if (!in || !DecodeBmp(in, kMaxPhotoPixels, shrink, pixels).ok()) {
+        throw vips::VError("unreadable bitmap");
+      }
+      return vips::VImage::new_from_memory(pixels.rgb.data(), pixels.rgb.size(),
+                                           pixels.width, pixels.height,
+                                           /*bands=*/3, VIPS_FORMAT_UCHAR)
+          .copy(vips::VImage::option()->set("interpretation",
+                                            VIPS_INTERPRETATION_sRGB))
+          .copy_memory();
+    }
+  }
+  throw vips::VError("unknown kind of photo");
+}
+
+}  // namespace qbpd
