@@ -4,6 +4,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdint>
+#include <cstring>
 #include <fcntl.h>
 #include <optional>
 #include <sys/stat.h>
@@ -96,16 +97,28 @@ class ByteReader {
 
   // The next byte, or -1 at the end or on an error.
   int Next() {
-    if (at_ == size_) {
-      const ssize_t got = ::pread(fd_, block_.data(), block_.size(), offset_);
-      if (got <= 0) {
-        return -1;
-      }
-      offset_ += got;
-      size_ = static_cast<std::size_t>(got);
-      at_ = 0;
+    if (at_ == size_ && !Refill()) {
+      return -1;
     }
     return block_[at_++];
+  }
+
+  // Moves past the next 0xFF byte and returns it; -1 when the file ends
+  // first. Compressed data is searched a block at a time, not byte by byte.
+  int NextFF() {
+    for (;;) {
+      if (at_ == size_ && !Refill()) {
+        return -1;
+      }
+      const void* found = std::memchr(block_.data() + at_, 0xFF, size_ - at_);
+      if (found != nullptr) {
+        at_ = static_cast<std::size_t>(static_cast<const std::uint8_t*>(found) -
+                                       block_.data()) +
+              1;
+        return 0xFF;
+      }
+      at_ = size_;
+    }
   }
 
   // Reads `count` bytes into `out`; false when the file ends first.
@@ -148,9 +161,21 @@ class ByteReader {
   }
 
  private:
+  bool Refill() {
+    const ssize_t got = ::pread(fd_, block_.data(), block_.size(), offset_);
+    if (got <= 0) {
+      return false;
+    }
+    offset_ += got;
+    size_ = static_cast<std::size_t>(got);
+    at_ = 0;
+    return true;
+  }
+
   int fd_;
   off_t offset_;
-  std::array<std::uint8_t, 64 * 1024> block_{};
+  // Filled before it is read: no need to clear it.
+  std::array<std::uint8_t, 64 * 1024> block_;
   std::size_t size_ = 0;
   std::size_t at_ = 0;
 };
@@ -199,10 +224,7 @@ bool JpegIsWhole(int fd) {
   }
   // In the compressed data a 0xFF byte is followed by a stuffed 0, a restart
   // marker or another segment's marker; the image ends at the first EOI.
-  for (int byte = in.Next(); byte >= 0; byte = in.Next()) {
-    if (byte != 0xFF) {
-      continue;
-    }
+  while (in.NextFF() >= 0) {
     int next = in.Next();
     while (next == 0xFF) {
       next = in.Next();

@@ -1,5 +1,6 @@
 #include "platform/atomic_file.h"
 #include "platform/bmp_reader.h"
+#include "platform/exif_preview_thumbnail.h"
 #include "platform/image_operations.h"
 #include "platform/photo_kind.h"
 #include "platform/vips_image_facts.h"
@@ -352,6 +353,14 @@ class VipsImageOperations final : public ImageOperations {
       return std::nullopt;
     }
 
+    // A camera's own preview, when it still shows the photo, saves decoding.
+    if (kind == PhotoKind::kJpeg) {
+      PreviewThumbnail from_preview =
+          ThumbnailFromExifPreview(fd.get(), size, quality);
+      if (from_preview.verdict == PreviewVerdict::kTaken) {
+        return std::move(from_preview.jpeg);
+      }
+    }
     std::optional<vips::VImage> thumbnail;
     // Kept alive until the JPEG is encoded: the bitmap's pixels are not
     // copied into libvips.

@@ -1,14 +1,18 @@
+#include "platform/exif_preview_thumbnail.h"
 #include "platform/image_operations.h"
+#include "tests/support/camera_photo.h"
 
 #include <benchmark/benchmark.h>
 #include <vips/vips8>
 
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 namespace qbpd {
@@ -40,6 +44,7 @@ struct Folder {
   }
   fs::path root;
   std::vector<std::string> jpegs;
+  std::vector<std::string> camera;  // with EXIF previews that still hold
   std::string png;
   std::string bmp;
 };
@@ -103,6 +108,16 @@ void MakePhotos(Folder& folder) {
     MakePicture(i).jpegsave(path.c_str(), vips::VImage::option()->set("Q", 90));
     folder.jpegs.push_back(path);
   }
+  for (int i = 0; i < kPhotoCount; ++i) {
+    const std::string path =
+        (folder.root / "photos" / ("camera" + std::to_string(i) + ".jpg"))
+            .string();
+    if (!testing::WriteCameraPhoto(path, kWidth, kHeight, i + 1, 1,
+                                   testing::CameraPreview::kGood)) {
+      throw std::runtime_error("can't write " + path);
+    }
+    folder.camera.push_back(path);
+  }
   const vips::VImage picture = MakePicture(kPhotoCount);
   folder.png = (folder.root / "photos" / "photo.png").string();
   picture.pngsave(folder.png.c_str(),
@@ -112,10 +127,12 @@ void MakePhotos(Folder& folder) {
 }
 
 // Ten JPEG thumbnails written beside each other, as with the cache off.
-void ThumbnailsNoCache(benchmark::State& state, const Folder& folder) {
+void ThumbnailsNoCache(benchmark::State& state,
+                       const std::vector<std::string>& photos,
+                       const Folder& folder) {
   const auto images = MakeVipsImageOperations((folder.root / "cache").string());
   for (auto _ : state) {
-    for (const std::string& photo : folder.jpegs) {
+    for (const std::string& photo : photos) {
       const std::string target =
           (folder.root / "thumbs" /
            (fs::path(photo).filename().string() + ".jpg"))
@@ -131,15 +148,35 @@ void ThumbnailsNoCache(benchmark::State& state, const Folder& folder) {
 
 // The yardstick: libvips' own thumbnail of the same ten files, saved the
 // same way, with none of the checks above.
-void PlainLibvips(benchmark::State& state, const Folder& folder) {
+void PlainLibvips(benchmark::State& state,
+                  const std::vector<std::string>& photos,
+                  const Folder& folder) {
   const std::string target = (folder.root / "thumbs" / "plain.jpg").string();
   for (auto _ : state) {
-    for (const std::string& photo : folder.jpegs) {
+    for (const std::string& photo : photos) {
       vips::VImage::thumbnail(photo.c_str(), kSize,
                               vips::VImage::option()->set("height", kSize))
           .jpegsave(
               target.c_str(),
               vips::VImage::option()->set("Q", kQuality)->set("strip", true));
+    }
+  }
+  state.SetItemsProcessed(state.iterations() * kPhotoCount);
+}
+
+// The preview path alone on the ten camera photos (the check of the top band
+// included), for the share the check takes.
+void PreviewPathOnly(benchmark::State& state, const Folder& folder) {
+  for (auto _ : state) {
+    for (const std::string& photo : folder.camera) {
+      const int fd = ::open(photo.c_str(), O_RDONLY | O_CLOEXEC);
+      const PreviewThumbnail made =
+          ThumbnailFromExifPreview(fd, kSize, kQuality);
+      ::close(fd);
+      if (made.verdict != PreviewVerdict::kTaken) {
+        state.SkipWithError("preview refused");
+        return;
+      }
     }
   }
   state.SetItemsProcessed(state.iterations() * kPhotoCount);
@@ -212,15 +249,39 @@ int main(int argc, char** argv) {
   qbpd::Folder folder;
   qbpd::MakePhotos(folder);
   const qbpd::Folder& photos = folder;
-  benchmark::RegisterBenchmark(
-      "ThumbnailsOfTenJpegs/NoCache",
-      [&](benchmark::State& s) { qbpd::ThumbnailsNoCache(s, photos); })
+  benchmark::RegisterBenchmark("ThumbnailsOfTenJpegs/NoCache",
+                               [&](benchmark::State& s) {
+                                 qbpd::ThumbnailsNoCache(s, photos.jpegs,
+                                                         photos);
+                               })
       ->Unit(benchmark::kMillisecond)
       ->UseRealTime()
       ->MinTime(3.0);
   benchmark::RegisterBenchmark(
       "ThumbnailsOfTenJpegs/PlainLibvips",
-      [&](benchmark::State& s) { qbpd::PlainLibvips(s, photos); })
+      [&](benchmark::State& s) { qbpd::PlainLibvips(s, photos.jpegs, photos); })
+      ->Unit(benchmark::kMillisecond)
+      ->UseRealTime()
+      ->MinTime(3.0);
+  // Camera photos whose EXIF preview still shows them.
+  benchmark::RegisterBenchmark("TenCameraPhotos/NoCache",
+                               [&](benchmark::State& s) {
+                                 qbpd::ThumbnailsNoCache(s, photos.camera,
+                                                         photos);
+                               })
+      ->Unit(benchmark::kMillisecond)
+      ->UseRealTime()
+      ->MinTime(3.0);
+  benchmark::RegisterBenchmark(
+      "TenCameraPhotos/PreviewPathOnly",
+      [&](benchmark::State& s) { qbpd::PreviewPathOnly(s, photos); })
+      ->Unit(benchmark::kMillisecond)
+      ->UseRealTime()
+      ->MinTime(3.0);
+  benchmark::RegisterBenchmark("TenCameraPhotos/PlainLibvips",
+                               [&](benchmark::State& s) {
+                                 qbpd::PlainLibvips(s, photos.camera, photos);
+                               })
       ->Unit(benchmark::kMillisecond)
       ->UseRealTime()
       ->MinTime(3.0);

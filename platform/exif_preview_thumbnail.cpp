@@ -1,0 +1,585 @@
+#include "platform/exif_preview_thumbnail.h"
+
+#include <libexif/exif-data.h>
+#include <libexif/exif-utils.h>
+#include <turbojpeg.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <csetjmp>
+#include <cstddef>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <unistd.h>
+
+// After the C++ headers: jpeglib.h needs size_t and FILE declared first.
+#include <jpeglib.h>
+
+namespace qbpd {
+namespace {
+
+// The EXIF data and the frame header sit at the start of the file; a photo
+// whose first scan starts later than this is left to the full path.
+constexpr std::size_t kHeadBytes = 256 * 1024;
+// Cameras embed previews of 160 x 120 or a few hundred pixels; anything
+// larger is decoded no faster than the photo's own eighth.
+constexpr int kMaxPreviewSide = 1600;
+// The band of the photo that is checked, as parts of its height.
+constexpr int kFirstBandDivisor = 32;
+constexpr int kLastBandDivisor = 4;
+// How far the preview's band may stand from the photo's, over 0..255 in
+// each channel: the mean absolute difference of their pixels, and the
+// largest difference of a channel's means (a recolour moves a whole channel
+// while its pixels still follow the picture). Two encodings of one picture,
+// the preview's and the photo's, stay well below both; a picture turned,
+// recoloured or cropped stands far above.
+constexpr double kMaxMeanDifference = 6.0;
+constexpr double kMaxChannelShift = 3.0;
+// How much detail the band must show, as the standard deviation of its
+// pixels over 0..255: below it a crop or a turn could leave it unchanged.
+constexpr double kMinDetail = 6.0;
+
+struct Layout {
+  int width = 0;
+  int height = 0;
+  bool sequential = false;
+  const std::uint8_t* exif = nullptr;  // from its "Exif\0\0" header
+  std::size_t exif_size = 0;
+};
+
+int Read16(const std::uint8_t* p) {
+  return (p[0] << 8) | p[1];
+}
+
+// The frame header and the EXIF segment of the JPEG whose first `size`
+// bytes are `head`; nothing when the first scan doesn't start within them.
+std::optional<Layout> ReadLayout(const std::uint8_t* head, std::size_t size) {
+  if (size < 4 || head[0] != 0xFF || head[1] != 0xD8) {
+    return std::nullopt;
+  }
+  Layout layout;
+  bool have_frame = false;
+  std::size_t pos = 2;
+  while (pos + 4 <= size) {
+    if (head[pos] != 0xFF) {
+      return std::nullopt;
+    }
+    const std::uint8_t marker = head[pos + 1];
+    if (marker == 0xFF) {  // a fill byte
+      ++pos;
+      continue;
+    }
+    if (marker == 0x01 || (marker >= 0xD0 && marker <= 0xD7)) {
+      pos += 2;
+      continue;
+    }
+    if (marker == 0xDA) {
+      return have_frame ? std::optional<Layout>(layout) : std::nullopt;
+    }
+    const std::size_t length = static_cast<std::size_t>(Read16(head + pos + 2));
+    if (length < 2 || pos + 2 + length > size) {
+      return std::nullopt;
+    }
+    const std::uint8_t* body = head + pos + 4;
+    const std::size_t body_size = length - 2;
+    if (marker == 0xE1 && layout.exif == nullptr && body_size > 6 &&
+        std::memcmp(body, "Exif\0\0", 6) == 0) {
+      layout.exif = body;
+      layout.exif_size = body_size;
+    } else if (marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 &&
+               marker != 0xC8 && marker != 0xCC) {
+      if (have_frame || body_size < 6) {
+        return std::nullopt;
+      }
+      have_frame = true;
+      // Only the sequential Huffman frames can be decoded a band at a time.
+      layout.sequential = marker == 0xC0 || marker == 0xC1;
+      layout.height = Read16(body + 1);
+      layout.width = Read16(body + 3);
+    }
+    pos += 2 + length;
+  }
+  return std::nullopt;
+}
+
+// 8-bit RGB pixels.
+struct Rgb {
+  int width = 0;
+  int height = 0;
+  std::vector<std::uint8_t> pixels;
+  const std::uint8_t* At(int x, int y) const {
+    return pixels.data() + (static_cast<std::size_t>(y) * width + x) * 3;
+  }
+};
+
+struct Exif {
+  std::vector<std::uint8_t> preview;
+  int orientation = 1;
+};
+
+Exif ReadExif(const Layout& layout) {
+  Exif result;
+  if (layout.exif == nullptr) {
+    return result;
+  }
+  ExifData* data = exif_data_new();
+  if (data == nullptr) {
+    return result;
+  }
+  exif_data_load_data(data, layout.exif,
+                      static_cast<unsigned int>(layout.exif_size));
+  if (data->data != nullptr && data->size > 0) {
+    result.preview.assign(data->data, data->data + data->size);
+  }
+  if (ExifEntry* entry =
+          exif_content_get_entry(data->ifd[EXIF_IFD_0], EXIF_TAG_ORIENTATION);
+      entry != nullptr && entry->format == EXIF_FORMAT_SHORT &&
+      entry->components >= 1 && entry->size >= 2) {
+    const int tag = exif_get_short(entry->data, exif_data_get_byte_order(data));
+    result.orientation = tag >= 1 && tag <= 8 ? tag : 1;
+  }
+  exif_data_unref(data);
+  return result;
+}
+
+struct TurboDeleter {
+  void operator()(void* handle) const { tjDestroy(handle); }
+};
+using TurboHandle = std::unique_ptr<void, TurboDeleter>;
+
+std::optional<Rgb> DecodePreview(const std::vector<std::uint8_t>& jpeg) {
+  const TurboHandle handle(tjInitDecompress());
+  int width = 0;
+  int height = 0;
+  int subsampling = 0;
+  int colourspace = 0;
+  if (!handle ||
+      tjDecompressHeader3(handle.get(), jpeg.data(),
+                          static_cast<unsigned long>(jpeg.size()), &width,
+                          &height, &subsampling, &colourspace) != 0 ||
+      width < 1 || height < 1 || width > kMaxPreviewSide ||
+      height > kMaxPreviewSide) {
+    return std::nullopt;
+  }
+  Rgb rgb;
+  rgb.width = width;
+  rgb.height = height;
+  rgb.pixels.resize(static_cast<std::size_t>(width) * height * 3);
+  if (tjDecompress2(handle.get(), jpeg.data(),
+                    static_cast<unsigned long>(jpeg.size()), rgb.pixels.data(),
+                    width, width * 3, height, TJPF_RGB,
+                    TJFLAG_STOPONWARNING) != 0) {
+    return std::nullopt;
+  }
+  return rgb;
+}
+
+// --- the band at the top of the photo, through libjpeg ---------------------
+
+struct ErrorManager {
+  jpeg_error_mgr pub;
+  std::jmp_buf jump;
+};
+
+void OnJpegError(j_common_ptr info) {
+  std::longjmp(reinterpret_cast<ErrorManager*>(info->err)->jump, 1);
+}
+
+void OnJpegMessage(j_common_ptr, int) {}
+
+// Reads the photo from its descriptor as the decoder asks, never further.
+struct FdSource {
+  jpeg_source_mgr pub;
+  int fd;
+  off_t offset;
+  std::array<JOCTET, 64 * 1024> buffer;
+};
+
+void InitSource(j_decompress_ptr) {}
+
+boolean FillInput(j_decompress_ptr info) {
+  auto* source = reinterpret_cast<FdSource*>(info->src);
+  const ssize_t got = ::pread(source->fd, source->buffer.data(),
+                              source->buffer.size(), source->offset);
+  if (got <= 0) {
+    // A photo cut short ends here, as the decoder expects.
+    source->buffer[0] = 0xFF;
+    source->buffer[1] = JPEG_EOI;
+    source->pub.next_input_byte = source->buffer.data();
+    source->pub.bytes_in_buffer = 2;
+    return TRUE;
+  }
+  source->offset += got;
+  source->pub.next_input_byte = source->buffer.data();
+  source->pub.bytes_in_buffer = static_cast<std::size_t>(got);
+  return TRUE;
+}
+
+void SkipInput(j_decompress_ptr info, long count) {
+  auto* source = reinterpret_cast<FdSource*>(info->src);
+  if (count <= 0) {
+    return;
+  }
+  const auto skip = static_cast<std::size_t>(count);
+  if (skip <= source->pub.bytes_in_buffer) {
+    source->pub.next_input_byte += skip;
+    source->pub.bytes_in_buffer -= skip;
+    return;
+  }
+  source->offset += static_cast<off_t>(skip - source->pub.bytes_in_buffer);
+  source->pub.bytes_in_buffer = 0;
+}
+
+void TermSource(j_decompress_ptr) {}
+
+// The photo decoded at an eighth of its size, as far as it was read.
+struct Band {
+  int width = 0;
+  int full_height = 0;  // the whole photo's height at this scale
+  int rows = 0;         // rows decoded so far
+  std::vector<std::uint8_t> pixels;
+};
+
+// Decodes rows from the top until `enough` says the band will do or a
+// quarter of the photo is read. All C++ objects the decoder's error exit
+// could skip live in the caller.
+template <typename Enough>
+bool DecodeTopBand(int fd, Band& band, FdSource& source, Enough&& enough) {
+  jpeg_decompress_struct info;
+  ErrorManager errors;
+  info.err = jpeg_std_error(&errors.pub);
+  errors.pub.error_exit = OnJpegError;
+  errors.pub.emit_message = OnJpegMessage;
+  if (setjmp(errors.jump) != 0) {
+    jpeg_destroy_decompress(&info);
+    return false;
+  }
+  jpeg_create_decompress(&info);
+  source.pub.init_source = InitSource;
+  source.pub.fill_input_buffer = FillInput;
+  source.pub.skip_input_data = SkipInput;
+  source.pub.resync_to_restart = jpeg_resync_to_restart;
+  source.pub.term_source = TermSource;
+  source.pub.bytes_in_buffer = 0;
+  source.pub.next_input_byte = nullptr;
+  source.fd = fd;
+  source.offset = 0;
+  info.src = &source.pub;
+  jpeg_read_header(&info, TRUE);
+  info.scale_num = 1;
+  info.scale_denom = 8;
+  info.out_color_space = JCS_RGB;
+  info.dct_method = JDCT_IFAST;
+  info.do_fancy_upsampling = FALSE;
+  jpeg_start_decompress(&info);
+  band.width = static_cast<int>(info.output_width);
+  band.full_height = static_cast<int>(info.output_height);
+  const int stride = band.width * 3;
+  const int first = std::max(1, band.full_height / kFirstBandDivisor);
+  const int last = std::max(first, band.full_height / kLastBandDivisor);
+  band.pixels.resize(static_cast<std::size_t>(stride) * last);
+  band.rows = 0;
+  while (band.rows < last) {
+    JSAMPROW row = band.pixels.data() + static_cast<std::size_t>(band.rows) *
+                                            static_cast<std::size_t>(stride);
+    if (jpeg_read_scanlines(&info, &row, 1) != 1) {
+      break;
+    }
+    ++band.rows;
+    if (band.rows >= first && enough(band)) {
+      break;
+    }
+  }
+  jpeg_abort_decompress(&info);
+  jpeg_destroy_decompress(&info);
+  return band.rows > 0;
+}
+
+// How the top of the preview stands to the band of the photo, both
+// averaged over one grid of cells, each cell about two pixels of the
+// coarser of the two: their pixels needn't line up.
+struct Comparison {
+  int rows = 0;  // rows of cells compared
+  double mean_difference = 0;
+  double channel_shift = 0;
+  double detail = 0;
+};
+
+// The mean of each channel over pixels [x0, x1) x [y0, y1) of an RGB buffer
+// `width` pixels wide.
+std::array<double, 3> CellMean(const std::uint8_t* pixels,
+                               int width,
+                               int x0,
+                               int x1,
+                               int y0,
+                               int y1) {
+  std::array<double, 3> sum{};
+  for (int y = y0; y < y1; ++y) {
+    const std::uint8_t* p =
+        pixels + (static_cast<std::size_t>(y) * width + x0) * 3;
+    for (int x = x0; x < x1; ++x, p += 3) {
+      sum[0] += p[0];
+      sum[1] += p[1];
+      sum[2] += p[2];
+    }
+  }
+  const double count = static_cast<double>(x1 - x0) * (y1 - y0);
+  for (double& s : sum) {
+    s /= count;
+  }
+  return sum;
+}
+
+Comparison Compare(const Rgb& preview, const Band& band) {
+  Comparison result;
+  const int columns = std::min(preview.width, band.width) / 2;
+  const int all_rows = std::min(preview.height, band.full_height) / 2;
+  // The rows of cells that the decoded band covers whole.
+  result.rows = static_cast<int>(static_cast<long long>(all_rows) * band.rows /
+                                 band.full_height);
+  if (columns < 1 || result.rows < 1) {
+    return result;
+  }
+  // Cell edges in each picture's own pixels.
+  auto edge = [](int i, int cells, int pixels) {
+    return static_cast<int>(static_cast<long long>(i) * pixels / cells);
+  };
+  double absolute = 0;
+  std::array<double, 3> shift{};
+  double sum = 0;
+  double squares = 0;
+  for (int r = 0; r < result.rows; ++r) {
+    const int py0 = edge(r, all_rows, preview.height);
+    const int py1 = std::max(py0 + 1, edge(r + 1, all_rows, preview.height));
+    const int by0 = edge(r, all_rows, band.full_height);
+    const int by1 = std::min(
+        band.rows, std::max(by0 + 1, edge(r + 1, all_rows, band.full_height)));
+    for (int c = 0; c < columns; ++c) {
+      const int px0 = edge(c, columns, preview.width);
+      const int px1 = std::max(px0 + 1, edge(c + 1, columns, preview.width));
+      const int bx0 = edge(c, columns, band.width);
+      const int bx1 = std::max(bx0 + 1, edge(c + 1, columns, band.width));
+      const std::array<double, 3> p =
+          CellMean(preview.pixels.data(), preview.width, px0, px1, py0, py1);
+      const std::array<double, 3> b =
+          CellMean(band.pixels.data(), band.width, bx0, bx1, by0, by1);
+      for (int k = 0; k < 3; ++k) {
+        absolute += std::fabs(b[k] - p[k]);
+        shift[k] += b[k] - p[k];
+        sum += b[k];
+        squares += b[k] * b[k];
+      }
+    }
+  }
+  const double cells = static_cast<double>(result.rows) * columns;
+  result.mean_difference = absolute / (3 * cells);
+  for (double s : shift) {
+    result.channel_shift = std::max(result.channel_shift, std::fabs(s / cells));
+  }
+  const double mean = sum / (3 * cells);
+  result.detail = std::sqrt(std::max(0.0, squares / (3 * cells) - mean * mean));
+  return result;
+}
+
+// The band's detail so far at the preview's scale, for deciding when to stop
+// reading: the standard deviation of the band's own pixels.
+double BandDetail(const Band& band) {
+  const std::size_t n = static_cast<std::size_t>(band.rows) * band.width * 3;
+  double sum = 0;
+  double squares = 0;
+  for (std::size_t i = 0; i < n; ++i) {
+    sum += band.pixels[i];
+    squares += static_cast<double>(band.pixels[i]) * band.pixels[i];
+  }
+  const double mean = sum / static_cast<double>(n);
+  return std::sqrt(
+      std::max(0.0, squares / static_cast<double>(n) - mean * mean));
+}
+
+// Area-averaged reduction of `source` to `width` x `height`.
+Rgb Reduce(const Rgb& source, int width, int height) {
+  Rgb out;
+  out.width = width;
+  out.height = height;
+  out.pixels.resize(static_cast<std::size_t>(width) * height * 3);
+  const double sx = static_cast<double>(source.width) / width;
+  const double sy = static_cast<double>(source.height) / height;
+  for (int y = 0; y < height; ++y) {
+    const double top = y * sy;
+    const double bottom = (y + 1) * sy;
+    for (int x = 0; x < width; ++x) {
+      const double left = x * sx;
+      const double right = (x + 1) * sx;
+      std::array<double, 3> total{};
+      double weight = 0;
+      for (int py = static_cast<int>(top); py < bottom && py < source.height;
+           ++py) {
+        const double wy =
+            std::min<double>(py + 1, bottom) - std::max<double>(py, top);
+        for (int px = static_cast<int>(left); px < right && px < source.width;
+             ++px) {
+          const double w = wy * (std::min<double>(px + 1, right) -
+                                 std::max<double>(px, left));
+          const std::uint8_t* p = source.At(px, py);
+          total[0] += w * p[0];
+          total[1] += w * p[1];
+          total[2] += w * p[2];
+          weight += w;
+        }
+      }
+      std::uint8_t* q =
+          out.pixels.data() + (static_cast<std::size_t>(y) * width + x) * 3;
+      for (int c = 0; c < 3; ++c) {
+        q[c] = static_cast<std::uint8_t>(
+            std::clamp(std::lround(total[c] / weight), 0L, 255L));
+      }
+    }
+  }
+  return out;
+}
+
+// The picture stood upright as the EXIF orientation (1 to 8) says.
+Rgb Upright(const Rgb& stored, int orientation) {
+  if (orientation == 1) {
+    return stored;
+  }
+  const int w = stored.width;
+  const int h = stored.height;
+  const bool swap = orientation >= 5;
+  Rgb out;
+  out.width = swap ? h : w;
+  out.height = swap ? w : h;
+  out.pixels.resize(stored.pixels.size());
+  for (int uy = 0; uy < out.height; ++uy) {
+    for (int ux = 0; ux < out.width; ++ux) {
+      int sx = ux;
+      int sy = uy;
+      switch (orientation) {
+        case 2:
+          sx = w - 1 - ux;
+          break;
+        case 3:
+          sx = w - 1 - ux;
+          sy = h - 1 - uy;
+          break;
+        case 4:
+          sy = h - 1 - uy;
+          break;
+        case 5:
+          sx = uy;
+          sy = ux;
+          break;
+        case 6:
+          sx = uy;
+          sy = h - 1 - ux;
+          break;
+        case 7:
+          sx = w - 1 - uy;
+          sy = h - 1 - ux;
+          break;
+        case 8:
+          sx = w - 1 - uy;
+          sy = ux;
+          break;
+        default:
+          break;
+      }
+      std::memcpy(out.pixels.data() +
+                      (static_cast<std::size_t>(uy) * out.width + ux) * 3,
+                  stored.At(sx, sy), 3);
+    }
+  }
+  return out;
+}
+
+std::vector<std::uint8_t> Encode(const Rgb& rgb, int quality) {
+  std::vector<std::uint8_t> jpeg;
+  const TurboHandle handle(tjInitCompress());
+  unsigned char* buffer = nullptr;
+  unsigned long size = 0;
+  if (handle && tjCompress2(handle.get(), rgb.pixels.data(), rgb.width,
+                            rgb.width * 3, rgb.height, TJPF_RGB, &buffer, &size,
+                            TJSAMP_420, quality, 0) == 0) {
+    jpeg.assign(buffer, buffer + size);
+  }
+  tjFree(buffer);
+  return jpeg;
+}
+
+}  // namespace
+
+PreviewThumbnail ThumbnailFromExifPreview(int fd, int size, int quality) {
+  PreviewThumbnail result;
+  std::vector<std::uint8_t> head(kHeadBytes);
+  const ssize_t got = ::pread(fd, head.data(), head.size(), 0);
+  if (got <= 0 || size < 1) {
+    return result;
+  }
+  const std::optional<Layout> layout =
+      ReadLayout(head.data(), static_cast<std::size_t>(got));
+  if (!layout || layout->width < 1 || layout->height < 1) {
+    return result;
+  }
+  const Exif exif = ReadExif(*layout);
+  const std::optional<Rgb> preview =
+      exif.preview.empty() ? std::nullopt : DecodePreview(exif.preview);
+  if (!preview) {
+    return result;
+  }
+  if (!layout->sequential) {
+    result.verdict = PreviewVerdict::kNotSequential;
+    return result;
+  }
+  // The shape: the preview's height from its width, within a pixel.
+  const double expected_height =
+      static_cast<double>(preview->width) * layout->height / layout->width;
+  if (std::fabs(expected_height - preview->height) > 1.0) {
+    result.verdict = PreviewVerdict::kWrongShape;
+    return result;
+  }
+  // The thumbnail's size as stored: the longer side `size`, never enlarged.
+  const double scale = std::min(
+      1.0, static_cast<double>(size) / std::max(layout->width, layout->height));
+  const int width =
+      std::max(1, static_cast<int>(std::lround(layout->width * scale)));
+  const int height =
+      std::max(1, static_cast<int>(std::lround(layout->height * scale)));
+  if (preview->width < width || preview->height < height) {
+    result.verdict = PreviewVerdict::kTooSmall;
+    return result;
+  }
+  Band band;
+  auto source = std::make_unique<FdSource>();
+  const Rgb& shown = *preview;
+  // Enough when the band covers a row of the comparison's cells and shows
+  // detail.
+  const int cell_rows = std::min(shown.height, layout->height / 8) / 2;
+  const bool decoded = DecodeTopBand(fd, band, *source, [&](const Band& b) {
+    return static_cast<long long>(cell_rows) * b.rows / b.full_height >= 1 &&
+           BandDetail(b) >= kMinDetail;
+  });
+  if (!decoded) {
+    return result;
+  }
+  const Comparison comparison = Compare(*preview, band);
+  if (comparison.rows < 1 || comparison.detail < kMinDetail) {
+    result.verdict = PreviewVerdict::kTooPlain;
+    return result;
+  }
+  if (comparison.mean_difference > kMaxMeanDifference ||
+      comparison.channel_shift > kMaxChannelShift) {
+    result.verdict = PreviewVerdict::kStale;
+    return result;
+  }
+  result.jpeg = Encode(
+      Upright(Reduce(*preview, width, height), exif.orientation), quality);
+  if (!result.jpeg.empty()) {
+    result.verdict = PreviewVerdict::kTaken;
+  }
+  return result;
+}
+
+}  // namespace qbpd

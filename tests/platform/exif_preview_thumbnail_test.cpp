@@ -1,0 +1,155 @@
+#include "platform/exif_preview_thumbnail.h"
+
+#include "platform/image_operations.h"
+#include "tests/support/camera_photo.h"
+#include "tests/support/temp_dir.h"
+
+#include <gtest/gtest.h>
+#include <vips/vips8>
+
+#include <fcntl.h>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+namespace qbpd {
+namespace {
+
+using testing::CameraPreview;
+using testing::TempDir;
+using testing::WriteCameraPhoto;
+
+constexpr int kSize = 85;
+constexpr int kQuality = 70;
+
+PreviewThumbnail FromPreview(const std::string& path) {
+  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  EXPECT_GE(fd, 0) << path;
+  PreviewThumbnail result = ThumbnailFromExifPreview(fd, kSize, kQuality);
+  ::close(fd);
+  return result;
+}
+
+vips::VImage Decode(const std::vector<std::uint8_t>& jpeg) {
+  return vips::VImage::new_from_buffer(jpeg.data(), jpeg.size(), "")
+      .copy_memory();
+}
+
+// The thumbnail the photo's own pixels give (libvips, orientation applied).
+vips::VImage OwnThumbnail(const std::string& path) {
+  return vips::VImage::thumbnail(path.c_str(), kSize,
+                                 vips::VImage::option()->set("height", kSize));
+}
+
+double MeanDifference(const vips::VImage& a, const vips::VImage& b) {
+  return (a.cast(VIPS_FORMAT_FLOAT) - b.cast(VIPS_FORMAT_FLOAT)).abs().avg();
+}
+
+TEST(ExifPreviewThumbnailTest, AGoodPreviewGivesThePhotosOwnThumbnailUpright) {
+  TempDir dir;
+  for (int orientation : {1, 3, 6, 8}) {
+    for (int seed : {1, 2}) {
+      const std::string path = (dir / ("photo" + std::to_string(orientation) +
+                                       "_" + std::to_string(seed) + ".jpg"))
+                                   .string();
+      ASSERT_TRUE(WriteCameraPhoto(path, 1200, 900, seed, orientation,
+                                   CameraPreview::kGood));
+      const PreviewThumbnail made = FromPreview(path);
+      ASSERT_EQ(made.verdict, PreviewVerdict::kTaken)
+          << "orientation " << orientation << " seed " << seed;
+      const vips::VImage mine = Decode(made.jpeg);
+      const vips::VImage own = OwnThumbnail(path);
+      ASSERT_EQ(mine.width(), own.width()) << orientation;
+      ASSERT_EQ(mine.height(), own.height()) << orientation;
+      EXPECT_LT(MeanDifference(mine, own), 6.0) << orientation;
+    }
+  }
+}
+
+TEST(ExifPreviewThumbnailTest, APreviewThatNoLongerShowsThePhotoIsRefused) {
+  struct Case {
+    CameraPreview preview;
+    int width;
+    int height;
+    PreviewVerdict verdict;
+  };
+  const std::vector<Case> cases = {
+      {CameraPreview::kNone, 1200, 900, PreviewVerdict::kNoPreview},
+      {CameraPreview::kTurned, 1200, 900, PreviewVerdict::kStale},
+      {CameraPreview::kMirrored, 1200, 900, PreviewVerdict::kStale},
+      {CameraPreview::kRecoloured, 1200, 900, PreviewVerdict::kStale},
+      {CameraPreview::kBrightened, 1200, 900, PreviewVerdict::kStale},
+      {CameraPreview::kCropped, 1200, 900, PreviewVerdict::kStale},
+      {CameraPreview::kOtherPicture, 1200, 900, PreviewVerdict::kStale},
+      {CameraPreview::kLetterboxed, 1350, 900, PreviewVerdict::kWrongShape},
+      {CameraPreview::kTiny, 1200, 900, PreviewVerdict::kTooSmall},
+      {CameraPreview::kProgressive, 1200, 900, PreviewVerdict::kNotSequential},
+  };
+  TempDir dir;
+  for (int seed = 1; seed <= 3; ++seed) {
+    for (const Case& c : cases) {
+      const std::string path = (dir / "photo.jpg").string();
+      ASSERT_TRUE(
+          WriteCameraPhoto(path, c.width, c.height, seed, 1, c.preview));
+      const PreviewThumbnail made = FromPreview(path);
+      EXPECT_EQ(made.verdict, c.verdict)
+          << "kind " << static_cast<int>(c.preview) << " seed " << seed;
+      EXPECT_TRUE(made.jpeg.empty());
+    }
+  }
+}
+
+TEST(ExifPreviewThumbnailTest, TheLibraryTakesAGoodPreviewAndNeverAStaleOne) {
+  TempDir dir;
+  const auto ops = MakeVipsImageOperations((dir / "cache").string());
+  for (CameraPreview kind : {CameraPreview::kGood, CameraPreview::kCropped,
+                             CameraPreview::kRecoloured}) {
+    const std::string photo = (dir / "photo.jpg").string();
+    const std::string thumbnail = (dir / "thumb.jpg").string();
+    ASSERT_TRUE(WriteCameraPhoto(photo, 1200, 900, 7, 6, kind));
+    ASSERT_EQ(ops->GenerateThumbnailExt(photo, thumbnail, kSize, kQuality), 1);
+    const vips::VImage made = vips::VImage::new_from_file(thumbnail.c_str());
+    const vips::VImage own = OwnThumbnail(photo);
+    ASSERT_EQ(made.width(), own.width());
+    ASSERT_EQ(made.height(), own.height());
+    // Upright and showing the photo as it is now, whichever way it was made.
+    EXPECT_LT(MeanDifference(made, own), 6.0) << static_cast<int>(kind);
+  }
+}
+
+TEST(ExifPreviewThumbnailTest, ABrokenPreviewOrHeaderIsNeverTaken) {
+  TempDir dir;
+  const std::string path = (dir / "photo.jpg").string();
+  ASSERT_TRUE(WriteCameraPhoto(path, 1200, 900, 4, 1, CameraPreview::kGood));
+  const std::string whole = testing::ReadFile(path);
+  // The preview is the second picture in the file: its scan follows the
+  // first start-of-scan marker after its own start.
+  const std::size_t preview = whole.find("\xFF\xD8", 2);
+  const std::size_t scan = whole.find("\xFF\xDA", preview);
+  ASSERT_NE(scan, std::string::npos);
+  struct Damage {
+    const char* what;
+    std::size_t at;
+    std::size_t length;
+  };
+  for (const Damage& d : {Damage{"the preview's data", scan + 40, 24},
+                          Damage{"the preview's end", scan + 200, 400},
+                          Damage{"the EXIF directories", 14, 8},
+                          Damage{"the EXIF marker", 2, 2}}) {
+    std::string bytes = whole;
+    for (std::size_t i = d.at; i < d.at + d.length; ++i) {
+      bytes[i] = static_cast<char>(0x55 ^ i);
+    }
+    dir.WriteFile("broken.jpg", bytes);
+    const PreviewThumbnail made = FromPreview((dir / "broken.jpg").string());
+    EXPECT_NE(made.verdict, PreviewVerdict::kTaken) << d.what;
+    EXPECT_TRUE(made.jpeg.empty()) << d.what;
+  }
+  // A file cut short inside its header is no photo to take a preview from.
+  dir.WriteFile("cut.jpg", whole.substr(0, 200));
+  EXPECT_EQ(FromPreview((dir / "cut.jpg").string()).verdict,
+            PreviewVerdict::kNoPreview);
+}
+
+}  // namespace
+}  // namespace qbpd
