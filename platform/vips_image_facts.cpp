@@ -74,7 +74,7 @@ vips::VImage TestPicture(int width, int height, int seed) {
   vips::VImage red = x * (200.0 / width) + shade / 4;
   vips::VImage green = y * (200.0 / height) + (255 - shade) / 4;
   vips::VImage blue = red * 0 + shade;
-  return red.bandjoin({green, blue})
+  return vips::VImage::bandjoin({red, green, blue})
       .cast(VIPS_FORMAT_UCHAR)
       .copy(vips::VImage::option()->set("interpretation",
                                         VIPS_INTERPRETATION_sRGB));
