@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <utility>
+#include <vector>
 
 namespace qbpd {
 namespace fs = std::filesystem;
@@ -235,20 +237,25 @@ void frmMainWindow::LoadImagesOnFolderClick(std::string& folder, bool& result) {
   // What a write killed half-way left here goes before the folder is read.
   RemoveStaleTemporaryFiles(folder);
   // The folder's files, in the order the file system gives them.
-  std::vector<std::string> files;
+  // Each with its sort key, made once: by name, as people expect to browse
+  // a folder, regardless of case (names that differ only in case by the
+  // name itself).
+  std::vector<std::pair<std::string, std::string>> keyed;
   std::error_code error;
   for (fs::directory_iterator it(folder, error), end; !error && it != end;
        it.increment(error)) {
     std::error_code type_error;
     if (it->is_regular_file(type_error)) {
-      files.push_back(it->path().string());
+      std::string path = it->path().string();
+      keyed.emplace_back(UpperCase(path), std::move(path));
     }
   }
-  // By name, as people expect to browse a folder.
-  std::sort(files.begin(), files.end(),
-            [](const std::string& a, const std::string& b) {
-              return UpperCase(a) < UpperCase(b);
-            });
+  std::sort(keyed.begin(), keyed.end());
+  std::vector<std::string> files;
+  files.reserve(keyed.size());
+  for (auto& [key, path] : keyed) {
+    files.push_back(std::move(path));
+  }
   miFileCount = static_cast<int>(files.size());
   auto finish_empty = [&] {
     lblPhotosSelect.SetCaption("No photo(s) exists.");
