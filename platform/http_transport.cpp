@@ -1,10 +1,12 @@
 #include "platform/http_transport.h"
 
+#include "platform/atomic_file.h"
+#include "platform/photo_kind.h"
+
 #include <curl/curl.h>
 
 #include <chrono>
 #include <cstdio>
-#include <fstream>
 
 namespace qbpd {
 
@@ -128,7 +130,10 @@ class CurlTransport final : public HttpTransport {
       response.error_text = "Another request of this connection is running.";
       return response;
     }
-    if (request.file && !std::ifstream(request.file->path).good()) {
+    // Only a plain file is sent, and looking never waits (a named pipe under
+    // the file's name is refused at once).
+    if (request.file &&
+        FileDescriptor(OpenPhotoFile(request.file->path)).get() < 0) {
       response.failure = HttpFailure::kBadRequest;
       response.error_text =
           "The file " + request.file->path + " could not be read.";

@@ -12,7 +12,6 @@
 #include <cerrno>
 #include <cstdint>
 #include <fcntl.h>
-#include <fstream>
 #include <optional>
 #include <string_view>
 #include <sys/stat.h>
@@ -27,37 +26,20 @@ constexpr std::uint64_t kMaxPixels = 256'000'000;
 constexpr int kPasteQuality = 92;
 constexpr char kLoaderOptions[] = "fail_on=error";
 
-// The libvips loader that must claim a photo of `kind`; nothing for a bitmap
-// (read here) or an unknown kind. Other loaders, such as ImageMagick's, are
-// never handed a file.
-std::optional<std::string_view> ExpectedLoader(PhotoKind kind) {
-  switch (kind) {
-    case PhotoKind::kJpeg:
-      return "jpegload";
-    case PhotoKind::kPng:
-      return "pngload";
-    case PhotoKind::kTiff:
-      return "tiffload";
-    case PhotoKind::kBmp:
-    case PhotoKind::kOther:
-      break;
-  }
-  return std::nullopt;
-}
-
-std::optional<vips::VImage> LoadWithVips(const std::string& path,
-                                         std::string_view expected) {
-  const char* loader = vips_foreign_find_load(path.c_str());
+// The photo open at `fd`, through the one libvips loader that must claim it.
+std::optional<vips::VImage> LoadWithVips(int fd, const char* expected) {
+  vips::VSource source = vips::VSource::new_from_descriptor(fd);
+  const char* loader = vips_foreign_find_load_source(source.get_source());
   if (loader == nullptr) {
     vips_error_clear();
     return std::nullopt;
   }
   const char* nickname = vips_nickname_find(g_type_from_name(loader));
-  if (nickname == nullptr || expected != nickname) {
+  if (nickname == nullptr || std::string_view(expected) != nickname) {
     return std::nullopt;
   }
-  vips::VImage image = vips::VImage::new_from_file(
-      (path + "[" + kLoaderOptions + "]").c_str(),
+  const vips::VImage image = vips::VImage::new_from_source(
+      source, kLoaderOptions,
       vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL));
   if (image.width() <= 0 || image.height() <= 0 ||
       static_cast<std::uint64_t>(image.width()) *
@@ -70,8 +52,8 @@ std::optional<vips::VImage> LoadWithVips(const std::string& path,
   return ForJpeg(image.autorot()).copy_memory();
 }
 
-std::optional<vips::VImage> LoadBitmap(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
+std::optional<vips::VImage> LoadBitmap(int fd) {
+  PhotoStream in(fd);
   BmpPixels pixels;
   if (!in || !DecodeBmp(in, kMaxPixels, 1, pixels).ok()) {
     return std::nullopt;
@@ -160,31 +142,30 @@ class MemoryClipboard final : public Clipboard {
   void Clear() override { picture_.reset(); }
 
  private:
+  // Everything is read through one descriptor: only a plain file is a
+  // photo, and its open never waits (a named pipe is refused at once).
   static std::optional<vips::VImage> Load(const std::string& path) {
+    FileDescriptor fd(OpenPhotoFile(path));
     std::array<std::uint8_t, 16> head{};
-    std::size_t head_size = 0;
-    {
-      FileDescriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-      struct stat status {};
-      if (fd.get() < 0 || ::fstat(fd.get(), &status) != 0 ||
-          !S_ISREG(status.st_mode)) {
-        return std::nullopt;
-      }
-      const ssize_t got = ::pread(fd.get(), head.data(), head.size(), 0);
-      if (got <= 0) {
-        return std::nullopt;
-      }
-      head_size = static_cast<std::size_t>(got);
-    }
-    const PhotoKind kind = SniffPhotoKind(head.data(), head_size);
-    if (kind == PhotoKind::kBmp) {
-      return LoadBitmap(path);
-    }
-    std::optional<std::string_view> loader = ExpectedLoader(kind);
-    if (!loader) {
+    const ssize_t got =
+        fd.get() < 0 ? -1 : ::pread(fd.get(), head.data(), head.size(), 0);
+    if (got <= 0) {
       return std::nullopt;
     }
-    return LoadWithVips(path, *loader);
+    const PhotoKind kind =
+        SniffPhotoKind(head.data(), static_cast<std::size_t>(got));
+    if ((kind == PhotoKind::kJpeg && !JpegIsWhole(fd.get())) ||
+        !WithinDecodeBudget(fd.get(), kind)) {
+      return std::nullopt;
+    }
+    if (kind == PhotoKind::kBmp) {
+      return LoadBitmap(fd.get());
+    }
+    const char* loader = SourceLoaderFor(kind);
+    if (loader == nullptr) {
+      return std::nullopt;
+    }
+    return LoadWithVips(fd.get(), loader);
   }
 
   std::optional<vips::VImage> picture_;

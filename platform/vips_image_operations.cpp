@@ -37,23 +37,6 @@ constexpr char kCacheSuffix[] = ".qpd";
 // error, so a broken photo fails instead of turning grey halfway down.
 constexpr char kLoaderOptions[] = "fail_on=error";
 
-// The libvips loader that must claim a file of `kind`; any other loader
-// (ImageMagick's above all) is never given a photo.
-const char* ExpectedLoader(PhotoKind kind) {
-  switch (kind) {
-    case PhotoKind::kJpeg:
-      return "jpegload_source";
-    case PhotoKind::kPng:
-      return "pngload_source";
-    case PhotoKind::kTiff:
-      return "tiffload_source";
-    case PhotoKind::kBmp:
-    case PhotoKind::kOther:
-      return nullptr;
-  }
-  return nullptr;
-}
-
 // Writes a thumbnail in place of the old one, whole or not at all. There is
 // no fsync: a thumbnail is made again from its photo whenever it is missing,
 // and an fsync costs more than making the thumbnail on a busy disk. A cache
@@ -401,7 +384,7 @@ class VipsImageOperations final : public ImageOperations {
       return std::nullopt;
     }
     const char* nickname = vips_nickname_find(g_type_from_name(loader));
-    const char* expected = ExpectedLoader(kind);
+    const char* expected = SourceLoaderFor(kind);
     if (nickname == nullptr || expected == nullptr ||
         std::string_view(nickname) != expected) {
       return std::nullopt;

@@ -22,4 +22,19 @@ vips::VImage ForJpeg(vips::VImage image) {
   return image;
 }
 
+const char* SourceLoaderFor(PhotoKind kind) {
+  switch (kind) {
+    case PhotoKind::kJpeg:
+      return "jpegload_source";
+    case PhotoKind::kPng:
+      return "pngload_source";
+    case PhotoKind::kTiff:
+      return "tiffload_source";
+    case PhotoKind::kBmp:
+    case PhotoKind::kOther:
+      break;
+  }
+  return nullptr;
+}
+
 }  // namespace qbpd

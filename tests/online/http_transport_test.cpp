@@ -5,7 +5,12 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <fcntl.h>
+#include <future>
 #include <string>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace qbpd {
 namespace {
@@ -176,6 +181,22 @@ TEST(HttpTransportTest, AFileThatCannotBeReadIsABadRequest) {
   HttpResponse response = Send(*transport, request);
   EXPECT_EQ(response.failure, HttpFailure::kBadRequest);
   EXPECT_NE(response.error_text.find("gone.jpg"), std::string::npos);
+
+  // A named pipe under the file's name is refused without waiting for a
+  // writer; should the transport wait, the test plays the writer once.
+  const std::string fifo = (dir / "pipe.jpg").string();
+  ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+  request.file = HttpFilePart{"File", fifo};
+  std::future<HttpResponse> answer =
+      std::async(std::launch::async, [&] { return Send(*transport, request); });
+  if (answer.wait_for(std::chrono::seconds(60)) != std::future_status::ready) {
+    ADD_FAILURE() << "the transport waited on the named pipe";
+    const int writer = ::open(fifo.c_str(), O_WRONLY);
+    ::close(writer);
+  }
+  response = answer.get();
+  EXPECT_EQ(response.failure, HttpFailure::kBadRequest);
+  EXPECT_NE(response.error_text.find("pipe.jpg"), std::string::npos);
 }
 
 TEST(HttpTransportTest, ACancelFromThePumpEndsTheRequestAtOnce) {

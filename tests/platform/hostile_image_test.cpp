@@ -2,6 +2,7 @@
 // folder and put through the real image paths: the thumbnail, the photo view
 // and its measures. Each fails cleanly or shows; none aborts or blocks.
 
+#include "platform/clipboard.h"
 #include "platform/display_model.h"
 #include "platform/image_operations.h"
 #include "tests/platform/hostile_files.h"
@@ -278,6 +279,10 @@ TEST_F(HostileImageTest, ANamedPipeUnderAPhotosNameIsRefusedWithoutWaiting) {
   fs::create_directory(folder);
   EXPECT_EQ(Attack(folder), std::make_pair(false, false));
   EXPECT_EQ(Attack("/dev/zero"), std::make_pair(false, false));
+  // Nor does copying it to the clipboard wait.
+  ExpectNoWaitOn(fifo, [&] {
+    EXPECT_FALSE(MakeMemoryClipboard()->SetImageFromFile(fifo.string()));
+  });
 }
 
 }  // namespace
