@@ -132,18 +132,25 @@ void frmMainWindow::WireCommands() {
   for (const ButtonNumber& b : kButtons) {
     PictureButton& button = this->*b.button;
     button.SetTag(b.tip);
-    const std::string number = b.number;
+    const std::string fixed = b.number;
+    // The apply button shows "crop photo" in the crop panel and "apply" in
+    // the others.
+    auto number = [this, &button, fixed]() {
+      return &button == &imgApplyChanges && s_.giCurrentOperation != 1
+                 ? std::string("28")
+                 : fixed;
+    };
     On(button.Name(), "MouseDown", [this, &button, number](EventArgs& e) {
       if (e.Button == 1) {
-        ShowButtonState(s_, button, number, kPicturePressed);
+        ShowButtonState(s_, button, number(), kPicturePressed);
       }
     });
     On(button.Name(), "MouseUp", [this, &button, number](EventArgs&) {
-      ShowButtonState(s_, button, number, kPictureNormal);
+      ShowButtonState(s_, button, number(), kPictureNormal);
     });
     On(button.Name(), "MouseMove", [this, &button, number](EventArgs& e) {
       if (e.Button == 0) {
-        HoverButton(button, number);
+        HoverButton(button, number());
       }
     });
   }
@@ -233,13 +240,13 @@ void frmMainWindow::ResetButtonImages() {
 void frmMainWindow::mnuFile_Click() {
   SetControlsEnabled();
   mnuFGetPhotos.SetEnabled(!ExpTreeView.Visible() || !mbExplorerOpen);
-  mnuFSave.SetEnabled(s_.gbRotationPending && s_.gbMultiRotation);
+  mnuFSave.SetEnabled(s_.gbRotationPending && s_.glRotationAngle != 0);
 }
 
 void frmMainWindow::mnuEdit_Click() {
   SetControlsEnabled();
   mnuEDelMultiple.SetEnabled(s_.gdicSelectedPhotos.Count() > 0);
-  mnuEUndo.SetEnabled(s_.gbRotationPending);
+  mnuEUndo.SetEnabled(s_.glRotationAngle != 0);
 }
 
 void frmMainWindow::mnuPhoto_Click() {

@@ -38,6 +38,11 @@ void frmMainWindow::DeclareFields() {
   Field("miSplitTop", miSplitTop);
   Field("mbDeleting", mbDeleting);
   Field("mbDeleteBusy", mbDeleteBusy);
+  Field("miCropAspectX", miCropAspectX);
+  Field("miCropAspectY", miCropAspectY);
+  Field("mbCropTooSmall", mbCropTooSmall);
+  Field("miCropPreset", miCropPreset);
+  Field("mbRedEyeRemoved", mbRedEyeRemoved);
 }
 
 }  // namespace qbpd

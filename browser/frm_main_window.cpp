@@ -108,6 +108,8 @@ frmMainWindow::frmMainWindow(Application& app)
   SetHelpContextID(kHelpBrowsing);
   SetKeyPreview(true);
   WireFileOperations();
+  WireEditor();
+  WireRotation();
 }
 
 void frmMainWindow::Form_Load() {
@@ -376,20 +378,6 @@ void frmMainWindow::WriteWindowState() {
   (void)app_.settings().Write(kRootKey, "PrevMode", mode);
   (void)app_.settings().Write(kRootKey, "PrevHt", std::to_string(Height()));
   (void)app_.settings().Write(kRootKey, "PrevWidth", std::to_string(Width()));
-}
-
-void frmMainWindow::EndCurrentOperation(const std::string& prefix,
-                                        bool& proceed) {
-  (void)prefix;
-  // The edit modes that could be left unfinished come with the editor; until
-  // then there is nothing to finish and the caller goes on.
-  proceed = true;
-}
-
-void frmMainWindow::SaveImage() {
-  // A rotation on display is the only unsaved change there can be; the
-  // editor asks about it. Nothing is pending until it exists.
-  s_.gbRotationPending = false;
 }
 
 void frmMainWindow::mnuHHelp_Click() {

@@ -1,6 +1,7 @@
 #ifndef QBPD_BROWSER_FRM_MAIN_WINDOW_H_
 #define QBPD_BROWSER_FRM_MAIN_WINDOW_H_
 
+#include "browser/edit_panel_controls.h"
 #include "core/application.h"
 #include "core/keyed_collection.h"
 #include "core/ordered_dictionary.h"
@@ -14,6 +15,8 @@
 #include <string_view>
 
 namespace qbpd {
+
+struct RotationHooks;
 
 // The main window: the folder tree, the grid of thumbnails, the photo on
 // display, and the start-up and close of the program. Its routines are
@@ -418,6 +421,55 @@ class frmMainWindow : public Form {
   // Photo file operations.
   bool mbDeleting = false;
   bool mbDeleteBusy = false;
+
+  // --- the photo editor: edit panels, apply and save, rotation, crop
+  // (edit_panels.cpp, edit_apply.cpp, edit_save.cpp, edit_rotation.cpp) -----
+ public:
+  // The crop, red-eye and colour panels (frmMainWindow.fraCrop ...).
+  EditPanelControls edit{*this};
+
+ private:
+  void WireEditor();
+  // Lays the panels out in the column of the folder pane and the grid, and
+  // rebuilds the crop box (or clears the red-eye tool) for the new measures.
+  void ArrangeEditPanels(int left, int top, int width, int height);
+  void SetEditPanel(int mode);
+  void imgCrop_Click();
+  void OpenCropFromMenu(int preset);
+  void imgRedeye_Click();
+  void imgAutocolor_Click();
+  // One of the six size and orientation handlers of the crop panel.
+  void CropChoice(bool size_handler);
+  void ctlDisplayImage_CropTooSmall();
+  void ctlDisplayImage_RedEyeRemoved();
+  void optViewCorrected_Click();
+  void optViewOriginal_Click();
+  void imgApplyChanges_Click();
+  void imgCancel_Click();
+  // Whether a write into `folder` is refused (the access check fails).
+  bool FolderRefusesWrites(const std::string& folder) const;
+  // Reloads the photo on display after a declined or failed rotation save
+  // and zooms by the zoom setting; `style` is the failure message's icon.
+  void ReloadShownPhoto(int style);
+  void SaveImageFromMenu();
+  void SaveAsImage();
+  void mnuFSave_Click();
+  void WireRotation();
+  void RotateButton(int operation, bool test_file);
+  void mnuSingle_Click();
+  void mnuMultiple_Click();
+  void mnuPRotSingle_Click(int operation);
+  void mnuPRotMulti_Click(int operation);
+  void SingleImageRotation(bool multiple);
+  void mnuEUndo_Click();
+  // What a rotation of files does to the grid.
+  RotationHooks GridRotationHooks();
+
+  int miCropAspectX = 0;
+  int miCropAspectY = 0;
+  bool mbCropTooSmall = false;
+  int miCropPreset = -1;
+  bool mbRedEyeRemoved = false;
 };
 
 }  // namespace qbpd

@@ -108,6 +108,8 @@ void frmMainWindow::FrameReArrange() {
   picImageFlow.SetVisible(!editing);
   picTrash.SetVisible(!editing);
 
+  ArrangeEditPanels(list_left, kGap, kListWidth, height - 2 * kGap);
+
   if (s_.gdicPhotoList.Count() > 0) {
     setscrollBar();
     LoadVisibleThumbnails(ctrlImageListVScroll.Value());

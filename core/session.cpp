@@ -38,6 +38,8 @@ Session::Session() {
   Declare("gsInfoMessage", gsInfoMessage);
   Declare("gbMultiRotation", gbMultiRotation);
   Declare("gbRotationPending", gbRotationPending);
+  Declare("gsRotationScope", gsRotationScope);
+  Declare("gbRotationBusy", gbRotationBusy);
   Declare("gsAuthCode", gsAuthCode);
   Declare("gsUserEmail", gsUserEmail);
   Declare("gsAlbumId", gsAlbumId);

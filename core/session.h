@@ -76,6 +76,11 @@ class Session {
   bool gbRotationPending = false;
   // The rotation applies to every selected photo.
   bool gbMultiRotation = false;
+  // "S" after the user chose to turn the photo on display, "M" while the
+  // checked photos are turned on disk (no other command may start then).
+  std::string gsRotationScope;
+  // True while the checked photos are being turned.
+  bool gbRotationBusy = false;
 
   // --- the online service --------------------------------------------------
   std::string gsAuthCode;

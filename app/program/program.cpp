@@ -5,6 +5,7 @@
 #include "core/frm_msg_infrm.h"
 #include "core/frm_splash.h"
 #include "core/settings.h"
+#include "editor/frm_rotate.h"
 #include "platform/display_model.h"
 #include "platform/local_service.h"
 
@@ -22,6 +23,8 @@ void RegisterProgram(Application& app) {
       [a] { return std::make_unique<frmMsgInfrm>(*a); });
   app.forms().Register<frmAboutUs>(
       [a] { return std::make_unique<frmAboutUs>(*a); });
+  app.forms().Register<frmRotate>(
+      [a] { return std::make_unique<frmRotate>(*a); });
   app.SetEntryForm("frmSplash");
 }
 

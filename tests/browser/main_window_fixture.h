@@ -17,6 +17,7 @@
 #include <vips/vips8>
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 #include <tuple>
@@ -76,6 +77,9 @@ class MainWindowTest : public ::testing::Test {
     for (const auto& [key, name, value] : extra_settings_) {
       Write(store, key, name, value);
     }
+    if (adjust_services_) {
+      adjust_services_(services);
+    }
     auto host = std::make_unique<ScriptedHost>();
     host_ = host.get();
     app_ = std::make_unique<Application>(std::move(host), std::move(services),
@@ -107,6 +111,9 @@ class MainWindowTest : public ::testing::Test {
   }
 
   std::string zoom_setting_ = "FitToWidth";
+  // Changes the platform services before the program starts (fakes in the
+  // place of the real image library or photo view model).
+  std::function<void(PlatformServices&)> adjust_services_;
   // Further settings the program starts with: key, name, value.
   std::vector<std::tuple<std::string, std::string, std::string>>
       extra_settings_;
