@@ -60,9 +60,12 @@ class EditorTest : public MainWindowTest {
     std::vector<std::string> texts = Messages();
     return texts.empty() ? std::string() : texts.back();
   }
-  // Answers the next pop-up menu with `entry`.
+  // Answers the next pop-up menu by picking `entry` in it.
   void PickPopup(Menu& entry) {
-    host().QueuePopupPick("pick", [&entry](Menu&) { user::PickMenu(entry); });
+    host().QueuePopupPick("pick", [&entry](Menu&) {
+      ASSERT_TRUE(entry.Visible() && entry.Enabled()) << entry.Name();
+      entry.Raise("Click");
+    });
   }
 
   std::shared_ptr<testing::FakeDisplayState> display_ =

@@ -53,6 +53,9 @@ void DesktopTest::SetUp() {
   (void)store.Write(kDisplayKey, "ZoomSettings", zoom_setting_);
   (void)store.Write(kDisplayKey, "NoOfRecentFolders", "5");
   (void)store.Write(kRootKey, "Version", "1.0.0");
+  if (adjust_services_) {
+    adjust_services_(services);
+  }
   auto owned = std::make_unique<QtHost>();
   host_ = owned.get();
   app_ = std::make_unique<Application>(std::move(owned), std::move(services),

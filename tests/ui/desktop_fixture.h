@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -44,6 +45,9 @@ class DesktopTest : public ::testing::Test {
   // Where the lock and socket of the running instance live; empty: the run
   // has no single-instance lock.
   std::string instance_folder_;
+  // Changes the platform services before the program starts (a fake in the
+  // place of a real service).
+  std::function<void(PlatformServices&)> adjust_services_;
 
   TempDir tmp_;
   std::filesystem::path folder_;

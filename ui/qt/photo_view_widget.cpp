@@ -6,6 +6,7 @@
 #include "platform/forms/host.h"
 #include "platform/forms/keys.h"
 #include "ui/qt/control_widget.h"
+#include "ui/qt/editor_overlay.h"
 #include "ui/qt/qt_convert.h"
 #include "ui/qt/widget_handle.h"
 
@@ -403,8 +404,11 @@ void PhotoViewWidget::keyPressEvent(QKeyEvent* event) {
 
 std::unique_ptr<ControlWidget> MakePhotoViewWidget(PhotoView& control,
                                                    QWidget* parent) {
-  return std::make_unique<WidgetHandle<PhotoViewWidget>>(
-      new PhotoViewWidget(control, parent));
+  auto* widget = new PhotoViewWidget(control, parent);
+  // The editor's crop box and red-eye loupe, worked through the model.
+  widget->AddOverlay(std::make_unique<EditorToolsOverlay>(
+      control, [widget] { widget->InvalidatePicture(); }));
+  return std::make_unique<WidgetHandle<PhotoViewWidget>>(widget);
 }
 
 }  // namespace qbpd
