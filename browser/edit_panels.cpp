@@ -389,8 +389,9 @@ void frmMainWindow::imgCrop_Click() {
   miSavedZoom = ctlDisplayImage.ZoomPercent();
   SetEditPanel(kCropOperation);
   if (miCropPreset == -1) {
+    // The setting's own key, as the other readers read it.
     miCropPreset = CropPresetFromExpressPrints(
-        app_.settings().Read(s_.gsPrefKey + "Settings", "ExpressPrints"));
+        app_.settings().Read(s_.gsPrefKey + "ExpressPrints", "ExpressPrints"));
   }
   EditPanelControls& e = edit;
   if (ctlDisplayImage.PhotoHeight() < ctlDisplayImage.PhotoWidth()) {

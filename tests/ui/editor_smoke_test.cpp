@@ -10,6 +10,7 @@
 #include "browser/frm_main_window.h"
 #include "editor/frm_rotate.h"
 #include "platform/display_model.h"
+#include "platform/forms/user_input.h"
 #include "platform/image_operations.h"
 #include "tests/support/fake_display_control.h"
 #include "tests/support/fake_image_operations.h"
@@ -114,6 +115,12 @@ class EditorSmokeTest : public testing::DesktopTest {
     ASSERT_NE(w, nullptr) << c.Name();
     QTest::mouseClick(w, Qt::LeftButton, {}, w->rect().center());
   }
+  // An option button takes a click on its circle or its text.
+  void ClickOption(const Control& c) {
+    QWidget* w = WidgetFor(c);
+    ASSERT_NE(w, nullptr) << c.Name();
+    QTest::mouseClick(w, Qt::LeftButton, {}, QPoint(8, w->height() / 2));
+  }
   std::shared_ptr<testing::FakeDisplayState> display_ =
       std::make_shared<testing::FakeDisplayState>();
   std::shared_ptr<testing::FakeRotationState> rotation_ =
@@ -148,11 +155,12 @@ TEST_F(EditorSmokeTest, TheCropBoxIsDrawnWithHandlesAndFollowsTheMouse) {
   EXPECT_EQ(view->cursor().shape(), Qt::SizeHorCursor);
   SendMouse(view, QEvent::MouseMove, box.center(), Qt::NoButton);
   EXPECT_EQ(view->cursor().shape(), Qt::SizeAllCursor);
-  // The 8 x 10 print, upright, through the panel.
-  ClickWidget(main_->edit.optVer);
-  ClickWidget(main_->edit.opt8x10);
+  // The 5 x 7 print, upright, through the panel.
+  ClickOption(main_->edit.optVer);
+  ClickOption(main_->edit.opt5x7);
+  ASSERT_TRUE(main_->edit.opt5x7.Value());
   ASSERT_TRUE(model->CropBox(x, y, w, h));
-  EXPECT_NEAR(w / h, 0.8, 0.01);
+  EXPECT_NEAR(w / h, 5.0 / 7.0, 0.01);
   // A drag inside moves the box within the photo.
   const QRectF upright = view->Mapping().PhotoToView(QRectF(x, y, w, h));
   SendMouse(view, QEvent::MouseButtonPress, upright.center(), Qt::LeftButton);
@@ -242,8 +250,8 @@ TEST_F(EditorSmokeTest, TheRotationPopUpAndTheProgressDialogAreWindows) {
     testing::SaveScreenshotWithPopup(window_, menu, "rotate_popup");
     for (QAction* action : menu->actions()) {
       if (action->text().contains("All Selected")) {
-        menu->close();
-        action->trigger();
+        menu->setActiveAction(action);
+        QTest::keyClick(menu, Qt::Key_Return);
         return;
       }
     }
@@ -289,7 +297,7 @@ TEST_F(EditorSmokeTest, SaveAsWritesTheTurnedPhotoUnderANewName) {
     proposed = dialog->selectedFiles().value(0).toStdString();
     testing::SaveScreenshot(dialog, "save_as_dialog");
     dialog->selectFile(QString::fromStdString(target));
-    dialog->accept();
+    QMetaObject::invokeMethod(dialog, "accept", Qt::QueuedConnection);
   });
   user::PickMenu(main_->mnuFSaveAs);
   EXPECT_TRUE(proposed.ends_with("Copy of photo001.jpg")) << proposed;
