@@ -23,6 +23,7 @@
 
 #include <QApplication>
 #include <QFileDialog>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QTest>
@@ -296,8 +297,15 @@ TEST_F(EditorSmokeTest, SaveAsWritesTheTurnedPhotoUnderANewName) {
   OnNextDialog<QFileDialog>([&](QFileDialog* dialog) {
     proposed = dialog->selectedFiles().value(0).toStdString();
     testing::SaveScreenshot(dialog, "save_as_dialog");
-    dialog->selectFile(QString::fromStdString(target));
-    QMetaObject::invokeMethod(dialog, "accept", Qt::QueuedConnection);
+    // The dialog fills its list of the folder meanwhile; the name is typed
+    // once it has settled, and the dialog is accepted as Enter would.
+    QTimer::singleShot(300, dialog, [dialog, target] {
+      dialog->selectFile(QString::fromStdString(target));
+      if (auto* edit = dialog->findChild<QLineEdit*>("fileNameEdit")) {
+        edit->setText(QString::fromStdString(target));
+      }
+      QMetaObject::invokeMethod(dialog, "accept", Qt::QueuedConnection);
+    });
   });
   user::PickMenu(main_->mnuFSaveAs);
   EXPECT_TRUE(proposed.ends_with("Copy of photo001.jpg")) << proposed;
