@@ -211,6 +211,39 @@ TEST_F(EditorSmokeTest, RedEyeShowsALoupeAroundThePointer) {
   EXPECT_EQ(session().giCurrentOperation, 0);
 }
 
+TEST_F(EditorSmokeTest, ARedEyeClickOnACardOfEyes) {
+  const std::string card = (folder_ / "photo001.jpg").string();
+  testing::MakeRedEyeCard(card);
+  // Shown afresh: another photo, then the card again.
+  user::Click(main_->ctrlQuilImage[1]);
+  user::Click(main_->ctrlQuilImage[0]);
+  ASSERT_EQ(main_->ctlDisplayImage.PhotoWidth(), 1200);
+  ClickWidget(main_->imgRedeye);
+  ASSERT_EQ(session().giCurrentOperation, 4);
+  PhotoViewWidget* view = View();
+  ASSERT_NE(view, nullptr);
+  QTest::qWait(50);
+  const QPointF pupil = view->Mapping().PhotoToView(QPointF(400, 350));
+  SendMouse(view, QEvent::MouseMove, pupil, Qt::NoButton);
+  QTest::qWait(50);
+  testing::SaveScreenshot(window_, "red_eye_loupe_on_eye");
+  for (int i = 0; i < 2; ++i) {
+    SendMouse(view, QEvent::MouseButtonPress, pupil, Qt::LeftButton);
+    SendMouse(view, QEvent::MouseButtonRelease, pupil, Qt::NoButton);
+  }
+  const QPointF other = view->Mapping().PhotoToView(QPointF(800, 350));
+  SendMouse(view, QEvent::MouseButtonPress, other, Qt::LeftButton);
+  SendMouse(view, QEvent::MouseButtonRelease, other, Qt::NoButton);
+  SendMouse(view, QEvent::MouseMove, pupil, Qt::NoButton);
+  QTest::qWait(50);
+  testing::SaveScreenshot(window_, "red_eye_after_clicks");
+  EXPECT_TRUE(main_->FieldValue("mbRedEyeRemoved").ToBool());
+  ClickWidget(main_->imgApplyChanges);
+  EXPECT_TRUE(fs::exists(folder_ / "photo001_Fixed(1).Jpg"));
+  QTest::qWait(50);
+  testing::SaveScreenshot(window_, "red_eye_applied");
+}
+
 TEST_F(EditorSmokeTest, TheColourPanelComparesCorrectedAndOriginal) {
   testing::SeenMessageBox seen;
   if (display_->current == nullptr) {

@@ -25,4 +25,23 @@ void MakePhoto(const std::string& path,
   image.jpegsave(path.c_str(), vips::VImage::option()->set("Q", 85));
 }
 
+void MakeRedEyeCard(const std::string& path) {
+  using vips::VImage;
+  VImage card = VImage::black(1200, 800, VImage::option()->set("bands", 3))
+                    .new_from_image({205.0, 160.0, 135.0})
+                    .cast(VIPS_FORMAT_UCHAR)
+                    .copy_memory();
+  for (int x : {400, 800}) {
+    card.draw_circle({245.0, 245.0, 240.0}, x, 350, 70,
+                     VImage::option()->set("fill", true));
+    card.draw_circle({95.0, 60.0, 35.0}, x, 350, 38,
+                     VImage::option()->set("fill", true));
+    card.draw_circle({205.0, 25.0, 30.0}, x, 350, 20,
+                     VImage::option()->set("fill", true));
+    card.draw_circle({255.0, 255.0, 255.0}, x - 7, 343, 4,
+                     VImage::option()->set("fill", true));
+  }
+  card.jpegsave(path.c_str(), VImage::option()->set("Q", 95));
+}
+
 }  // namespace qbpd::testing

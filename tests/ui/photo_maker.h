@@ -14,6 +14,11 @@ void MakePhoto(const std::string& path,
                int shade = 0,
                int orientation = 1);
 
+// Writes a JPEG card with a face's two eyes at `path`, 1200 x 800: skin, the
+// white of each eye, a brown iris, a red pupil of radius 20 with a white
+// catch-light; the pupils' centres at (400, 350) and (800, 350).
+void MakeRedEyeCard(const std::string& path);
+
 }  // namespace qbpd::testing
 
 #endif  // QBPD_TESTS_UI_PHOTO_MAKER_H_
