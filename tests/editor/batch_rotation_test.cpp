@@ -94,6 +94,24 @@ TEST_F(BatchRotationTest, TheProgressShowsCountNameAndPercent) {
   EXPECT_DOUBLE_EQ(bar, frame / 2);
 }
 
+TEST_F(BatchRotationTest, TheDialogStaysASecondAfterTheLastPhoto) {
+  StartWith(3);
+  Check(1);
+  Check(2);
+  // Pumps: before each of the two photos, then the second's wait begins.
+  bool shown_at_end = false;
+  std::string percent;
+  RotateChecked(
+      [&] {
+        shown_at_end = Dialog() != nullptr && Dialog()->Visible();
+        percent = Dialog() != nullptr ? Dialog()->lblPercent.Caption() : "";
+      },
+      2);
+  EXPECT_TRUE(shown_at_end);
+  EXPECT_EQ(percent, "100%");
+  EXPECT_EQ(Dialog(), nullptr);
+}
+
 TEST_F(BatchRotationTest, CancelTakesEffectBetweenTwoPhotos) {
   StartWith(10);
   for (int i = 0; i < 10; ++i) {

@@ -216,6 +216,33 @@ TEST_F(RotationTest, AFailedSaveForgetsTheTurnAndLeavesTheFile) {
   EXPECT_EQ(session().gdicPhotoList.Count(), 2);
 }
 
+TEST_F(RotationTest, YesIntoAFolderGoneMeanwhileIsRefusedAndShowsTheFile) {
+  Right();
+  const fs::path moved = photos().parent_path() / "Moved";
+  fs::rename(photos(), moved);
+  Answer(kIdYes);
+  Answer(kIdOk);  // the refusal
+  Answer(kIdOk);  // the photo can't be shown again either
+  user::PickMenu(main().mnuVZoom100);
+  ASSERT_EQ(Messages().size(), 3u);
+  // A folder that can't be written counts as read-only: a new name is
+  // offered, and then refused.
+  EXPECT_TRUE(Messages()[0].ends_with(
+      "' is a read-only file. The File will save with 'IMG1_Fixed(1).JPG'. Do "
+      "you want to save?"));
+  EXPECT_EQ(Messages()[1],
+            "Cannot save IMG1_Fixed(1): Access is denied. \r\n\r\nMake sure "
+            "the disk is "
+            "not full or write-protected \r\nand that the file is not "
+            "currently in use.");
+  EXPECT_EQ(host().MessageBoxes()[1].title, "Quillbay Picture Desk");
+  EXPECT_EQ(Messages()[2], "Unable to display photo");
+  EXPECT_EQ(host().MessageBoxes()[2].style, kMbStop);
+  EXPECT_TRUE(display_->CallsStartingWith("SaveShownPhoto").empty());
+  EXPECT_EQ(WidthOf((moved / "IMG1.jpg").string()), 320);
+  EXPECT_FALSE(session().gbRotationPending);
+}
+
 TEST_F(RotationTest, SaveFromTheMenuAsksNothingForAWritableJpeg) {
   Right();
   const size_t shown = Messages().size();
