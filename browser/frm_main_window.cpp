@@ -110,6 +110,7 @@ frmMainWindow::frmMainWindow(Application& app)
   WireFileOperations();
   WireEditor();
   WireRotation();
+  WireOnlineCommands();
 }
 
 void frmMainWindow::Form_Load() {

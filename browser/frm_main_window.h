@@ -215,6 +215,13 @@ class frmMainWindow : public Form {
   void RearrangeControls();
   void RearrangecontrolsafterDelete();
 
+  // --- the online actions (online_commands.cpp) -----------------------------
+  // Checks the selection and the site settings of the action in
+  // giCurrentOperation and shows the login form or the connection window.
+  void ConnectToSite();
+  // Empties the selection and takes every thumbnail's tick off.
+  void ClearSelectionMarks();
+
   // The default zoom mode: the first letter of ZoomSettings.
   const std::string& DefaultZoomMode() const { return msZoomMode; }
   const KeyedCollection<std::string>& RecentFolders() const {
@@ -366,6 +373,11 @@ class frmMainWindow : public Form {
   // After the photo on display went: selects the nearest photo, looking at
   // higher indexes first; false when the list is empty.
   bool SelectPhotoAfterDelete(int deleted);
+  // The online actions (online_commands.cpp): the upload, share and order
+  // buttons and menu entries, and the service's home page.
+  void WireOnlineCommands();
+  void OnlineCommand(int operation);
+
   // Declares the m-fields below by name, for the driver and the tests.
   void DeclareFields();
 

@@ -3,6 +3,7 @@
 #include "core/help.h"
 #include "core/settings.h"
 #include "platform/forms/runtime_error.h"
+#include "platform/internet_check.h"
 
 #include <cctype>
 #include <string_view>
@@ -75,6 +76,21 @@ std::string Application::PrepareService(const std::string& address,
     host_->DoEvents();
     return true;
   });
+}
+
+bool Application::CheckInternetConnection() {
+  const std::string address =
+      TrimSpaces(ReadSetting(*services_.settings, kRootKey, "URL"));
+  if (address.size() < 2) {
+    return true;
+  }
+  if (!PrepareService(address).empty()) {
+    return false;
+  }
+  if (services_.internet_check) {
+    return services_.internet_check(address);
+  }
+  return qbpd::CheckInternetConnection(address);
 }
 
 bool Application::PrevInstance() {

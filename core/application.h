@@ -21,6 +21,8 @@
 
 namespace qbpd {
 
+class ctlExtAPI;  // NOLINT(readability-identifier-naming)
+
 // The services of the platform that the program uses, made by whoever makes
 // the application: real ones in the programs, fakes in tests.
 struct PlatformServices {
@@ -52,6 +54,13 @@ struct PlatformServices {
   std::unique_ptr<ServiceConnection> service;
   // Makes the network transport under ServiceTransport; none is libcurl.
   std::function<std::unique_ptr<HttpTransport>()> make_transport;
+  // Makes the service client of an online form (a scripted double in tests
+  // and scripts); none gives the real client over ServiceTransport (see
+  // online/client_factory.h).
+  std::function<std::unique_ptr<ctlExtAPI>()> make_client;
+  // CheckInternetConnection: whether the service at an address can be
+  // reached now; none asks the network (platform/internet_check.h).
+  std::function<bool(const std::string& address)> internet_check;
 };
 
 // One run of the program: the host it talks to, the platform services, the
@@ -99,6 +108,18 @@ class Application {
   // a start is waited for.
   std::string PrepareService(const std::string& address,
                              ServiceNeed need = ServiceNeed::kStart);
+
+  // The maker of the online forms' service clients that the run was given;
+  // empty when the run uses the real client.
+  const std::function<std::unique_ptr<ctlExtAPI>()>& ClientMaker() const {
+    return services_.make_client;
+  }
+  // CheckInternetConnection: true when the service at the site setting
+  // (`URL`) can be used and reached now. The service is prepared first (this
+  // user's reference service starts when an online command first needs it).
+  // Without a site setting there is nothing to ask and the answer is true,
+  // so that the command goes on to say what is missing.
+  bool CheckInternetConnection();
 
   // App.PrevInstance: whether another instance of the program runs. The
   // first call decides, and makes this process the running instance when

@@ -87,6 +87,36 @@ class Session {
   std::string gsUserEmail;
   std::string gsAlbumId;
   std::string gsAccountStatus;
+  // The connection, the login and the upload road (online/).
+  std::string gsSiteUrl;
+  std::string gsSiteAddress;
+  // The password in plain text for this run only; never written anywhere
+  // but scrambled into the settings when the user asks to be remembered.
+  std::string gsUserPassword;
+  std::string gsPrevUserEmail;
+  std::string gsPrevPassword;
+  std::string gsUserCode;
+  std::string gsAlbumName;
+  std::string gsLoginOrigin;
+  std::string gsShareRecipients;
+  std::string gsShareAccess;
+  std::string gsCouponCode;
+  std::string gsOrderId;
+  bool gbUserCancelled = false;
+  bool gbRememberLogin = false;
+  // The album list: row 0 the ids, row 1 the names; ("", "") for none.
+  std::vector<std::vector<std::string>> gasAlbums;
+  // The upload's photos: photo index to path (upload), and the paths of
+  // every action's run.
+  PhotoDictionary gdicAlbumPhotos;
+  KeyedCollection<std::string> gcolOrderPhotos;
+  // Share recipients; after a share the accepted ones.
+  std::vector<std::string> gasShareEmails;
+  // The upload engine.
+  int giUploadedCount = 0;
+  int giUploadTotal = 0;
+  bool gbFileMissing = false;
+  bool gbUploadCancelled = false;
 
   // Reads a value by name. "gdicPhotoList.Count" gives a dictionary's size and
   // "gdicPhotoList(3)" its item of key 3. An unknown name is a RuntimeError.

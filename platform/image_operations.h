@@ -73,6 +73,18 @@ class ImageOperations {
     return 0;
   }
 
+  // Converts the photo `source` (any kind the library reads: PNG, TIFF,
+  // BMP, JPEG) to a JPEG file at `target`, at its full size with no resizing,
+  // its EXIF orientation applied, quality 92. The target appears whole or not
+  // at all; the source is only read. Returns 1 on success, 0 on failure. A
+  // library without conversion fails every time.
+  virtual int SaveImageAsJPEG(const std::string& source,
+                              const std::string& target) {
+    (void)source;
+    (void)target;
+    return 0;
+  }
+
   // Drops the cached thumbnails of one photo; 1 when something was removed.
   virtual int DeleteThumbnailFile(const std::string& source) = 0;
   // Drops the cached thumbnails of every photo directly in `folder`; 1 when

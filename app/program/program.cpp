@@ -6,6 +6,7 @@
 #include "core/frm_splash.h"
 #include "core/settings.h"
 #include "editor/frm_rotate.h"
+#include "online/online_forms.h"
 #include "platform/display_model.h"
 #include "platform/local_service.h"
 
@@ -25,6 +26,7 @@ void RegisterProgram(Application& app) {
       [a] { return std::make_unique<frmAboutUs>(*a); });
   app.forms().Register<frmRotate>(
       [a] { return std::make_unique<frmRotate>(*a); });
+  RegisterOnlineForms(app);
   app.SetEntryForm("frmSplash");
 }
 

@@ -1,0 +1,29 @@
+#include "online/online_forms.h"
+
+#include "core/application.h"
+#include "online/frm_login.h"
+#include "online/frm_net_conn.h"
+#include "online/frm_upload_album_infm.h"
+#include "online/frm_upload_congrats.h"
+#include "online/frm_upload_imgs.h"
+#include "online/frm_web_content.h"
+
+namespace qbpd {
+
+void RegisterOnlineForms(Application& app) {
+  Application* a = &app;
+  app.forms().Register<frmLogin>(
+      [a] { return std::make_unique<frmLogin>(*a); });
+  app.forms().Register<frmNetConn>(
+      [a] { return std::make_unique<frmNetConn>(*a); });
+  app.forms().Register<frmUploadAlbumInfm>(
+      [a] { return std::make_unique<frmUploadAlbumInfm>(*a); });
+  app.forms().Register<frmUploadImgs>(
+      [a] { return std::make_unique<frmUploadImgs>(*a); });
+  app.forms().Register<frmUploadCongrats>(
+      [a] { return std::make_unique<frmUploadCongrats>(*a); });
+  app.forms().Register<frmWebContent>(
+      [a] { return std::make_unique<frmWebContent>(*a); });
+}
+
+}  // namespace qbpd
