@@ -90,13 +90,14 @@ void frmNetConn::Form_Activate() {
   const bool ok =
       ExtAPI_->LoginUser(s.gsSiteUrl, s.gsUserEmail, s.gsUserPassword, session,
                          msErrCode, msErrText);
-  if (mbCancelPending) {
-    // The timer closes the window once the client has settled its cancel.
-    return;
-  }
   if (ok) {
     s.gsPrevUserEmail = s.gsUserEmail;
     s.gsPrevPassword = s.gsUserPassword;
+    if (mbCancelPending) {
+      mbFinished = true;
+      Unload();
+      return;
+    }
     s.gsAuthCode = session.size() > 0 ? session[0] : std::string();
     s.gsUserCode = session.size() > 1 ? session[1] : std::string();
     SettingsStore& settings = app_.settings();
@@ -111,6 +112,11 @@ void frmNetConn::Form_Activate() {
     if (!mbCancelPending) {
       StartOnlineWorker();
     }
+    return;
+  }
+  if (mbCancelPending) {
+    // A cancelled login ends quietly: the timer closes the window once the
+    // client has settled its cancel.
     return;
   }
   mbFinished = true;

@@ -97,6 +97,9 @@ Step Runner::ParseExpect(const std::vector<Token>& t) {
   if (what == "launched") {
     return ParseExpectLaunched(t);
   }
+  if (what == "service") {
+    return ParseExpectService(t);
+  }
   if (what == "form") {
     Require(t, 4, "expect form FORM shown|modal|hidden|loaded|gone");
     std::string form = t[2].text;

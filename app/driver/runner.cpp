@@ -1,5 +1,6 @@
 #include "app/driver/runner.h"
 
+#include "online/scripted_service_client.h"
 #include "platform/forms/controls.h"
 #include "platform/forms/runtime_error.h"
 #include "platform/forms/scripted_host.h"
@@ -77,11 +78,13 @@ Runner::Runner(const ScriptOptions& options,
         Report("launcher opens " + Quote(target) +
                (result.ok ? "" : ", which fails: " + result.error));
       });
+  WireService(services);
   app_ = std::make_unique<Application>(std::move(host), std::move(services),
                                        catalog);
   host_->SetIdleHook([this] {
     app_->PollInstanceRequests();
     app_->forms().CollectGarbage();
+    ReportServiceCalls();
   });
   host_->SetTranscript([this](const std::string& line) { Report(line); });
 }
@@ -312,7 +315,7 @@ Step Runner::ParseStep(std::vector<Token> t) {
   }
   for (auto parse : {&Runner::ParseProgramStep, &Runner::ParseInputStep,
                      &Runner::ParseMouseStep, &Runner::ParseAnswerStep,
-                     &Runner::ParseFileStep}) {
+                     &Runner::ParseFileStep, &Runner::ParseServiceStep}) {
     if (std::optional<Step> step = (this->*parse)(t)) {
       return std::move(*step);
     }

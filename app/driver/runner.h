@@ -20,6 +20,7 @@ namespace qbpd {
 class Control;
 class Menu;
 class ScriptedHost;
+class ScriptedServiceClient;
 
 namespace script {
 
@@ -73,6 +74,14 @@ class Runner {
   std::optional<Step> ParseAnswerStep(const std::vector<Token>& t);
   std::optional<Step> ParseMouseStep(const std::vector<Token>& t);
   std::optional<Step> ParseFileStep(const std::vector<Token>& t);
+  // The online service of the run (service_steps.cpp): the scripted double
+  // and its answers, or the real service on a free port.
+  std::optional<Step> ParseServiceStep(const std::vector<Token>& t);
+  Step ParseExpectService(const std::vector<Token>& t);
+  // Wires the run's service client and connection check (constructor).
+  void WireService(PlatformServices& services);
+  // Prints the double's calls made since the last report.
+  void ReportServiceCalls();
   Step ParseExpect(const std::vector<Token>& t);
   Step ParseExpectMessage(const std::vector<Token>& t);
   Step ParseExpectImage(const std::vector<Token>& t);
@@ -87,6 +96,11 @@ class Runner {
   std::map<std::string, std::string> variables_;
   int current_line_ = 0;
   int steps_run_ = 0;
+  // The scripted double, used once the script says `service double`.
+  std::unique_ptr<ScriptedServiceClient> double_;
+  bool use_double_ = false;
+  bool connection_up_ = true;
+  size_t calls_reported_ = 0;
 };
 
 // Compares a value as an expectation does; a HostAbort names both values.

@@ -42,11 +42,13 @@ void OnlineTest::Start() {
   auto launcher = MakeRecordingLauncher();
   launcher_ = launcher.get();
   services.launcher = std::move(launcher);
-  services.make_client = [this] { return ForwardTo(*client_); };
-  services.internet_check = [this](const std::string&) {
-    ++internet_checks_;
-    return internet_;
-  };
+  if (!real_client_) {
+    services.make_client = [this] { return ForwardTo(*client_); };
+    services.internet_check = [this](const std::string&) {
+      ++internet_checks_;
+      return internet_;
+    };
+  }
   SettingsStore& store = *services.settings;
   auto write = [&store](std::string_view key, std::string_view name,
                         std::string_view value) {
@@ -57,8 +59,8 @@ void OnlineTest::Start() {
   write(kDisplayKey, "ZoomSettings", "FitToWidth");
   write(kDisplayKey, "NoOfRecentFolders", "5");
   write(kRootKey, "Version", "1.0.0");
-  write(kRootKey, "URL", kSite);
-  write(kRootKey, "IP", kAddress);
+  write(kRootKey, "URL", site_);
+  write(kRootKey, "IP", address_);
   write(kSettingsKey, "AutoLogin", "False");
   auto host = std::make_unique<ScriptedHost>();
   host_ = host.get();
@@ -76,8 +78,13 @@ void OnlineTest::Start() {
 }
 
 void OnlineTest::Select(int count) {
-  for (int i = 0; i < count; ++i) {
-    user::SetCheck(main().ctrlQuilImage[i], true);
+  if (count == session().gdicPhotoList.Count()) {
+    // Every photo, also those whose thumbnails are not loaded yet.
+    user::Click(main().imgSelectAll);
+  } else {
+    for (int i = 0; i < count; ++i) {
+      user::SetCheck(main().ctrlQuilImage[i], true);
+    }
   }
   ASSERT_EQ(session().gdicSelectedPhotos.Count(), count);
 }

@@ -99,6 +99,11 @@ class OnlineTest : public ::testing::Test {
 
   bool internet_ = true;
   int internet_checks_ = 0;
+  // The service the run talks to; with `real_client_` the online forms use
+  // the real client and the real connection check against it.
+  std::string site_ = kSite;
+  std::string address_ = kAddress;
+  bool real_client_ = false;
 
  private:
   testing::TempDir dir_;

@@ -30,7 +30,9 @@
 #include <QSvgRenderer>
 #include <QTabBar>
 #include <QTextBlock>
+#include <QTextBrowser>
 #include <QTimer>
+#include <QUrl>
 #include <QWheelEvent>
 
 #include <algorithm>
@@ -926,24 +928,42 @@ class LineWidget : public GenericWidget {
   long color_ = 0;
 };
 
+// The program's own local pages, rendered: a local file (a path or a
+// file: address) is shown as HTML with its pictures and style sheet; the
+// program never points this view at the network, so any other address is
+// shown as text, and an empty one clears the view. Links between local
+// pages are followed inside the view.
 class WebViewWidget : public GenericWidget {
  public:
   WebViewWidget(WebView& control, QWidget* parent, FormWindow& window)
       : GenericWidget(control, window), view_(control) {
-    auto* w = new QLabel(parent);
-    w->setTextFormat(Qt::PlainText);
-    w->setAlignment(Qt::AlignCenter);
-    w->setWordWrap(true);
-    w->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    auto* w = new QTextBrowser(parent);
+    w->setOpenExternalLinks(false);
     Attach(w, /*passive=*/true);
   }
   void Sync() override {
-    static_cast<QLabel*>(widget_.data())
-        ->setText(QString::fromStdString(view_.LocationURL()));
+    const std::string& location = view_.LocationURL();
+    if (location == shown_) {
+      return;
+    }
+    shown_ = location;
+    auto* browser = static_cast<QTextBrowser*>(widget_.data());
+    QUrl url = QUrl(QString::fromStdString(location));
+    if (!location.empty() && location.front() == '/') {
+      url = QUrl::fromLocalFile(QString::fromStdString(location));
+    }
+    if (location.empty()) {
+      browser->clear();
+    } else if (url.isLocalFile() && QFileInfo(url.toLocalFile()).isFile()) {
+      browser->setSource(url, QTextDocument::HtmlResource);
+    } else {
+      browser->setPlainText(QString::fromStdString(location));
+    }
   }
 
  private:
   WebView& view_;
+  std::string shown_;
 };
 
 // Plays its photos in turn while Playing, each fitted to the widget.
