@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <chrono>
 #include <cmath>
 #include <filesystem>
 
@@ -181,11 +182,52 @@ std::string frmUploadImgs::FileToSend(const std::string& photo) {
   }
   const std::string copy =
       app_.session().gsTempLoc + fs::path(photo).stem().string() + ".jpg";
+  if (mNext && mNext->photo == photo) {
+    SettlePrefetch();
+    if (FileExists(copy)) {
+      return copy;
+    }
+  }
   mCopies.insert(copy);
   std::error_code error;
   fs::remove(copy, error);
   (void)app_.images().SaveImageAsJPEG(photo, copy);
   return copy;
+}
+
+void frmUploadImgs::PrefetchCopy(int n, const std::string& current) {
+  const Session& s = app_.session();
+  if (mNext || n > s.giUploadTotal) {
+    return;
+  }
+  const std::string photo = s.gcolOrderPhotos.Item(n);
+  if (photo.empty() || IsJpegName(photo) || !FileExists(photo)) {
+    return;
+  }
+  const std::string copy =
+      s.gsTempLoc + fs::path(photo).stem().string() + ".jpg";
+  if (copy == current) {
+    return;  // the current photo's own copy, still being sent
+  }
+  mCopies.insert(copy);
+  std::error_code error;
+  fs::remove(copy, error);
+  ImageOperations* images = &app_.images();
+  mNext = Prefetch{photo, copy,
+                   std::async(std::launch::async, [images, photo, copy] {
+                     return images->SaveImageAsJPEG(photo, copy);
+                   })};
+}
+
+void frmUploadImgs::SettlePrefetch() {
+  if (!mNext) {
+    return;
+  }
+  using namespace std::chrono_literals;
+  while (mNext->made.wait_for(10ms) != std::future_status::ready) {
+    host().DoEvents();
+  }
+  mNext.reset();
 }
 
 void frmUploadImgs::ShowPhotoInWork(const std::string& file) {
@@ -246,6 +288,10 @@ void frmUploadImgs::RunUpload() {
       break;
     }
     const std::string file = FileToSend(photo);
+    if (IsUnloaded()) {
+      RemoveCopies();
+      return;
+    }
     ShowPhotoInWork(file);
     lblProgress.SetCaption(std::to_string(s.giUploadedCount + 1) + " of " +
                            std::to_string(s.giUploadTotal));
@@ -257,6 +303,7 @@ void frmUploadImgs::RunUpload() {
     }
     const std::string url = UploadUrl(s.gsSiteAddress, s.gsAuthCode,
                                       s.gsAlbumId, s.gsAlbumName, tag, file);
+    PrefetchCopy(n + 1, file);
     msErrCode.clear();
     msErrText.clear();
     std::string album_id, image_id;
@@ -565,6 +612,10 @@ void frmUploadImgs::Form_Unload(int& Cancel) {
 }
 
 void frmUploadImgs::RemoveCopies() {
+  if (mNext) {
+    mNext->made.wait();
+    mNext.reset();
+  }
   for (const std::string& copy : mCopies) {
     std::error_code error;
     fs::remove(copy, error);

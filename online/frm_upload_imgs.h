@@ -6,7 +6,9 @@
 #include "platform/forms/controls.h"
 #include "platform/forms/form.h"
 
+#include <future>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -97,6 +99,21 @@ class frmUploadImgs : public Form {
   std::string msErrText;
   // The JPEG copies made in this run; removed when it ends.
   std::set<std::string> mCopies;
+  // The next photo's JPEG copy, made ahead on another core while the
+  // current photo is sent. Nothing the engine can see changes: the copy is
+  // a file only the engine reads, and it is thrown away with the run.
+  struct Prefetch {
+    std::string photo;
+    std::string copy;
+    std::future<int> made;
+  };
+  std::optional<Prefetch> mNext;
+  // Starts the copy of photo `n` ahead, when it needs one that doesn't share
+  // its name with `current`.
+  void PrefetchCopy(int n, const std::string& current);
+  // Waits for the copy made ahead, if any, keeping the window's events
+  // turning.
+  void SettlePrefetch();
   // The paths that reached the service, in this run.
   std::vector<std::string> mSent;
   // Order only: the service's image id to photo number (gdicOrderIndex).

@@ -163,6 +163,45 @@ TEST_F(UploadRoad, APngAndABmpGoAsJpegCopiesThatAreRemovedAfterwards) {
   EXPECT_TRUE(fs::exists(photos() / "scan.bmp"));
 }
 
+TEST_F(UploadRoad, PngsInARowAreConvertedAheadAndAllCopiesGoAtTheEnd) {
+  for (const char* name : {"a.png", "b.png", "c.png"}) {
+    vips::VImage::black(40, 30, vips::VImage::option()->set("bands", 3))
+        .linear(1.0, 60)
+        .cast(VIPS_FORMAT_UCHAR)
+        .pngsave((photos() / name).c_str());
+  }
+  Start();
+  Select(3);
+  StoreLogin("ann@example.com", "secret", "True");
+  client().Queue(LoginOk());
+  client().Queue(Albums({""}, {""}));
+  UploadFileReply slow = Sent("A1", "I");
+  slow.wait_ms = 50;
+  client().SetDefault(slow);
+  client().SetDefault(Albums({"A1"}, {"x"}));
+  QueueClick("frmMainWindow", "imgUpload");
+  QueueClick("frmUploadAlbumInfm", "imgContinue");
+  // While the first copy goes, it is a whole JPEG in the temp folder.
+  QueueInside(
+      "look",
+      [this] {
+        const std::string copy = session().gsTempLoc + "a.jpg";
+        const std::string bytes = testing::ReadFile(copy);
+        ASSERT_GT(bytes.size(), 2u);
+        EXPECT_EQ(bytes.substr(0, 2), "\xFF\xD8");
+      },
+      /*skip=*/2);
+  QueueClick("frmUploadCongrats", "imgOK");
+  Run();
+  std::vector<std::string> files;
+  for (const RecordedCall& call : Uploads()) {
+    files.push_back(fs::path(call.Input("filePath")).filename().string());
+  }
+  EXPECT_EQ(files, (std::vector<std::string>{"a.jpg", "b.jpg", "c.jpg"}));
+  EXPECT_EQ(session().giUploadedCount, 3);
+  EXPECT_TRUE(CopiesIn(session().gsTempLoc).empty());
+}
+
 TEST_F(UploadRoad, AnExistingAlbumGivesItsIdAndItsShortenedName) {
   const std::string long_name(60, 'n');
   ReachAlbumForm(1, Albums({"11", "22"}, {"Short", long_name}));
