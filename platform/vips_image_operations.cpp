@@ -434,7 +434,7 @@ class VipsImageOperations final : public ImageOperations {
         return std::nullopt;
       }
       const char* nickname = vips_nickname_find(g_type_from_name(loader));
-      const char* expected = ExpectedLoader(kind);
+      const char* expected = SourceLoaderFor(kind);
       if (nickname == nullptr || expected == nullptr ||
           std::string_view(nickname) != expected) {
         return std::nullopt;
