@@ -104,6 +104,7 @@ frmMainWindow::frmMainWindow(Application& app)
   WireViewerKeys();
   mnuHHelp.SetContainer("mnuHelp");
   WireCommands();
+  WirePresentationCommands();
   On("mnuHHelp", "Click", &frmMainWindow::mnuHHelp_Click);
   SetHelpContextID(kHelpBrowsing);
   SetKeyPreview(true);

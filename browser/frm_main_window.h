@@ -222,6 +222,13 @@ class frmMainWindow : public Form {
   // Empties the selection and takes every thumbnail's tick off.
   void ClearSelectionMarks();
 
+  // --- the presentation's commands (presentation_commands.cpp): photo
+  // information, the slide show and Full Screen, the wallpaper ------------
+  void WirePresentationCommands();
+  // The end of a slide show: clicks the thumbnail of photo `index`, as a
+  // person would, so that the photo shows on the main window.
+  void ShowPhotoAfterSlideShow(int index) { ClickThumbnail(index); }
+
   // The default zoom mode: the first letter of ZoomSettings.
   const std::string& DefaultZoomMode() const { return msZoomMode; }
   const KeyedCollection<std::string>& RecentFolders() const {

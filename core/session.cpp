@@ -23,6 +23,7 @@ Session::Session() {
   Declare("gsPrefKey", gsPrefKey);
   Declare("gbExplorerTimerOn", gbExplorerTimerOn);
   Declare("giCurrentOperation", giCurrentOperation);
+  Declare("gsSlideShowMode", gsSlideShowMode);
   Declare("gsShareSubject", gsShareSubject);
   Declare("gsShareMessage", gsShareMessage);
   Declare("gsSelectedFolder", gsSelectedFolder);

@@ -46,6 +46,8 @@ class Session {
   std::string gsPrefKey;
   bool gbExplorerTimerOn = false;
   int giCurrentOperation = 0;
+  // "S" for a slide show, "F" for Full Screen.
+  std::string gsSlideShowMode;
   std::string gsShareSubject;
   std::string gsShareMessage;
   // The branded pictures and texts; made by the splash, released at exit.

@@ -1,6 +1,8 @@
 #ifndef QBPD_PLATFORM_IMAGE_OPERATIONS_H_
 #define QBPD_PLATFORM_IMAGE_OPERATIONS_H_
 
+#include "platform/camera_facts.h"
+
 #include <memory>
 #include <string>
 
@@ -84,6 +86,14 @@ class ImageOperations {
     (void)target;
     return 0;
   }
+
+  // --- photo information and the wallpaper's bitmap (image_measures.cpp) ---
+  // Bits per pixel and number of colours of an image file (see ImageHeader
+  // in image_header.h), read from its header alone; 0 when it can't be read.
+  virtual int GetBitRate(const std::string& path);
+  virtual int GetNoOfColors(const std::string& path);
+  // The camera facts in a photo's EXIF data; none when it has none.
+  virtual CameraFacts GetCameraFacts(const std::string& path);
 
   // Drops the cached thumbnails of one photo; 1 when something was removed.
   virtual int DeleteThumbnailFile(const std::string& source) = 0;

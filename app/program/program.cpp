@@ -9,6 +9,7 @@
 #include "online/online_forms.h"
 #include "platform/display_model.h"
 #include "platform/local_service.h"
+#include "presentation/frm_photo_info.h"
 
 #include <cstdio>
 
@@ -27,6 +28,8 @@ void RegisterProgram(Application& app) {
   app.forms().Register<frmRotate>(
       [a] { return std::make_unique<frmRotate>(*a); });
   RegisterOnlineForms(app);
+  app.forms().Register<frmPhotoInfo>(
+      [a] { return std::make_unique<frmPhotoInfo>(*a); });
   app.SetEntryForm("frmSplash");
 }
 
