@@ -23,6 +23,9 @@ Application::Application(std::unique_ptr<Host> host,
   if (!services_.launcher) {
     services_.launcher = MakeRecordingLauncher();
   }
+  if (!services_.wallpaper) {
+    services_.wallpaper = MakeDesktopWallpaper(nullptr, {});
+  }
   // F1 on any form opens the help at that form's topic. A help that can't
   // be opened is, like any unplanned failure, not shown to the user.
   forms_.SetHelpHandler([this](Form& form, int context) {

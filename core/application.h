@@ -13,6 +13,7 @@
 #include "platform/places.h"
 #include "platform/settings_store.h"
 #include "platform/single_instance.h"
+#include "platform/wallpaper.h"
 
 #include <functional>
 #include <memory>
@@ -52,6 +53,9 @@ struct PlatformServices {
   // first needs it and refuses another user's. None uses every address as
   // it stands.
   std::unique_ptr<ServiceConnection> service;
+  // Sets the desktop's wallpaper; none knows no desktop, and every change
+  // fails.
+  std::unique_ptr<Wallpaper> wallpaper;
   // Makes the network transport under ServiceTransport; none is libcurl.
   std::function<std::unique_ptr<HttpTransport>()> make_transport;
   // Makes the service client of an online form (a scripted double in tests
@@ -89,6 +93,7 @@ class Application {
   const std::string& resources_folder() const { return services_.resources; }
   // Opens help pages and the service's pages in the user's programs.
   Launcher& launcher() { return *services_.launcher; }
+  Wallpaper& wallpaper() { return *services_.wallpaper; }
   // A new picture model for a photo view; null when the run has none.
   std::shared_ptr<DisplayControl> NewDisplayControl() const {
     return services_.make_display ? services_.make_display() : nullptr;

@@ -1,3 +1,4 @@
+#include "platform/bitmap_save.h"
 #include "platform/image_header.h"
 #include "platform/image_operations.h"
 
@@ -15,6 +16,11 @@ int ImageOperations::GetNoOfColors(const std::string& path) {
 
 CameraFacts ImageOperations::GetCameraFacts(const std::string& path) {
   return ReadCameraFacts(path);
+}
+
+int ImageOperations::SaveImageAsBMP(const std::string& source,
+                                    const std::string& target) {
+  return SaveUprightBitmap(source, target) ? 1 : 0;
 }
 
 }  // namespace qbpd

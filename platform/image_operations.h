@@ -94,6 +94,11 @@ class ImageOperations {
   virtual int GetNoOfColors(const std::string& path);
   // The camera facts in a photo's EXIF data; none when it has none.
   virtual CameraFacts GetCameraFacts(const std::string& path);
+  // Writes `source` (JPEG, PNG, TIFF or bitmap) as an upright 24-bit bitmap
+  // at `target`, replaced atomically (see SaveUprightBitmap in
+  // bitmap_save.h). 1 on success, 0 on failure.
+  virtual int SaveImageAsBMP(const std::string& source,
+                             const std::string& target);
 
   // Drops the cached thumbnails of one photo; 1 when something was removed.
   virtual int DeleteThumbnailFile(const std::string& source) = 0;

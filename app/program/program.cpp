@@ -9,7 +9,10 @@
 #include "online/online_forms.h"
 #include "platform/display_model.h"
 #include "platform/local_service.h"
+#include "platform/wallpaper.h"
 #include "presentation/frm_photo_info.h"
+#include "presentation/frm_slide_show.h"
+#include "presentation/frm_wallpaper.h"
 
 #include <cstdio>
 
@@ -30,6 +33,10 @@ void RegisterProgram(Application& app) {
   RegisterOnlineForms(app);
   app.forms().Register<frmPhotoInfo>(
       [a] { return std::make_unique<frmPhotoInfo>(*a); });
+  app.forms().Register<frmSlideShow>(
+      [a] { return std::make_unique<frmSlideShow>(*a); });
+  app.forms().Register<frmWallpaper>(
+      [a] { return std::make_unique<frmWallpaper>(*a); });
   app.SetEntryForm("frmSplash");
 }
 
@@ -64,6 +71,8 @@ PlatformServices MakePlatformServices(std::unique_ptr<SettingsStore> settings,
     services.default_settings = services.resources + "/default-settings.ini";
   }
   services.launcher = MakeXdgLauncher();
+  services.wallpaper =
+      MakeDesktopWallpaper(MakeSpawnRunner(), ProcessEnvironment());
   services.make_display = [] { return MakeVipsDisplayControl(); };
   return services;
 }

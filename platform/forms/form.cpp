@@ -277,6 +277,9 @@ Value Form::Property(std::string_view name) const {
   if (name == "KeyPreview") {
     return key_preview_;
   }
+  if (name == "BorderStyle") {
+    return border_style_;
+  }
   if (name == "HelpContextID") {
     return help_context_id_;
   }
@@ -304,6 +307,8 @@ void Form::SetProperty(std::string_view name, const Value& v) {
     SetEnabled(v.ToBool());
   } else if (name == "KeyPreview") {
     SetKeyPreview(v.ToBool());
+  } else if (name == "BorderStyle") {
+    SetBorderStyle(static_cast<int>(v.ToLong()));
   } else if (name == "HelpContextID") {
     SetHelpContextID(static_cast<int>(v.ToLong()));
   } else if (name == "Visible") {

@@ -123,6 +123,10 @@ class Form {
   void SetWindowState(int v);
   bool Enabled() const { return enabled_; }
   void SetEnabled(bool v);
+  // The window's border: 2 (sizable, the default) or 0 (none). A form with
+  // no border shown maximised covers the whole screen.
+  int BorderStyle() const { return border_style_; }
+  void SetBorderStyle(int v) { border_style_ = v; }
   // With KeyPreview the form sees every key before its controls do.
   bool KeyPreview() const { return key_preview_; }
   void SetKeyPreview(bool v) { key_preview_ = v; }
@@ -133,7 +137,8 @@ class Form {
   unsigned long long revision() const { return revision_; }
 
   // Reflection on the form's own properties (Caption, Left, Top, Width,
-  // Height, WindowState, Visible, Enabled, KeyPreview, HelpContextID).
+  // Height, WindowState, BorderStyle, Visible, Enabled, KeyPreview,
+  // HelpContextID).
   Value Property(std::string_view name) const;
   void SetProperty(std::string_view name, const Value& v);
 
@@ -205,6 +210,7 @@ class Form {
   int window_state_ = kWindowNormal;
   bool enabled_ = true;
   bool key_preview_ = false;
+  int border_style_ = 2;
   int help_context_id_ = 0;
   bool loaded_ = false;
   bool unloaded_ = false;

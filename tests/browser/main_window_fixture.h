@@ -65,6 +65,7 @@ class MainWindowTest : public ::testing::Test {
     services.images = MakeVipsImageOperations((dir_ / "cache" / "t").string());
     services.make_display = [] { return MakeVipsDisplayControl(); };
     services.resources = FindResourcesFolder(services.places);
+    services.wallpaper = std::move(wallpaper_);
     auto launcher = MakeRecordingLauncher();
     launcher_ = launcher.get();
     services.launcher = std::move(launcher);
@@ -117,6 +118,8 @@ class MainWindowTest : public ::testing::Test {
   // Further settings the program starts with: key, name, value.
   std::vector<std::tuple<std::string, std::string, std::string>>
       extra_settings_;
+  // The desktop's wallpaper the program starts with; none knows no desktop.
+  std::unique_ptr<Wallpaper> wallpaper_;
   // What the program asked the desktop to open (help pages, web pages).
   RecordingLauncher* launcher_ = nullptr;
 

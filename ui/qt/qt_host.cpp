@@ -212,11 +212,18 @@ void QtHost::ShowForm(Form& form, bool modal) {
   QPointer<FormWindow> guarded(window);
   // A form shown modally is a dialog: a title and a close box, no buttons to
   // minimise or maximise it.
+  // A form without a border shown maximised covers the screen (the slide
+  // show).
+  const bool full_screen =
+      form.BorderStyle() == 0 && form.WindowState() == kWindowMaximized;
   const Qt::WindowFlags flags =
-      modal ? Qt::WindowFlags(Qt::Dialog | Qt::CustomizeWindowHint |
-                              Qt::WindowTitleHint | Qt::WindowCloseButtonHint)
-            : Qt::WindowFlags(Qt::Window);
-  if (window->windowType() != (flags & Qt::WindowType_Mask)) {
+      full_screen ? Qt::WindowFlags(Qt::Window | Qt::FramelessWindowHint)
+      : modal     ? Qt::WindowFlags(Qt::Dialog | Qt::CustomizeWindowHint |
+                                    Qt::WindowTitleHint | Qt::WindowCloseButtonHint)
+                  : Qt::WindowFlags(Qt::Window);
+  if (window->windowType() != (flags & Qt::WindowType_Mask) ||
+      (full_screen &&
+       !window->windowFlags().testFlag(Qt::FramelessWindowHint))) {
     window->setWindowFlags(flags);
   }
   window->setWindowModality(modal ? Qt::ApplicationModal : Qt::NonModal);
@@ -232,7 +239,9 @@ void QtHost::ShowForm(Form& form, bool modal) {
   if (modal) {
     KeepAboveOwner(*guarded, form);
   }
-  if (form.WindowState() == kWindowMaximized) {
+  if (full_screen) {
+    guarded->showFullScreen();
+  } else if (form.WindowState() == kWindowMaximized) {
     guarded->showMaximized();
   } else if (form.WindowState() == kWindowMinimized) {
     guarded->showMinimized();

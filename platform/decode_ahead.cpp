@@ -1,0 +1,264 @@
+#include "platform/decode_ahead.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <mutex>
+#include <sys/stat.h>
+#include <thread>
+#include <utility>
+
+namespace qbpd {
+namespace {
+
+// What tells a file apart from the one that was decoded.
+struct FileStamp {
+  dev_t device = 0;
+  ino_t inode = 0;
+  off_t size = -1;
+  std::int64_t modified_ns = 0;
+  bool operator==(const FileStamp&) const = default;
+};
+
+FileStamp StampOf(const std::string& path) {
+  FileStamp stamp;
+  struct stat info {};
+  if (::stat(path.c_str(), &info) == 0) {
+    stamp.device = info.st_dev;
+    stamp.inode = info.st_ino;
+    stamp.size = info.st_size;
+    stamp.modified_ns =
+        static_cast<std::int64_t>(info.st_mtim.tv_sec) * 1000000000 +
+        info.st_mtim.tv_nsec;
+  }
+  return stamp;
+}
+
+struct Decoded {
+  std::shared_ptr<DisplayControl> model;
+  FileStamp stamp;
+};
+
+class DecodeAheadModel final : public DecodeAheadDisplay {
+ public:
+  DecodeAheadModel(std::function<std::shared_ptr<DisplayControl>()> make,
+                   std::shared_ptr<DisplayControl> first)
+      : make_(std::move(make)), current_(std::move(first)) {}
+
+  ~DecodeAheadModel() override {
+    {
+      std::lock_guard lock(mutex_);
+      stopping_ = true;
+      queue_.clear();
+    }
+    changed_.notify_all();
+    if (worker_.joinable()) {
+      worker_.join();
+    }
+  }
+
+  void DecodeAhead(std::vector<std::string> paths) override {
+    {
+      std::lock_guard lock(mutex_);
+      queue_.clear();
+      for (auto it = ready_.begin(); it != ready_.end();) {
+        if (std::find(paths.begin(), paths.end(), it->first) == paths.end()) {
+          it = ready_.erase(it);
+        } else {
+          ++it;
+        }
+      }
+      for (std::string& path : paths) {
+        if (!path.empty() && ready_.count(path) == 0 && path != working_ &&
+            std::find(queue_.begin(), queue_.end(), path) == queue_.end()) {
+          queue_.push_back(std::move(path));
+        }
+      }
+      wanted_width_ = width_;
+      wanted_height_ = height_;
+      if (!worker_.joinable() && !queue_.empty()) {
+        worker_ = std::thread([this] { Work(); });
+      }
+    }
+    changed_.notify_all();
+  }
+
+  void WaitUntilReady() override {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [this] { return queue_.empty() && working_.empty(); });
+  }
+
+  int LoadsDecodedAhead() const override { return served_; }
+
+  // --- DisplayControl ------------------------------------------------------
+  void SetViewSize(int width_px, int height_px) override {
+    {
+      std::lock_guard lock(mutex_);
+      width_ = width_px;
+      height_ = height_px;
+    }
+    current_->SetViewSize(width_px, height_px);
+  }
+
+  bool LoadPhoto(const std::string& path) override {
+    std::shared_ptr<DisplayControl> ahead = TakeDecoded(path);
+    if (ahead) {
+      ahead->SetViewSize(width_, height_);
+      ahead->SetEventSink(sink_);
+      current_ = std::move(ahead);
+      ++served_;
+      return true;
+    }
+    return current_->LoadPhoto(path);
+  }
+  void Clear() override { current_->Clear(); }
+  bool HasPhoto() const override { return current_->HasPhoto(); }
+  bool ZoomFitToWidth() override { return current_->ZoomFitToWidth(); }
+  bool ZoomTo(int percent) override { return current_->ZoomTo(percent); }
+  int ZoomPercent() const override { return current_->ZoomPercent(); }
+  bool RotateView(int degrees) override {
+    return current_->RotateView(degrees);
+  }
+  int ViewRotation() const override { return current_->ViewRotation(); }
+  int PhotoWidth() const override { return current_->PhotoWidth(); }
+  int PhotoHeight() const override { return current_->PhotoHeight(); }
+  int ShownWidth() const override { return current_->ShownWidth(); }
+  int ShownHeight() const override { return current_->ShownHeight(); }
+  bool Render(int x,
+              int y,
+              int w,
+              int h,
+              std::vector<std::uint8_t>& rgb) override {
+    return current_->Render(x, y, w, h, rgb);
+  }
+  bool ToolMouseDown(double x, double y, int button) override {
+    return current_->ToolMouseDown(x, y, button);
+  }
+  bool ToolMouseMove(double x, double y, int buttons) override {
+    return current_->ToolMouseMove(x, y, buttons);
+  }
+  void ToolMouseUp(double x, double y, int button) override {
+    current_->ToolMouseUp(x, y, button);
+  }
+  void SetEventSink(EventSink sink) override {
+    sink_ = sink;
+    current_->SetEventSink(std::move(sink));
+  }
+  bool SetCropAspect(int aspect_x, int aspect_y) override {
+    return current_->SetCropAspect(aspect_x, aspect_y);
+  }
+  void ClearEdit() override { current_->ClearEdit(); }
+  void BeginRedEye(int mode, int option) override {
+    current_->BeginRedEye(mode, option);
+  }
+  bool ShowCorrected() override { return current_->ShowCorrected(); }
+  void ShowOriginal() override { current_->ShowOriginal(); }
+  int FinishCorrection(bool write, const std::string& path) override {
+    return current_->FinishCorrection(write, path);
+  }
+  bool SaveShownPhoto(const std::string& path) override {
+    return current_->SaveShownPhoto(path);
+  }
+  bool SaveCropped(const std::string& path) override {
+    return current_->SaveCropped(path);
+  }
+  Tool ActiveTool() const override { return current_->ActiveTool(); }
+  bool CropBox(double& x, double& y, double& w, double& h) const override {
+    return current_->CropBox(x, y, w, h);
+  }
+
+ private:
+  // The model decoded ahead for `path`, if it is there and still the file's
+  // picture; waits for it when it is being decoded now.
+  std::shared_ptr<DisplayControl> TakeDecoded(const std::string& path) {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [&] { return working_ != path; });
+    auto it = ready_.find(path);
+    if (it == ready_.end()) {
+      return nullptr;
+    }
+    Decoded decoded = std::move(it->second);
+    ready_.erase(it);
+    lock.unlock();
+    if (!decoded.model || !(decoded.stamp == StampOf(path))) {
+      return nullptr;
+    }
+    return decoded.model;
+  }
+
+  void Work() {
+    std::unique_lock lock(mutex_);
+    while (true) {
+      changed_.wait(lock, [this] { return stopping_ || !queue_.empty(); });
+      if (stopping_) {
+        return;
+      }
+      working_ = queue_.front();
+      queue_.pop_front();
+      const int width = wanted_width_;
+      const int height = wanted_height_;
+      const std::string path = working_;
+      lock.unlock();
+      Decoded decoded = Decode(path, width, height);
+      lock.lock();
+      const bool still_wanted = !stopping_;
+      if (still_wanted) {
+        ready_[path] = std::move(decoded);
+      }
+      working_.clear();
+      changed_.notify_all();
+    }
+  }
+
+  // Loads, fits and renders the view's first screen once, so that the
+  // shown picture is made before it is asked for.
+  Decoded Decode(const std::string& path, int width, int height) {
+    Decoded decoded;
+    decoded.stamp = StampOf(path);
+    std::shared_ptr<DisplayControl> model = make_ ? make_() : nullptr;
+    if (!model) {
+      return decoded;
+    }
+    model->SetViewSize(width, height);
+    if (!model->LoadPhoto(path) || !model->ZoomFitToWidth()) {
+      return decoded;
+    }
+    std::vector<std::uint8_t> rgb;
+    model->Render(0, 0, std::max(1, model->ShownWidth()),
+                  std::max(1, std::min(model->ShownHeight(), height)), rgb);
+    decoded.model = std::move(model);
+    return decoded;
+  }
+
+  std::function<std::shared_ptr<DisplayControl>()> make_;
+  std::shared_ptr<DisplayControl> current_;
+  EventSink sink_;
+  int served_ = 0;
+
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::thread worker_;
+  bool stopping_ = false;
+  std::deque<std::string> queue_;
+  std::string working_;
+  std::map<std::string, Decoded> ready_;
+  int width_ = 0;
+  int height_ = 0;
+  int wanted_width_ = 0;
+  int wanted_height_ = 0;
+};
+
+}  // namespace
+
+std::unique_ptr<DecodeAheadDisplay> MakeDecodeAheadDisplay(
+    std::function<std::shared_ptr<DisplayControl>()> make) {
+  std::shared_ptr<DisplayControl> first = make ? make() : nullptr;
+  if (!first) {
+    return nullptr;
+  }
+  return std::make_unique<DecodeAheadModel>(std::move(make), std::move(first));
+}
+
+}  // namespace qbpd

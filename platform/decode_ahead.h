@@ -1,0 +1,40 @@
+#ifndef QBPD_PLATFORM_DECODE_AHEAD_H_
+#define QBPD_PLATFORM_DECODE_AHEAD_H_
+
+#include "platform/forms/display_control.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace qbpd {
+
+// A photo view model that can decode the photos likely to come next on a
+// thread of its own, so that showing one of them takes no decoding. It
+// behaves as the model it is made over in every observable way: a photo
+// decoded ahead is used only when its file is unchanged (same inode, size
+// and modification time) when it is asked for, and only when it loaded;
+// anything else loads on the spot as the plain model would. Nothing is
+// written; work for photos no longer wanted is thrown away.
+class DecodeAheadDisplay : public DisplayControl {
+ public:
+  // The photos to have ready, most wanted first, fitted to the view's width
+  // at the view size of now. Replaces the previous wish: photos no longer in
+  // it are dropped (one already being decoded finishes and is then
+  // dropped). Returns at once.
+  virtual void DecodeAhead(std::vector<std::string> paths) = 0;
+  // Waits until every wished photo is decoded (for tests and benchmarks).
+  virtual void WaitUntilReady() = 0;
+  // How many loads were served from a photo decoded ahead.
+  virtual int LoadsDecodedAhead() const = 0;
+};
+
+// `make` makes the plain models: one for the view, and one per photo decoded
+// ahead (called on the worker thread). Null when `make` gives nothing.
+std::unique_ptr<DecodeAheadDisplay> MakeDecodeAheadDisplay(
+    std::function<std::shared_ptr<DisplayControl>()> make);
+
+}  // namespace qbpd
+
+#endif  // QBPD_PLATFORM_DECODE_AHEAD_H_
