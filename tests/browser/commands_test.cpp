@@ -169,6 +169,10 @@ TEST_F(CommandsTest, MenusAreEnabledByTheStateWhenTheyOpen) {
   // One photo selected that isn't on display: rotating all selected works.
   user::PickMenu(w.mnuEClear);
   user::SetCheck(w.ctrlQuilImage[2], true);
+  // Photo Information opens its dialog; it is closed at once.
+  host().Queue("close the photo information", [this] {
+    user::PressKeys(app().forms().Get("frmPhotoInfo"), "{ESC}");
+  });
   user::PickMenu(w.mnuPInfo);
   EXPECT_TRUE(w.mnuPRotMultiple.Enabled());
   // The folder pane is open: Get Photos has nothing to do. (The File menu
