@@ -3,7 +3,7 @@
 #include "platform/bmp_reader.h"
 #include "platform/image_header.h"
 #include "tests/support/bmp_writer.h"
-#include "tests/support/camera_photo.h"
+#include "tests/support/camera_facts_photo.h"
 #include "tests/support/temp_dir.h"
 
 #include <gtest/gtest.h>
@@ -120,7 +120,8 @@ TEST_F(BitmapSaveTest, TheCamerasTurnIsApplied) {
   // Stored 80 x 40, to be shown turned a quarter to the right.
   qbpd::testing::TestCameraFacts camera;
   camera.orientation = 6;
-  ASSERT_TRUE(qbpd::testing::WriteCameraPhoto(P("turned.jpg"), 80, 40, camera));
+  ASSERT_TRUE(
+      qbpd::testing::WriteCameraFactsPhoto(P("turned.jpg"), 80, 40, camera));
   ASSERT_TRUE(SaveUprightBitmap(P("turned.jpg"), P("turned.bmp")));
   const BmpPixels saved = ReadBitmap(P("turned.bmp"));
   EXPECT_EQ(saved.width, 40);
