@@ -3,8 +3,21 @@
 
 namespace qbpd {
 
+namespace {
+
+// The colour around a photo until the program gives the view another: the
+// desktop's grey, each term 206 (the picture model lays transparent photos
+// on the same grey).
+constexpr int kViewGrey = 206;
+
+}  // namespace
+
 PhotoView::PhotoView(Form& form, std::string name, int index)
-    : StatefulControl(form, ControlKind::kPhotoView, std::move(name), index) {}
+    : StatefulControl(form, ControlKind::kPhotoView, std::move(name), index) {
+  state_.back_red = kViewGrey;
+  state_.back_green = kViewGrey;
+  state_.back_blue = kViewGrey;
+}
 
 PhotoView::~PhotoView() {
   if (state_.display)

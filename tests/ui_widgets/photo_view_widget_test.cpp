@@ -202,6 +202,24 @@ TEST_F(PhotoViewWidgetTest, SmallPhotoSitsCentredOnTheGrey) {
   EXPECT_EQ(cleared.pixelColor(100, 75), kGrey);
 }
 
+TEST_F(PhotoViewWidgetTest, AroundThePhotoIsTheColourTheProgramGaveTheView) {
+  ASSERT_TRUE(view().LoadPhoto(WritePhoto(40, 30)));
+  view().SetBackRed(0);
+  view().SetBackGreen(0);
+  view().SetBackBlue(0);
+  PhotoViewWidget& w = Show();
+  QImage shot = w.grab().toImage();
+  EXPECT_EQ(shot.pixelColor(0, 0), QColor(Qt::black));
+  EXPECT_EQ(shot.pixelColor(199, 149), QColor(Qt::black));
+  EXPECT_EQ(shot.pixelColor(90, 65), kQuadrants[0]);
+  view().SetBackRed(10);
+  view().SetBackGreen(20);
+  view().SetBackBlue(30);
+  handle_->Sync();
+  shot = w.grab().toImage();
+  EXPECT_EQ(shot.pixelColor(0, 0), QColor(10, 20, 30));
+}
+
 TEST_F(PhotoViewWidgetTest, LargePhotoScrollsByBarWheelAndKeys) {
   ASSERT_TRUE(view().LoadPhoto(WritePhoto(400, 300)));
   ASSERT_TRUE(view().ZoomTo(100));

@@ -164,8 +164,10 @@ void PhotoViewWidget::InvalidatePicture() {
 
 void PhotoViewWidget::paintEvent(QPaintEvent*) {
   QPainter painter(this);
-  const QColor grey(kPhotoViewGrey, kPhotoViewGrey, kPhotoViewGrey);
-  painter.fillRect(rect(), grey);
+  // Around the photo, the colour the program gave the view (grey in the
+  // main window, black in the slide show).
+  painter.fillRect(rect(), QColor(control_.BackRed(), control_.BackGreen(),
+                                  control_.BackBlue()));
   const ViewMapping mapping = Mapping();
   DisplayControl* model = Model();
   const QRect visible = mapping.VisibleShownRect();

@@ -18,11 +18,8 @@ namespace qbpd {
 class DisplayControl;
 class PhotoView;
 
-// The grey of the view around a photo that is smaller than it, each colour
-// term 206 (the model shows transparent photos over the same grey).
-inline constexpr int kPhotoViewGrey = 206;
-
-// The photo view: draws the control's picture model at its zoom on the grey,
+// The photo view: draws the control's picture model at its zoom on the
+// control's back colour (the desktop's grey until the program sets another),
 // centred on an axis where the photo is smaller than the view, with a scroll
 // bar (kDisplayScrollBarPx thick) on an axis where it is larger. Only the
 // visible part is rendered through the model, and kept until the scroll
