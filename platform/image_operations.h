@@ -87,6 +87,17 @@ class ImageOperations {
     return 0;
   }
 
+  // A hint that ImageRotation(`source`, ..., `angle`) comes soon, as in a
+  // batch that turns one photo after another: the library may start on it
+  // on another thread. Nothing is written before ImageRotation is called for
+  // it; a hint not followed costs only the work. A photo changed after the
+  // hint is turned as it is when ImageRotation comes. A library without it
+  // ignores the hint.
+  virtual void PrepareImageRotation(const std::string& source, int angle) {
+    (void)source;
+    (void)angle;
+  }
+
   // --- photo information and the wallpaper's bitmap (image_measures.cpp) ---
   // Bits per pixel and number of colours of an image file (see ImageHeader
   // in image_header.h), read from its header alone; 0 when it can't be read.
