@@ -15,13 +15,19 @@ constexpr double kMostGain = 4.0;
 
 }  // namespace
 
-ColourLevels ComputeColourLevels(const std::uint8_t* rgb, std::size_t pixels) {
+ColourLevels ComputeColourLevels(const std::uint8_t* rgb,
+                                 std::size_t pixels,
+                                 std::size_t step) {
   std::array<std::array<std::size_t, 256>, 3> histogram{};
-  for (std::size_t i = 0; i < pixels; ++i) {
+  step = std::max<std::size_t>(step, 1);
+  std::size_t counted = 0;
+  for (std::size_t i = 0; i < pixels; i += step) {
     for (int c = 0; c < 3; ++c) {
       ++histogram[c][rgb[i * 3 + c]];
     }
+    ++counted;
   }
+  pixels = counted;
   ColourLevels levels;
   const auto clipped = static_cast<std::size_t>(kClip * pixels);
   for (int c = 0; c < 3; ++c) {

@@ -22,8 +22,11 @@ struct ColourLevels {
 // nothing to measure), and no channel is stretched more than fourfold, so
 // that a dim or one-coloured photo isn't blown apart.
 //
-// `rgb` holds `pixels` RGB triples; a reduced copy of the photo is enough.
-ColourLevels ComputeColourLevels(const std::uint8_t* rgb, std::size_t pixels);
+// `rgb` holds `pixels` RGB triples, of which every `step`-th is counted: a
+// sample of about a million pixels measures a photo as well as all of them.
+ColourLevels ComputeColourLevels(const std::uint8_t* rgb,
+                                 std::size_t pixels,
+                                 std::size_t step = 1);
 
 }  // namespace qbpd
 

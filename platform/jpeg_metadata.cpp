@@ -196,6 +196,16 @@ int ExifOrientationOf(const std::vector<Bytes>& segments) {
   return 1;
 }
 
+bool HasExifPreview(const std::vector<Bytes>& segments) {
+  for (const Bytes& segment : segments) {
+    if (IsExif(segment)) {
+      const ExifHandle data = LoadExif(segment);
+      return data && data->data != nullptr && data->size > 0;
+    }
+  }
+  return false;
+}
+
 bool PutMetadata(Bytes& jpeg,
                  const std::vector<Bytes>& segments,
                  const NewPicture& picture) {

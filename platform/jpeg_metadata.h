@@ -19,6 +19,9 @@ std::optional<std::vector<Bytes>> ReadMetadataSegments(const Bytes& jpeg);
 // The EXIF orientation the segments hold, 1 to 8; 1 without one.
 int ExifOrientationOf(const std::vector<Bytes>& segments);
 
+// True when the segments' EXIF data holds a preview picture.
+bool HasExifPreview(const std::vector<Bytes>& segments);
+
 // What the new picture looks like, for its EXIF data: its size, and a maker
 // of its preview (a small JPEG) called only when the old EXIF data had one.
 struct NewPicture {

@@ -2,22 +2,27 @@
 
 #include "platform/red_eye.h"
 
+#include <chrono>
 #include <utility>
 
 namespace qbpd {
+namespace {
+
+// The automatic colour is measured on a sample of about this many pixels.
+constexpr std::size_t kColourSamplePixels = 1'000'000;
+
+}  // namespace
 
 void PhotoEdits::Reset() {
   crop_.Reset();
   StopRedEye();
   StopColour();
-  ++version_;
 }
 
 void PhotoEdits::StartRedEye(std::function<WorkPicture()> decode) {
   StopRedEye();
   red_eye_active_ = true;
   pending_work_ = std::async(std::launch::async, std::move(decode));
-  ++version_;
 }
 
 const WorkPicture* PhotoEdits::Work() {
@@ -31,7 +36,18 @@ const WorkPicture* PhotoEdits::Work() {
   return work_ && !work_->rgb.empty() ? &*work_ : nullptr;
 }
 
-int PhotoEdits::RedEyeClick(double x, double y, double reach) {
+const WorkPicture* PhotoEdits::ReadyWork() {
+  if (pending_work_.valid() && pending_work_.wait_for(std::chrono::seconds(
+                                   0)) != std::future_status::ready) {
+    return nullptr;
+  }
+  return Work();
+}
+
+int PhotoEdits::RedEyeClick(double x,
+                            double y,
+                            double reach,
+                            CropRect* changed_box) {
   if (!red_eye_active_) {
     return 0;
   }
@@ -39,8 +55,9 @@ int PhotoEdits::RedEyeClick(double x, double y, double reach) {
   if (work == nullptr) {
     return 0;
   }
-  const int changed = RemoveRedEye(
-      {work_->rgb.data(), work_->width, work_->height}, x, y, reach);
+  const int changed =
+      RemoveRedEye({work_->rgb.data(), work_->width, work_->height}, x, y,
+                   reach, changed_box);
   if (changed > 0) {
     red_eye_changed_ = true;
     ++version_;
@@ -61,29 +78,29 @@ void PhotoEdits::StopRedEye() {
     pending_work_.wait();
     pending_work_ = {};
   }
+  if (red_eye_changed_) {
+    ++version_;
+  }
   work_.reset();
   red_eye_active_ = false;
   red_eye_changed_ = false;
-  ++version_;
 }
 
-void PhotoEdits::ComputeColour(const vips::VImage& reduced) {
-  const vips::VImage memory = reduced.copy_memory();
-  colour_ = ComputeColourLevels(
-      static_cast<const std::uint8_t*>(memory.data()),
-      static_cast<std::size_t>(memory.width()) * memory.height());
-  ++version_;
+void PhotoEdits::ComputeColour(const vips::VImage& decoded) {
+  const vips::VImage memory = decoded.copy_memory();
+  const std::size_t pixels =
+      static_cast<std::size_t>(memory.width()) * memory.height();
+  colour_ = ComputeColourLevels(static_cast<const std::uint8_t*>(memory.data()),
+                                pixels, pixels / kColourSamplePixels + 1);
 }
 
 void PhotoEdits::ShowColour(bool shown) {
   colour_shown_ = shown;
-  ++version_;
 }
 
 void PhotoEdits::StopColour() {
   colour_.reset();
   colour_shown_ = false;
-  ++version_;
 }
 
 vips::VImage PhotoEdits::ApplyColour(const vips::VImage& picture) const {

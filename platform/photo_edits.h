@@ -29,9 +29,10 @@ class PhotoEdits {
  public:
   // Drops every edit; a decoding under way is waited for and thrown away.
   void Reset();
-  // Bumped by every change the view must show again.
+  // Bumped by every change of the photo's pixels (the red-eye picture and
+  // its clicks); the colour correction is laid over what is shown, and the
+  // crop box drawn over it.
   int Version() const { return version_; }
-  void Touch() { ++version_; }
 
   CropBoxTool& Crop() { return crop_; }
   const CropBoxTool& Crop() const { return crop_; }
@@ -42,19 +43,22 @@ class PhotoEdits {
   void StartRedEye(std::function<WorkPicture()> decode);
   bool RedEyeActive() const { return red_eye_active_; }
   // A click at (x, y) in pixels of the work picture; the number of pixels
-  // changed (0 without a picture).
-  int RedEyeClick(double x, double y, double reach);
+  // changed (0 without a picture). `changed` gets the rectangle around them.
+  int RedEyeClick(double x, double y, double reach, CropRect* changed);
   // True once a click changed pixels.
   bool RedEyeChanged() const { return red_eye_changed_; }
   // The work picture, waited for; nothing when there is none or its
   // decoding failed. The libvips image wraps the pixels without a copy.
   const WorkPicture* Work();
+  // The work picture if it is there already, without waiting.
+  const WorkPicture* ReadyWork();
   static vips::VImage Wrap(const WorkPicture& work);
   void StopRedEye();
 
-  // The automatic colour correction, computed from `reduced` (a small copy
-  // of the upright photo).
-  void ComputeColour(const vips::VImage& reduced);
+  // The automatic colour correction, computed from a decoding of the photo
+  // in memory (three bands), sampled.
+  void ComputeColour(const vips::VImage& decoded);
+  const ColourLevels* Levels() const { return colour_ ? &*colour_ : nullptr; }
   bool HasColour() const { return colour_.has_value(); }
   void ShowColour(bool shown);
   bool ColourShown() const { return colour_shown_ && colour_.has_value(); }

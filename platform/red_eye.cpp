@@ -44,7 +44,11 @@ bool PassesRatio(const Pixel& p) {
 
 }  // namespace
 
-int RemoveRedEye(RgbPixels picture, double x, double y, double reach) {
+int RemoveRedEye(RgbPixels picture,
+                 double x,
+                 double y,
+                 double reach,
+                 CropRect* changed_box) {
   if (picture.data == nullptr || picture.width <= 0 || picture.height <= 0) {
     return 0;
   }
@@ -168,6 +172,12 @@ int RemoveRedEye(RgbPixels picture, double x, double y, double reach) {
         ++changed;
       }
     }
+  }
+  if (changed_box != nullptr) {
+    *changed_box = {static_cast<double>(min_x - kEdge),
+                    static_cast<double>(min_y - kEdge),
+                    static_cast<double>(max_x - min_x + 1 + 2 * kEdge),
+                    static_cast<double>(max_y - min_y + 1 + 2 * kEdge)};
   }
   return changed;
 }

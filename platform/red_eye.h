@@ -1,6 +1,8 @@
 #ifndef QBPD_PLATFORM_RED_EYE_H_
 #define QBPD_PLATFORM_RED_EYE_H_
 
+#include "platform/crop_box.h"
+
 #include <cstdint>
 
 namespace qbpd {
@@ -28,7 +30,12 @@ struct RgbPixels {
 //
 // Returns how many pixels changed: 0 when the click found no red pupil, or
 // nothing red is left of one (a repeated click removes what is left).
-int RemoveRedEye(RgbPixels picture, double x, double y, double reach);
+// `changed`, when given, gets the rectangle that holds the changed pixels.
+int RemoveRedEye(RgbPixels picture,
+                 double x,
+                 double y,
+                 double reach,
+                 CropRect* changed = nullptr);
 
 }  // namespace qbpd
 

@@ -26,8 +26,6 @@ constexpr double kMaxShownSide = 10'000'000;
 // a red-eye click its pupil is looked for, in shown pixels.
 constexpr double kGripShownPx = 8;
 constexpr double kRedEyeReachShownPx = 8;
-// The automatic colour is measured on a copy of about this many pixels.
-constexpr double kColourSamplePixels = 1'000'000;
 constexpr int kLeftButton = 1;
 
 // Swallows libvips' warnings while a model lives: a broken photo fails by
@@ -117,7 +115,6 @@ class VipsDisplayControl final : public DisplayControl {
     rotation_ = ((rotation_ + degrees) % 360 + 360) % 360;
     // A box drawn on the photo as it stood is no box on the turned one.
     edits_.Crop().Reset();
-    edits_.Touch();
     return true;
   }
 
@@ -183,6 +180,14 @@ class VipsDisplayControl final : public DisplayControl {
         std::memcpy(rgb.data() + row * row_bytes, from + row * stride,
                     row_bytes);
       }
+      // The colour correction is laid over the cached picture as it is
+      // copied, so showing and hiding it costs no resampling.
+      if (const ColourLevels* levels =
+              edits_.ColourShown() ? edits_.Levels() : nullptr) {
+        for (std::size_t i = 0; i < rgb.size(); ++i) {
+          rgb[i] = levels->table[i % 3][rgb[i]];
+        }
+      }
       return true;
     });
   }
@@ -194,7 +199,6 @@ class VipsDisplayControl final : public DisplayControl {
     if (!photo_) {
       return false;
     }
-    edits_.Touch();
     return edits_.Crop().Start(PhotoWidth(), PhotoHeight(), aspect_x, aspect_y);
   }
 
@@ -241,14 +245,8 @@ class VipsDisplayControl final : public DisplayControl {
     }
     return Guarded([&] {
       if (!edits_.HasColour()) {
-        vips::VImage sample = ToDisplayRgb(
-            Oriented(*photo_->decoded, photo_->header.orientation));
-        const double pixels =
-            static_cast<double>(sample.width()) * sample.height();
-        if (pixels > kColourSamplePixels) {
-          sample = sample.resize(std::sqrt(kColourSamplePixels / pixels));
-        }
-        edits_.ComputeColour(sample);
+        // The decoding held for the view is the reduced copy measured.
+        edits_.ComputeColour(ToDisplayRgb(*photo_->decoded));
       }
       edits_.ShowColour(true);
       return true;
@@ -343,7 +341,10 @@ class VipsDisplayControl final : public DisplayControl {
     }
     if (edits_.RedEyeActive()) {
       const double reach = std::max(2.0, kRedEyeReachShownPx / scale_);
-      if (edits_.RedEyeClick(x, y, reach) > 0) {
+      const int version = edits_.Version();
+      CropRect changed;
+      if (edits_.RedEyeClick(x, y, reach, &changed) > 0) {
+        Guarded([&] { return PatchShown(version, changed); });
         Raise("RedEyeRemoved");
       }
       return true;
@@ -356,7 +357,6 @@ class VipsDisplayControl final : public DisplayControl {
       return false;
     }
     const bool too_small = edits_.Crop().Drag(x, y);
-    edits_.Touch();
     if (too_small && !crop_too_small_raised_) {
       crop_too_small_raised_ = true;
       Raise("CropTooSmall");
@@ -477,7 +477,7 @@ class VipsDisplayControl final : public DisplayControl {
         std::int64_t{photo.decoded->width()} * photo.decoded->height()) {
       return nullptr;
     }
-    photo.shown = Shown(width, height).copy_memory();
+    photo.shown = Shown(width, height, /*with_colour=*/false).copy_memory();
     photo.shown_scale = scale_;
     photo.shown_rotation = rotation_;
     photo.shown_version = edits_.Version();
@@ -487,12 +487,13 @@ class VipsDisplayControl final : public DisplayControl {
   // The photo as shown: turned upright, turned by the view's rotation and
   // scaled to exactly `width` x `height`. The editor's corrections belong
   // between the upright picture and the view's rotation.
-  vips::VImage Shown(int width, int height) {
+  vips::VImage Shown(int width, int height, bool with_colour = true) {
     vips::VImage image = *photo_->decoded;
     int turn = rotation_;
+    // The red-eye tool's full-resolution picture, already upright, once it
+    // is there: until then the view shows the same photo from its decoding.
     if (const WorkPicture* work =
-            edits_.RedEyeActive() ? edits_.Work() : nullptr) {
-      // The red-eye tool's full-resolution picture, already upright.
+            edits_.RedEyeActive() ? edits_.ReadyWork() : nullptr) {
       image = PhotoEdits::Wrap(*work);
       turn = (rotation_ - work->rotation + 360) % 360;
     } else {
@@ -513,10 +514,50 @@ class VipsDisplayControl final : public DisplayControl {
             vips::VImage::option()->set("extend", VIPS_EXTEND_COPY));
       }
     }
-    if (edits_.ColourShown()) {
+    if (with_colour && edits_.ColourShown()) {
       image = edits_.ApplyColour(image);
     }
     return image;
+  }
+
+  // Brings the cached shown picture up to date after a red-eye click that
+  // changed `changed` (pixels of the work picture), by resampling only that
+  // area: a click is answered without resampling the whole photo. A cache
+  // that was stale before the click is left to be made again.
+  bool PatchShown(int version_before, const CropRect& changed) {
+    Photo& photo = *photo_;
+    const WorkPicture* work = edits_.ReadyWork();
+    if (!photo.shown || photo.shown_version != version_before ||
+        photo.shown_scale != scale_ || photo.shown_rotation != rotation_ ||
+        work == nullptr || work->rotation != rotation_) {
+      return false;
+    }
+    const int width = photo.shown->width();
+    const int height = photo.shown->height();
+    // A margin for the resampler's reach.
+    const int left = std::max(0, static_cast<int>(changed.x * scale_) - 3);
+    const int top = std::max(0, static_cast<int>(changed.y * scale_) - 3);
+    const int right =
+        std::min(width, static_cast<int>((changed.x + changed.w) * scale_) + 4);
+    const int bottom = std::min(
+        height, static_cast<int>((changed.y + changed.h) * scale_) + 4);
+    if (right <= left || bottom <= top) {
+      return false;
+    }
+    const vips::VImage area = Shown(width, height, /*with_colour=*/false)
+                                  .crop(left, top, right - left, bottom - top)
+                                  .copy_memory();
+    const auto* from = static_cast<const std::uint8_t*>(area.data());
+    auto* to =
+        static_cast<std::uint8_t*>(const_cast<void*>(photo.shown->data()));
+    const std::size_t row_bytes = static_cast<std::size_t>(right - left) * 3;
+    for (int row = top; row < bottom; ++row) {
+      std::memcpy(to + (static_cast<std::size_t>(row) * width + left) * 3,
+                  from + static_cast<std::size_t>(row - top) * row_bytes,
+                  row_bytes);
+    }
+    photo.shown_version = edits_.Version();
+    return true;
   }
 
   // The whole photo at full resolution, upright and turned as on screen,

@@ -3,6 +3,7 @@
 #include "platform/exif_preview_thumbnail.h"
 #include "platform/image_operations.h"
 #include "platform/photo_kind.h"
+#include "platform/photo_writer.h"
 #include "platform/vips_image_facts.h"
 #include "platform/vips_jpeg.h"
 
@@ -16,6 +17,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <future>
 #include <optional>
 #include <sys/stat.h>
 #include <system_error>
@@ -36,6 +38,8 @@ constexpr char kCacheSuffix[] = ".qpd";
 // Loaders are asked to give up on a truncated file or a serious decoding
 // error, so a broken photo fails instead of turning grey halfway down.
 constexpr char kLoaderOptions[] = "fail_on=error";
+// How many turns a batch may have started ahead of the one it writes.
+constexpr std::size_t kMostAhead = 2;
 
 // Writes a thumbnail in place of the old one, whole or not at all. There is
 // no fsync: a thumbnail is made again from its photo whenever it is missing,
@@ -211,6 +215,37 @@ class VipsImageOperations final : public ImageOperations {
     return 0;
   }
 
+  int ImageRotation(const std::string& source,
+                    const std::string& destination,
+                    int angle) override {
+    if (angle != 90 && angle != -90) {
+      return 0;
+    }
+    try {
+      std::optional<PreparedPhoto> prepared = TakeAhead(source, angle);
+      // Work done ahead on a photo that changed since is done again.
+      if (!prepared || !StillTheSame(source, prepared->source)) {
+        prepared = PrepareTurnedPhoto(source, angle);
+      }
+      return prepared && WritePrepared(*prepared, destination) ? 1 : 0;
+    } catch (...) {
+    }
+    return 0;
+  }
+
+  void PrepareImageRotation(const std::string& source, int angle) override {
+    if ((angle != 90 && angle != -90) || ahead_.size() >= kMostAhead) {
+      return;
+    }
+    Ahead ahead;
+    ahead.source = source;
+    ahead.angle = angle;
+    ahead.result = std::async(std::launch::async, [source, angle] {
+      return PrepareTurnedPhoto(source, angle);
+    });
+    ahead_.push_back(std::move(ahead));
+  }
+
   int DeleteThumbnailFile(const std::string& source) override {
     index_.reset();
     try {
@@ -238,6 +273,27 @@ class VipsImageOperations final : public ImageOperations {
   }
 
  private:
+  // A turn started ahead on a hint, and its result once done.
+  struct Ahead {
+    std::string source;
+    int angle = 0;
+    std::future<std::optional<PreparedPhoto>> result;
+  };
+
+  // The work done ahead for this turn, if a hint started it; hints before it
+  // that were not followed are dropped (their work is waited for, since it
+  // runs on the photos, and thrown away).
+  std::optional<PreparedPhoto> TakeAhead(const std::string& source, int angle) {
+    for (auto it = ahead_.begin(); it != ahead_.end(); ++it) {
+      if (it->source == source && it->angle == angle) {
+        std::optional<PreparedPhoto> result = it->result.get();
+        ahead_.erase(ahead_.begin(), it + 1);
+        return result;
+      }
+    }
+    return std::nullopt;
+  }
+
   // The entries of the cache by photo and parameters ("<folder hash>-<photo
   // hash>-" + "-<size>q<quality>.qpd"), read from the folder once, so that a
   // new thumbnail finds its photo's stale ones without reading the whole
@@ -531,6 +587,7 @@ class VipsImageOperations final : public ImageOperations {
 
   std::string cache_folder_;
   std::optional<CacheIndex> index_;
+  std::vector<Ahead> ahead_;
   guint log_handler_;
 };
 
