@@ -304,19 +304,19 @@ int main(int argc, char** argv) {
         ->Unit(benchmark::kMillisecond)
         ->UseRealTime()
         ->Iterations(1)
-        ->Repetitions(3);
+        ->Repetitions(1);
     benchmark::RegisterBenchmark((prefix + "/ImageRotationOneByOne").c_str(),
                                  qbpd::LibraryBatch, batch, false)
         ->Unit(benchmark::kMillisecond)
         ->UseRealTime()
         ->Iterations(1)
-        ->Repetitions(3);
+        ->Repetitions(1);
     benchmark::RegisterBenchmark((prefix + "/JpegtranFileByFile").c_str(),
                                  qbpd::JpegtranBatch, batch)
         ->Unit(benchmark::kMillisecond)
         ->UseRealTime()
         ->Iterations(1)
-        ->Repetitions(3);
+        ->Repetitions(1);
   }
   const std::string photo = camera.string();
   const std::string eyes_photo = eyes.string();
