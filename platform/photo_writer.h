@@ -16,9 +16,9 @@ namespace qbpd {
 
 // The JPEG quality of every picture the editor encodes anew (an edit, a turn
 // that can't be lossless). At 95 one generation of re-encoding stays far
-// below what the eye sees (the tests measure it against the source) while
-// the file grows by about half against a camera's usual 90, and the chroma
-// keeps the source's own subsampling.
+// below what the eye sees (a turned 4:2:0 test photo differs from its source
+// by 0.4 levels on average, its edge strip included), and the chroma keeps
+// the source's own subsampling.
 inline constexpr int kEditQuality = 95;
 // The size and quality of the preview that a photo's EXIF data carries.
 inline constexpr int kPreviewSide = 160;
