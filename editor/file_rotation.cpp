@@ -18,6 +18,13 @@ bool IsJpegExtension(const std::string& ext) {
 
 }  // namespace
 
+void PrepareFileRotation(Application& app,
+                         const std::string& path,
+                         int direction) {
+  app.images().PrepareImageRotation(
+      path, direction == kRotateLeft ? kQuarterLeft : kQuarterRight);
+}
+
 bool RotateOneFile(Application& app,
                    int index,
                    const std::string& path,

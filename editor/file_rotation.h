@@ -27,6 +27,13 @@ struct RotationHooks {
 // differ on purpose.
 enum class RotationNotice { kCurrentPhoto, kSelectedPhotos };
 
+// Tells the image library that `path` is turned next in `direction`, so
+// that it may work ahead on it while the present photo is written; nothing
+// is written until RotateOneFile comes for it.
+void PrepareFileRotation(Application& app,
+                         const std::string& path,
+                         int direction);
+
 // Turns one checked photo on disk, `direction` kRotateLeft or kRotateRight.
 // A writable JPEG is turned in its own file. A photo of another type, or a
 // read-only JPEG (after a notice), leaves its file alone and is written

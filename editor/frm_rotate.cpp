@@ -86,7 +86,15 @@ void frmRotate::MultiImageRotation(int direction) {
   int count = 0;
   // The selection as it stood when the run began.
   const std::vector<int> keys = s.gdicSelectedPhotos.Keys();
-  for (int key : keys) {
+  // The library may work on the next photo while this one is written.
+  auto prepare = [&](std::size_t at) {
+    if (at < keys.size() && s.gdicSelectedPhotos.Exists(keys[at])) {
+      PrepareFileRotation(app_, s.gdicSelectedPhotos.Item(keys[at]), direction);
+    }
+  };
+  prepare(0);
+  for (std::size_t at = 0; at < keys.size(); ++at) {
+    const int key = keys[at];
     if (mbCancel) {
       mbStopped = true;
       break;
@@ -112,6 +120,7 @@ void frmRotate::MultiImageRotation(int direction) {
         CharacterCount(name) > kLongestName
             ? DoubleAmpersands(FirstCharacters(name, kLongestName - 1)) + "..."
             : DoubleAmpersands(name));
+    prepare(at + 1);
     RotateOneFile(app_, key, path, direction, RotationNotice::kSelectedPhotos,
                   hooks_);
     const double frame = shProgressBar.Width();
