@@ -82,8 +82,8 @@ CameraFacts ReadCameraFacts(const std::string& path) {
       break;  // the loader has what it needs
     }
   }
-  // The data as the camera wrote it: no mandatory entry is made up (the
-  // specification's fixing would fill in a date of today).
+  // The data as the camera wrote it: no mandatory entry is made up (libexif's
+  // option that completes missing entries would fill in today's date).
   const unsigned char* raw = nullptr;
   unsigned int raw_size = 0;
   exif_loader_get_buf(loader, &raw, &raw_size);
