@@ -6,6 +6,7 @@
 #include "platform/photo_writer.h"
 #include "platform/vips_image_facts.h"
 #include "platform/vips_jpeg.h"
+#include "platform/vips_photo_load.h"
 
 #include <vips/vips8>
 
@@ -449,70 +450,14 @@ class VipsImageOperations final : public ImageOperations {
   // no photo of a supported kind, is broken or is too large.
   static std::optional<std::vector<std::uint8_t>> ConvertToJpeg(
       const std::string& source) {
-    FileDescriptor fd(OpenPhotoFile(source));
-    struct stat status {};
-    if (fd.get() < 0 || ::fstat(fd.get(), &status) != 0 ||
-        status.st_size == 0) {
-      return std::nullopt;
-    }
-    std::array<std::uint8_t, 16> head{};
-    const ssize_t head_size = ::pread(fd.get(), head.data(), head.size(), 0);
-    if (head_size <= 0) {
-      return std::nullopt;
-    }
-    const PhotoKind kind =
-        SniffPhotoKind(head.data(), static_cast<std::size_t>(head_size));
-    if ((kind == PhotoKind::kJpeg && !JpegIsWhole(fd.get())) ||
-        !WithinDecodeBudget(fd.get(), kind)) {
-      return std::nullopt;
-    }
-    BmpPixels bitmap;
-    std::optional<vips::VImage> image;
-    if (kind == PhotoKind::kBmp) {
-      PhotoStream in(fd.get());
-      BmpInfo info;
-      if (!in || !ReadBmpInfo(in, kMaxPixels, info).ok() ||
-          !DecodeBmp(in, kMaxPixels, 1, bitmap).ok()) {
-        return std::nullopt;
-      }
-      image = vips::VImage::new_from_memory(
-                  bitmap.rgb.data(), bitmap.rgb.size(), bitmap.width,
-                  bitmap.height, /*bands=*/3, VIPS_FORMAT_UCHAR)
-                  .copy(vips::VImage::option()->set("interpretation",
-                                                    VIPS_INTERPRETATION_sRGB));
-    } else if (kind != PhotoKind::kOther) {
-      vips::VSource header_source =
-          vips::VSource::new_from_descriptor(fd.get());
-      const char* loader =
-          vips_foreign_find_load_source(header_source.get_source());
-      if (loader == nullptr) {
-        vips_error_clear();
-        return std::nullopt;
-      }
-      const char* nickname = vips_nickname_find(g_type_from_name(loader));
-      const char* expected = SourceLoaderFor(kind);
-      if (nickname == nullptr || expected == nullptr ||
-          std::string_view(nickname) != expected) {
-        return std::nullopt;
-      }
-      vips::VImage loaded = vips::VImage::new_from_source(
-          header_source, kLoaderOptions,
-          vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL));
-      if (loaded.width() <= 0 || loaded.height() <= 0 ||
-          static_cast<std::uint64_t>(loaded.width()) *
-                  static_cast<std::uint64_t>(loaded.height()) >
-              kMaxPixels) {
-        return std::nullopt;
-      }
-      image = loaded.autorot();
-    }
+    const std::optional<vips::VImage> image = LoadUprightPhoto(source);
     if (!image) {
       return std::nullopt;
     }
     void* data = nullptr;
     std::size_t length = 0;
-    ForJpeg(*image).write_to_buffer(".jpg", &data, &length,
-                                    vips::VImage::option()->set("Q", 92));
+    image->write_to_buffer(".jpg", &data, &length,
+                           vips::VImage::option()->set("Q", 92));
     const auto* bytes = static_cast<const std::uint8_t*>(data);
     std::vector<std::uint8_t> jpeg(bytes, bytes + length);
     g_free(data);
