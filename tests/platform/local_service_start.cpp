@@ -24,19 +24,42 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A port that nothing listens on now.
-int FreePort() {
-  const int fd = socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address);
-  socklen_t size = sizeof address;
-  getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size);
-  const int port = ntohs(address.sin_port);
-  close(fd);
-  return port;
-}
+// A loopback port that nothing listens on, held for the test. The socket
+// stays bound (not listening) with SO_REUSEPORT only, so the kernel gives the
+// number to no other socket that asks for any free port (another test's
+// server), while qbpd-service, which binds with SO_REUSEPORT as the same
+// user, can still take it. Closing the socket at once instead left a window
+// in which a test running beside this one could get the same number.
+class HeldPort {
+ public:
+  HeldPort() : fd_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    const int yes = 1;
+    setsockopt(fd_, SOL_SOCKET, SO_REUSEPORT, &yes, sizeof yes);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    bind(fd_, reinterpret_cast<sockaddr*>(&address), sizeof address);
+    socklen_t size = sizeof address;
+    getsockname(fd_, reinterpret_cast<sockaddr*>(&address), &size);
+    port_ = ntohs(address.sin_port);
+  }
+  ~HeldPort() { Release(); }
+  HeldPort(const HeldPort&) = delete;
+  HeldPort& operator=(const HeldPort&) = delete;
+
+  int port() const { return port_; }
+  // Lets a socket without SO_REUSEPORT bind the number.
+  void Release() {
+    if (fd_ >= 0) {
+      close(fd_);
+      fd_ = -1;
+    }
+  }
+
+ private:
+  int fd_;
+  int port_ = 0;
+};
 
 // The processes of qbpd-service serving `port`, by their command lines.
 std::vector<pid_t> ServiceProcesses(int port) {
@@ -101,7 +124,8 @@ class LocalServiceStartTest : public ::testing::Test {
   }
 
   testing::TempDir dir_;
-  const int port_ = FreePort();
+  HeldPort held_;
+  const int port_ = held_.port();
   const std::string address_ =
       "http://127.0.0.1:" + std::to_string(port_) + "/api";
   std::vector<std::string> told_;
@@ -174,6 +198,7 @@ TEST_F(LocalServiceStartTest, AnotherUsersListenerIsFoundAndRefused) {
     GTEST_SKIP() << "only root can listen as another user here";
   }
   constexpr unsigned kNobody = 65534;
+  held_.Release();
   int ready[2];
   ASSERT_EQ(pipe(ready), 0);
   const pid_t child = fork();
