@@ -6,6 +6,7 @@
 #include "platform/forms/form.h"
 #include "platform/forms/host.h"
 #include "platform/forms/value.h"
+#include "platform/loopback_port.h"
 
 #include <functional>
 #include <iosfwd>
@@ -100,6 +101,8 @@ class Runner {
   std::unique_ptr<ScriptedServiceClient> double_;
   bool use_double_ = false;
   bool connection_up_ = true;
+  // The loopback port of `service real`, held until the run ends.
+  std::unique_ptr<HeldLoopbackPort> held_port_;
   size_t calls_reported_ = 0;
 };
 

@@ -10,37 +10,15 @@
 #include "online/scripted_service_client.h"
 #include "platform/forms/scripted_host.h"
 #include "platform/internet_check.h"
+#include "platform/loopback_port.h"
 
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <tuple>
-#include <unistd.h>
 
 namespace qbpd::script {
 namespace {
 
 // "waits": until the call is cancelled, at most this long in virtual time.
 constexpr long long kWaitForCancelMs = 10LL * 60 * 1000;
-
-// A loopback port that is free now.
-int FreeLoopbackPort() {
-  const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
-  if (fd < 0) {
-    return 0;
-  }
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  address.sin_port = 0;
-  socklen_t length = sizeof address;
-  int port = 0;
-  if (::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0 &&
-      ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length) == 0) {
-    port = ntohs(address.sin_port);
-  }
-  ::close(fd);
-  return port;
-}
 
 // The common tail of an answer: ok or fails CODE TEXT [fatal], then
 // [after N ms] or [waits]. `values` receives the texts after "ok".
@@ -158,7 +136,10 @@ std::optional<Step> Runner::ParseServiceStep(const std::vector<Token>& t) {
   if (what == "real") {
     Require(t, 2, "service real");
     s.run = [this] {
-      const int port = FreeLoopbackPort();
+      // Held for the run, so that nothing else is given the number before
+      // the service, started on first need, binds it.
+      held_port_ = std::make_unique<HeldLoopbackPort>();
+      const int port = held_port_->port();
       if (port == 0) {
         throw HostAbort("no free loopback port for the service");
       }

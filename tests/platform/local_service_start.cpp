@@ -2,6 +2,7 @@
 // socket tables: started on first need, one copy, stopped with its last
 // user, another user's listener refused.
 #include "platform/local_service.h"
+#include "platform/loopback_port.h"
 #include "tests/support/temp_dir.h"
 
 #include <gtest/gtest.h>
@@ -23,43 +24,6 @@ namespace qbpd {
 namespace {
 
 namespace fs = std::filesystem;
-
-// A loopback port that nothing listens on, held for the test. The socket
-// stays bound (not listening) with SO_REUSEPORT only, so the kernel gives the
-// number to no other socket that asks for any free port (another test's
-// server), while qbpd-service, which binds with SO_REUSEPORT as the same
-// user, can still take it. Closing the socket at once instead left a window
-// in which a test running beside this one could get the same number.
-class HeldPort {
- public:
-  HeldPort() : fd_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    const int yes = 1;
-    setsockopt(fd_, SOL_SOCKET, SO_REUSEPORT, &yes, sizeof yes);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    bind(fd_, reinterpret_cast<sockaddr*>(&address), sizeof address);
-    socklen_t size = sizeof address;
-    getsockname(fd_, reinterpret_cast<sockaddr*>(&address), &size);
-    port_ = ntohs(address.sin_port);
-  }
-  ~HeldPort() { Release(); }
-  HeldPort(const HeldPort&) = delete;
-  HeldPort& operator=(const HeldPort&) = delete;
-
-  int port() const { return port_; }
-  // Lets a socket without SO_REUSEPORT bind the number.
-  void Release() {
-    if (fd_ >= 0) {
-      close(fd_);
-      fd_ = -1;
-    }
-  }
-
- private:
-  int fd_;
-  int port_ = 0;
-};
 
 // The processes of qbpd-service serving `port`, by their command lines.
 std::vector<pid_t> ServiceProcesses(int port) {
@@ -124,7 +88,7 @@ class LocalServiceStartTest : public ::testing::Test {
   }
 
   testing::TempDir dir_;
-  HeldPort held_;
+  HeldLoopbackPort held_;
   const int port_ = held_.port();
   const std::string address_ =
       "http://127.0.0.1:" + std::to_string(port_) + "/api";
