@@ -1,28 +1,76 @@
 #include "platform/image_header.h"
 
-#include "platform/atomic_file.h"
-
+#include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <limits>
+#include <string_view>
 #include <unistd.h>
 #include <vector>
 
 namespace qbpd {
 namespace {
 
-// Reads exactly `size` bytes at `offset`; false when the file is shorter.
-bool ReadAt(int fd, std::uint64_t offset, std::uint8_t* out, std::size_t size) {
-  std::size_t done = 0;
-  while (done < size) {
-    const ssize_t got =
-        ::pread(fd, out + done, size - done, static_cast<off_t>(offset + done));
-    if (got <= 0) {
-      return false;
-    }
-    done += static_cast<std::size_t>(got);
+// Where the header's bytes come from: a file or a buffer in memory.
+class ByteSource {
+ public:
+  virtual ~ByteSource() = default;
+  // Reads up to `size` bytes at `offset`; how many it read.
+  virtual std::size_t ReadUpTo(std::uint64_t offset,
+                               std::uint8_t* out,
+                               std::size_t size) const = 0;
+  // Reads exactly `size` bytes at `offset`; false when the source is shorter.
+  bool ReadAt(std::uint64_t offset, std::uint8_t* out, std::size_t size) const {
+    return ReadUpTo(offset, out, size) == size;
   }
-  return true;
+};
+
+class FileSource : public ByteSource {
+ public:
+  explicit FileSource(int fd) : fd_(fd) {}
+  std::size_t ReadUpTo(std::uint64_t offset,
+                       std::uint8_t* out,
+                       std::size_t size) const override {
+    std::size_t done = 0;
+    while (done < size) {
+      const ssize_t got = ::pread(fd_, out + done, size - done,
+                                  static_cast<off_t>(offset + done));
+      if (got <= 0) {
+        break;
+      }
+      done += static_cast<std::size_t>(got);
+    }
+    return done;
+  }
+
+ private:
+  int fd_;
+};
+
+class MemorySource : public ByteSource {
+ public:
+  explicit MemorySource(std::string_view bytes) : bytes_(bytes) {}
+  std::size_t ReadUpTo(std::uint64_t offset,
+                       std::uint8_t* out,
+                       std::size_t size) const override {
+    if (offset >= bytes_.size()) {
+      return 0;
+    }
+    const std::size_t n = std::min<std::uint64_t>(size, bytes_.size() - offset);
+    std::memcpy(out, bytes_.data() + offset, n);
+    return n;
+  }
+
+ private:
+  std::string_view bytes_;
+};
+
+bool ReadAt(const ByteSource& source,
+            std::uint64_t offset,
+            std::uint8_t* out,
+            std::size_t size) {
+  return source.ReadAt(offset, out, size);
 }
 
 std::uint32_t Big16(const std::uint8_t* p) {
@@ -58,12 +106,12 @@ bool IsFrameMarker(std::uint8_t marker) {
          marker != 0xCC;
 }
 
-bool ReadJpeg(int fd, ImageHeader& out) {
+bool ReadJpeg(const ByteSource& in, ImageHeader& out) {
   std::uint64_t at = 2;  // after SOI
   // A header is found within a few hundred markers or not at all.
   for (int markers = 0; markers < 1000; ++markers) {
     std::array<std::uint8_t, 4> head{};
-    if (!ReadAt(fd, at, head.data(), 2)) {
+    if (!ReadAt(in, at, head.data(), 2)) {
       return false;
     }
     if (head[0] != 0xFF) {
@@ -82,7 +130,7 @@ bool ReadJpeg(int fd, ImageHeader& out) {
     if (marker == 0xD9 || marker == 0xDA) {
       return false;  // the end or a scan before any frame header
     }
-    if (!ReadAt(fd, at + 2, head.data() + 2, 2)) {
+    if (!ReadAt(in, at + 2, head.data() + 2, 2)) {
       return false;
     }
     const std::uint32_t length = Big16(head.data() + 2);
@@ -91,7 +139,7 @@ bool ReadJpeg(int fd, ImageHeader& out) {
     }
     if (IsFrameMarker(marker)) {
       std::array<std::uint8_t, 6> frame{};
-      if (length < 8 || !ReadAt(fd, at + 4, frame.data(), frame.size())) {
+      if (length < 8 || !ReadAt(in, at + 4, frame.data(), frame.size())) {
         return false;
       }
       const int precision = frame[0];
@@ -118,9 +166,9 @@ bool ReadJpeg(int fd, ImageHeader& out) {
 
 // --- PNG: IHDR, and PLTE for a palette -----------------------------------
 
-bool ReadPng(int fd, ImageHeader& out) {
+bool ReadPng(const ByteSource& in, ImageHeader& out) {
   std::array<std::uint8_t, 33> start{};
-  if (!ReadAt(fd, 0, start.data(), start.size())) {
+  if (!ReadAt(in, 0, start.data(), start.size())) {
     return false;
   }
   const std::uint8_t* ihdr = start.data() + 8;
@@ -172,7 +220,7 @@ bool ReadPng(int fd, ImageHeader& out) {
   std::uint64_t at = 8;
   for (int chunks = 0; chunks < 1000; ++chunks) {
     std::array<std::uint8_t, 8> chunk{};
-    if (!ReadAt(fd, at, chunk.data(), chunk.size())) {
+    if (!ReadAt(in, at, chunk.data(), chunk.size())) {
       return false;
     }
     const std::uint32_t length = Big32(chunk.data());
@@ -195,7 +243,7 @@ bool ReadPng(int fd, ImageHeader& out) {
 // --- TIFF: the first directory -------------------------------------------
 
 struct TiffReader {
-  int fd;
+  const ByteSource& in;
   bool little;
   std::uint32_t U16(const std::uint8_t* p) const {
     return little ? Little16(p) : Big16(p);
@@ -205,21 +253,21 @@ struct TiffReader {
   }
 };
 
-bool ReadTiff(int fd, ImageHeader& out) {
+bool ReadTiff(const ByteSource& in, ImageHeader& out) {
   std::array<std::uint8_t, 8> head{};
-  if (!ReadAt(fd, 0, head.data(), head.size())) {
+  if (!ReadAt(in, 0, head.data(), head.size())) {
     return false;
   }
-  const TiffReader r{fd, head[0] == 'I'};
+  const TiffReader r{in, head[0] == 'I'};
   const std::uint32_t directory = r.U32(head.data() + 4);
   std::array<std::uint8_t, 2> count_bytes{};
-  if (directory < 8 || !ReadAt(fd, directory, count_bytes.data(), 2)) {
+  if (directory < 8 || !ReadAt(in, directory, count_bytes.data(), 2)) {
     return false;
   }
   const std::uint32_t count = r.U16(count_bytes.data());
   std::vector<std::uint8_t> entries(static_cast<std::size_t>(count) * 12);
   if (count == 0 ||
-      !ReadAt(fd, directory + 2ull, entries.data(), entries.size())) {
+      !ReadAt(in, directory + 2ull, entries.data(), entries.size())) {
     return false;
   }
   std::uint64_t width = 0;
@@ -251,7 +299,7 @@ bool ReadTiff(int fd, ImageHeader& out) {
           bits_per_sample = static_cast<int>(r.U16(e + 8));
         } else if (type == 3) {
           std::array<std::uint8_t, 2> first{};
-          if (!ReadAt(fd, r.U32(e + 8), first.data(), 2)) {
+          if (!ReadAt(in, r.U32(e + 8), first.data(), 2)) {
             return false;
           }
           bits_per_sample = static_cast<int>(r.U16(first.data()));
@@ -289,9 +337,9 @@ bool ReadTiff(int fd, ImageHeader& out) {
 
 // --- bitmap: the info header ---------------------------------------------
 
-bool ReadBmp(int fd, ImageHeader& out) {
+bool ReadBmp(const ByteSource& in, ImageHeader& out) {
   std::array<std::uint8_t, 54> head{};
-  if (!ReadAt(fd, 0, head.data(), 18)) {
+  if (!ReadAt(in, 0, head.data(), 18)) {
     return false;
   }
   const std::uint32_t info_size = Little32(head.data() + 14);
@@ -300,14 +348,14 @@ bool ReadBmp(int fd, ImageHeader& out) {
   int bits = 0;
   std::uint32_t used = 0;
   if (info_size == 12) {  // the old core header
-    if (!ReadAt(fd, 18, head.data() + 18, 8)) {
+    if (!ReadAt(in, 18, head.data() + 18, 8)) {
       return false;
     }
     width = Little16(head.data() + 18);
     height = Little16(head.data() + 20);
     bits = static_cast<int>(Little16(head.data() + 24));
   } else if (info_size >= 40) {
-    if (!ReadAt(fd, 18, head.data() + 18, 36)) {
+    if (!ReadAt(in, 18, head.data() + 18, 36)) {
       return false;
     }
     width = static_cast<std::int32_t>(Little32(head.data() + 18));
@@ -344,31 +392,29 @@ bool ReadBmp(int fd, ImageHeader& out) {
 
 }  // namespace
 
-bool ReadImageHeader(const std::string& path, ImageHeader& header) {
-  const FileDescriptor fd(OpenPhotoFile(path));
-  if (fd.get() < 0) {
-    return false;
-  }
+namespace {
+
+bool ParseHeader(const ByteSource& source, ImageHeader& header) {
   std::array<std::uint8_t, 8> head{};
-  const ssize_t got = ::pread(fd.get(), head.data(), head.size(), 0);
-  if (got <= 0) {
+  const std::size_t got = source.ReadUpTo(0, head.data(), head.size());
+  if (got == 0) {
     return false;
   }
   ImageHeader read;
-  read.kind = SniffPhotoKind(head.data(), static_cast<std::size_t>(got));
+  read.kind = SniffPhotoKind(head.data(), got);
   bool ok = false;
   switch (read.kind) {
     case PhotoKind::kJpeg:
-      ok = ReadJpeg(fd.get(), read);
+      ok = ReadJpeg(source, read);
       break;
     case PhotoKind::kPng:
-      ok = ReadPng(fd.get(), read);
+      ok = ReadPng(source, read);
       break;
     case PhotoKind::kTiff:
-      ok = ReadTiff(fd.get(), read);
+      ok = ReadTiff(source, read);
       break;
     case PhotoKind::kBmp:
-      ok = ReadBmp(fd.get(), read);
+      ok = ReadBmp(source, read);
       break;
     case PhotoKind::kOther:
       ok = false;
@@ -378,6 +424,22 @@ bool ReadImageHeader(const std::string& path, ImageHeader& header) {
     header = read;
   }
   return ok;
+}
+
+}  // namespace
+
+bool ReadImageHeader(const std::string& path, ImageHeader& header) {
+  const int fd = OpenPhotoFile(path);
+  if (fd < 0) {
+    return false;
+  }
+  const bool ok = ParseHeader(FileSource(fd), header);
+  ::close(fd);
+  return ok;
+}
+
+bool ParseImageHeader(std::string_view bytes, ImageHeader& header) {
+  return ParseHeader(MemorySource(bytes), header);
 }
 
 std::string ImageKindName(PhotoKind kind) {

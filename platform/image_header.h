@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace qbpd {
 
@@ -31,6 +32,9 @@ struct ImageHeader {
 // is missing, of another kind, or whose header is cut short or makes no
 // sense (a zero side, a side above 2^31 - 1, bits a format can't hold).
 bool ReadImageHeader(const std::string& path, ImageHeader& header);
+
+// The same for an image held in memory (an uploaded file, say).
+bool ParseImageHeader(std::string_view bytes, ImageHeader& header);
 
 // The kind of an image as a person names it: "JPEG image", "PNG image",
 // "TIFF image", "Bitmap image"; "" for kOther.

@@ -1,5 +1,6 @@
 #include "service/core_support.h"
 
+#include "platform/image_header.h"
 #include "service/checks.h"
 #include "service/html.h"
 
@@ -93,22 +94,21 @@ double ParseAmount(const std::string& text) {
 }
 
 std::optional<PhotoType> DetectPhotoType(const std::string& content) {
-  const auto starts = [&](std::string_view magic) {
-    return content.size() >= magic.size() &&
-           std::string_view(content).substr(0, magic.size()) == magic;
-  };
-  using namespace std::string_view_literals;
-  if (starts("\xFF\xD8\xFF"sv)) {
-    return PhotoType{"jpg", "image/jpeg"};
+  ImageHeader header;
+  if (!ParseImageHeader(content, header)) {
+    return std::nullopt;
   }
-  if (starts("\x89PNG\r\n\x1A\n"sv)) {
-    return PhotoType{"png", "image/png"};
-  }
-  if (starts("BM"sv) && content.size() >= 26) {
-    return PhotoType{"bmp", "image/bmp"};
-  }
-  if (starts("II*\0"sv) || starts("MM\0*"sv)) {
-    return PhotoType{"tif", "image/tiff"};
+  switch (header.kind) {
+    case PhotoKind::kJpeg:
+      return PhotoType{"jpg", "image/jpeg"};
+    case PhotoKind::kPng:
+      return PhotoType{"png", "image/png"};
+    case PhotoKind::kBmp:
+      return PhotoType{"bmp", "image/bmp"};
+    case PhotoKind::kTiff:
+      return PhotoType{"tif", "image/tiff"};
+    case PhotoKind::kOther:
+      break;
   }
   return std::nullopt;
 }

@@ -45,7 +45,9 @@ struct PhotoType {
   const char* extension;
   const char* mime;
 };
-// The kind of a photo by its first bytes, or nullopt.
+// The kind of a photo whose header (the JPEG frame, the PNG image header,
+// the TIFF directory, the bitmap's info header) reads whole and makes
+// sense, or nullopt.
 std::optional<PhotoType> DetectPhotoType(const std::string& content);
 
 // Writes a file completely or not at all.

@@ -5,6 +5,7 @@
 #include "service/data_folder.h"
 
 #include "service/service_core.h"
+#include "tests/service/service_fixture.h"
 #include "tests/support/temp_dir.h"
 
 #include <gtest/gtest.h>
@@ -18,8 +19,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using nlohmann::json;
-
-const std::string kJpeg = std::string("\xFF\xD8\xFF\xE0", 4) + "rest of jpeg";
 
 // The permission bits of `path` itself (a link is not followed); -1 when it
 // is missing.

@@ -176,6 +176,9 @@ TEST_F(ServiceTest, UploadRefusals) {
       {code, "", "plain text, not a photo", "3002", false, 200},
       {code, "", "GIF89a....", "3002", false, 200},
       {code, "", "", "3002", false, 200},
+      {code, "", kJpegMagicOnly, "3002", false, 200},
+      {code, "", kPngMagicOnly, "3002", false, 200},
+      {code, "", kJpegOfNoSize, "3002", false, 200},
       {code, "", std::string(kTestUploadLimit + 1, '\xFF'), "3003", false, 413},
       {"not-a-session", "", kPng, "1001", true, 200},
       {code, "99999", kPng, "3001", true, 200},  // no such album

@@ -19,11 +19,30 @@ inline constexpr std::size_t kTestUploadLimit = 256 * 1024;
 // The tests choose the demonstration account's password.
 inline constexpr char kTestDemoPassword[] = "test-demo-password";
 
-// The smallest files that carry each photo type's magic bytes.
-inline const std::string kPng =
-    std::string("\x89PNG\r\n\x1A\n", 8) + "rest of png";
-inline const std::string kJpeg =
+// The smallest files whose headers read whole: a PNG signature with its
+// image header (16 x 16, 8-bit RGB, CRC included), and a JPEG's start, its
+// frame header (16 x 16, three components) and its end. Neither holds
+// pixels: the service checks headers, it decodes nothing.
+inline const std::string kPng = std::string(
+    "\x89PNG\r\n\x1A\n"
+    "\0\0\0\x0DIHDR\0\0\0\x10\0\0\0\x10\x08\x02\0\0\0\x90\x91\x68\x36",
+    33);
+inline const std::string kJpeg = std::string(
+    "\xFF\xD8"
+    "\xFF\xC0\0\x11\x08\0\x10\0\x10\x03\x01\x22\0\x02\x11\x01\x03\x11\x01"
+    "\xFF\xD9",
+    23);
+// Files that begin as a photo but whose header is cut short or makes no
+// sense: refused like any other file that is no photo.
+inline const std::string kJpegMagicOnly =
     std::string("\xFF\xD8\xFF\xE0", 4) + "rest of jpeg";
+inline const std::string kPngMagicOnly =
+    std::string("\x89PNG\r\n\x1A\n", 8) + "rest of png";
+inline const std::string kJpegOfNoSize = std::string(
+    "\xFF\xD8"
+    "\xFF\xC0\0\x11\x08\0\0\0\x10\x03\x01\x22\0\x02\x11\x01\x03\x11\x01"
+    "\xFF\xD9",
+    23);
 
 // A running service on a free loopback port, with a clock the test moves.
 class ServiceTest : public ::testing::Test {
