@@ -324,7 +324,7 @@ std::string ErrorText(std::string_view code) {
   struct Entry {
     std::string_view code, text;
   };
-  static constexpr std::array<Entry, 30> kTexts = {{
+  static constexpr std::array<Entry, 31> kTexts = {{
       {"1001", "Your session has ended. Please log in again."},
       {"1002", "Your address book is empty."},
       {"2001", "Please enter a valid first name."},
@@ -347,6 +347,8 @@ std::string ErrorText(std::string_view code) {
       {"2019", "The card number is not valid."},
       {"2020", "Please enter a valid billing zip code."},
       {"2021", "A Quillbay account with your email address already exists."},
+      {"2022",
+       "Too many failed logins. Please wait a few minutes and try again."},
       {"3001", "The album was not found."},
       {"3002", "Only JPEG, PNG, BMP and TIFF photos can be uploaded."},
       {"3003", "The photo is larger than the upload limit."},

@@ -18,6 +18,8 @@ namespace qbpd::service {
 
 inline constexpr const char* kFailedCode = "9999";
 inline constexpr const char* kSessionCode = "1001";
+// Too many failed logins for the account or from the address.
+inline constexpr const char* kThrottledCode = "2022";
 inline constexpr std::size_t kFileNameBytes = 12;
 inline constexpr int kMaxQuantity = 9999;
 

@@ -58,24 +58,25 @@ Server::Server(ServiceCore& core) : impl_(std::make_unique<Impl>(core)) {
   // eight workers a ninth program would wait for another's connection to end.
   http.new_task_queue = [] { return new httplib::ThreadPool(kWorkers); };
 
-  http.Post(R"(/api/([A-Za-z]+))", [service](const httplib::Request& req,
-                                             httplib::Response& res) {
-    const json request = json::parse(req.body, nullptr, false);
-    if (request.is_discarded() || !request.is_object()) {
-      SendJson(res, kMalformed, Failure("9999"));
-      return;
-    }
-    try {
-      const auto answer = service->Call(req.matches[1].str(), request);
-      if (!answer) {
-        SendJson(res, kNotFound, Failure("9999"));
-        return;
-      }
-      SendJson(res, 200, *answer);
-    } catch (const BadRequest&) {
-      SendJson(res, kMalformed, Failure("9999"));
-    }
-  });
+  http.Post(R"(/api/([A-Za-z]+))",
+            [service](const httplib::Request& req, httplib::Response& res) {
+              const json request = json::parse(req.body, nullptr, false);
+              if (request.is_discarded() || !request.is_object()) {
+                SendJson(res, kMalformed, Failure("9999"));
+                return;
+              }
+              try {
+                const auto answer = service->Call(req.matches[1].str(), request,
+                                                  req.remote_addr);
+                if (!answer) {
+                  SendJson(res, kNotFound, Failure("9999"));
+                  return;
+                }
+                SendJson(res, 200, *answer);
+              } catch (const BadRequest&) {
+                SendJson(res, kMalformed, Failure("9999"));
+              }
+            });
 
   http.Post("/exuploadimages", [service](const httplib::Request& req,
                                          httplib::Response& res) {

@@ -9,19 +9,70 @@ namespace qbpd::service {
 
 using nlohmann::json;
 
-json ServiceCore::LoginUser(const json& request) {
+namespace {
+
+std::string Lowered(std::string text) {
+  for (char& c : text) {
+    c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  }
+  return text;
+}
+
+}  // namespace
+
+bool ServiceCore::PasswordIs(const std::string& hash,
+                             const std::string& password,
+                             Lock& lock) {
+  lock.unlock();
+  const bool same = options_.password_check
+                        ? options_.password_check(hash, password)
+                        : PasswordMatches(hash, password);
+  lock.lock();
+  return same;
+}
+
+json ServiceCore::LoginUser(const json& request,
+                            const std::string& client,
+                            Lock& lock) {
   const std::string email = Trim(Text(request, "email"));
   const std::string password = Text(request, "password");
-  auto find = db_->Prepare(
-      "SELECT id, password_hash, user_code FROM accounts WHERE email = ?");
-  find.Bind(1, email);
-  if (email.empty() || !find.Step()) {
-    return Failure("2006");
+  const std::string account_key = "account " + Lowered(email);
+  const std::string address_key = "address " + client;
+  const std::int64_t now = Now();
+  // A key with too many failed logins is refused before any check, so that
+  // guessing costs the guesser time and the service nothing.
+  if (account_throttle_.WaitFor(account_key, now) > 0 ||
+      (!client.empty() && address_throttle_.WaitFor(address_key, now) > 0)) {
+    return Failure(kThrottledCode);
   }
-  if (!PasswordMatches(find.Text(1), password)) {
+  const auto failed = [&](bool known_account) {
+    if (known_account) {
+      account_throttle_.Failed(account_key, Now());
+    }
+    if (!client.empty()) {
+      address_throttle_.Failed(address_key, Now());
+    }
+  };
+  std::int64_t id = 0;
+  std::string hash, user_code;
+  {  // The statement ends before the lock is given up.
+    auto find = db_->Prepare(
+        "SELECT id, password_hash, user_code FROM accounts WHERE email = ?");
+    find.Bind(1, email);
+    if (email.empty() || !find.Step()) {
+      failed(false);
+      return Failure("2006");
+    }
+    id = find.Int(0);
+    hash = find.Text(1);
+    user_code = find.Text(2);
+  }
+  if (!PasswordIs(hash, password, lock)) {
+    failed(true);
     return Failure("2007");
   }
-  return Ok({{"session", {NewSession(find.Int(0)), find.Text(2)}}});
+  account_throttle_.Succeeded(account_key);
+  return Ok({{"session", {NewSession(id), user_code}}});
 }
 
 namespace {
@@ -49,7 +100,7 @@ int ParseMonth(const std::string& text, int offset) {
 
 }  // namespace
 
-json ServiceCore::RegisterUser(const json& request) {
+json ServiceCore::RegisterUser(const json& request, Lock& lock) {
   auto fields = TextArray(request, "fields");
   fields.resize(std::max<size_t>(fields.size(), 16));
   for (auto& field : fields) {
@@ -88,9 +139,20 @@ json ServiceCore::RegisterUser(const json& request) {
   if (!code.empty()) {
     return Failure(code);
   }
-  auto exists = db_->Prepare("SELECT id FROM accounts WHERE email = ?");
-  exists.Bind(1, fields[2]);
-  if (exists.Step()) {
+  const auto taken = [&] {
+    auto exists = db_->Prepare("SELECT id FROM accounts WHERE email = ?");
+    exists.Bind(1, fields[2]);
+    return exists.Step();
+  };
+  if (taken()) {
+    return Failure("2021");
+  }
+  // The hash is made without the lock; another sign-up may take the address
+  // meanwhile, so it is asked again after.
+  lock.unlock();
+  const std::string password_hash = HashPassword(fields[3]);
+  lock.lock();
+  if (taken()) {
     return Failure("2021");
   }
   const std::string user_code = RandomHex(8);
@@ -100,7 +162,7 @@ json ServiceCore::RegisterUser(const json& request) {
       "card_masked, card_month, card_year, card_zip) VALUES (?, ?, ?, ?, ?, "
       "?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
   insert.Bind(1, fields[2])
-      .Bind(2, HashPassword(fields[3]))
+      .Bind(2, password_hash)
       .Bind(3, user_code)
       .Bind(4, fields[0])
       .Bind(5, fields[1]);
@@ -156,31 +218,31 @@ json ServiceCore::GetUserInfo(std::int64_t account) {
   });
 }
 
-json ServiceCore::UpdateUserAddress(std::int64_t account, const json& request) {
-  auto find = db_->Prepare(
-      "SELECT email, password_hash, user_code, first_name, last_name, "
-      "card_masked FROM accounts WHERE id = ?");
-  find.Bind(1, account);
-  if (!find.Step()) {
-    return Failure(kSessionCode);
-  }
-  std::string stored_email = find.Text(0);
-  std::string email = Trim(Text(request, "email"));
-  for (auto* text : {&stored_email, &email}) {
-    for (char& c : *text) {
-      c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+json ServiceCore::UpdateUserAddress(std::int64_t account,
+                                    const json& request,
+                                    Lock& lock) {
+  std::string stored_email, hash, user_code, first_name, last_name, stored_card;
+  {  // The statement ends before the lock is given up.
+    auto find = db_->Prepare(
+        "SELECT email, password_hash, user_code, first_name, last_name, "
+        "card_masked FROM accounts WHERE id = ?");
+    find.Bind(1, account);
+    if (!find.Step()) {
+      return Failure(kSessionCode);
     }
+    stored_email = find.Text(0);
+    hash = find.Text(1);
+    user_code = find.Text(2);
+    first_name = find.Text(3);
+    last_name = find.Text(4);
+    stored_card = find.Text(5);
   }
-  if (email != stored_email) {
+  if (Lowered(Trim(Text(request, "email"))) != Lowered(stored_email)) {
     return Failure("2006");
   }
-  if (!PasswordMatches(find.Text(1), Text(request, "password"))) {
+  if (!PasswordIs(hash, Text(request, "password"), lock)) {
     return Failure("2007");
   }
-  const std::string user_code = find.Text(2);
-  const std::string first_name = find.Text(3);
-  const std::string last_name = find.Text(4);
-  const std::string stored_card = find.Text(5);
 
   auto address = TextArray(request, "address");
   address.resize(std::max<size_t>(address.size(), 8));

@@ -95,7 +95,9 @@ json Failure(const std::string& code) {
 }
 
 ServiceCore::ServiceCore(ServiceOptions options)
-    : options_(std::move(options)) {
+    : options_(std::move(options)),
+      account_throttle_(options_.account_throttle),
+      address_throttle_(options_.address_throttle) {
   if (sodium_init() < 0) {
     throw std::runtime_error("libsodium could not start");
   }
@@ -325,14 +327,15 @@ std::string ServiceCore::NewSession(std::int64_t account) {
 }
 
 std::optional<json> ServiceCore::Call(const std::string& operation,
-                                      const json& request) {
+                                      const json& request,
+                                      const std::string& client) {
   CheckRequestShape(operation, request);
-  std::lock_guard lock(mutex_);
+  Lock lock(mutex_);
   if (operation == "LoginUser") {
-    return LoginUser(request);
+    return LoginUser(request, client, lock);
   }
   if (operation == "RegisterUser") {
-    return RegisterUser(request);
+    return RegisterUser(request, lock);
   }
   if (operation == "GetPriceList") {
     return GetPriceList();
@@ -368,7 +371,7 @@ std::optional<json> ServiceCore::Call(const std::string& operation,
   if (operation == "ConfirmOrder") {
     return ConfirmOrder(*account, request);
   }
-  return UpdateUserAddress(*account, request);
+  return UpdateUserAddress(*account, request, lock);
 }
 
 }  // namespace qbpd::service

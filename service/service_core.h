@@ -1,6 +1,8 @@
 #ifndef QBPD_SERVICE_SERVICE_CORE_H_
 #define QBPD_SERVICE_SERVICE_CORE_H_
 
+#include "service/login_throttle.h"
+
 #include <nlohmann/json.hpp>
 
 #include <cstdint>
@@ -40,6 +42,13 @@ struct ServiceOptions {
   std::string upgrade_version = "1.1.0";
   // Unix seconds; the system clock when empty.
   std::function<std::int64_t()> now;
+  // Whether `password` is the one whose hash is `hash`; libsodium's check
+  // when empty. It runs outside the service's lock: it is slow on purpose.
+  std::function<bool(const std::string& hash, const std::string& password)>
+      password_check;
+  // Failed logins per account and per client address.
+  ThrottlePolicy account_throttle;
+  ThrottlePolicy address_throttle{.free_failures = 10, .lock_after = 50};
 };
 
 struct PageResult {
@@ -72,10 +81,12 @@ class ServiceCore {
   ~ServiceCore();
 
   // One data operation: the request object in, the response envelope out.
+  // `client` is the address the request came from ("" when unknown).
   // Throws BadRequest for a request of the wrong shape; an unknown operation
   // gives std::nullopt.
   std::optional<nlohmann::json> Call(const std::string& operation,
-                                     const nlohmann::json& request);
+                                     const nlohmann::json& request,
+                                     const std::string& client = "");
 
   // One uploaded photo with the query values of the upload URL.
   nlohmann::json Upload(const std::map<std::string, std::string>& query,
@@ -106,8 +117,16 @@ class ServiceCore {
   void Seed();
   void SeedDemo();
 
-  nlohmann::json LoginUser(const nlohmann::json& request);
-  nlohmann::json RegisterUser(const nlohmann::json& request);
+  // The operations that check or hash a password are given the lock, which
+  // they give up while they do.
+  using Lock = std::unique_lock<std::mutex>;
+  bool PasswordIs(const std::string& hash,
+                  const std::string& password,
+                  Lock& lock);
+  nlohmann::json LoginUser(const nlohmann::json& request,
+                           const std::string& client,
+                           Lock& lock);
+  nlohmann::json RegisterUser(const nlohmann::json& request, Lock& lock);
   nlohmann::json GetUserInfo(std::int64_t account);
   nlohmann::json GetPriceList();
   nlohmann::json GetAlbumList(std::int64_t account);
@@ -121,7 +140,8 @@ class ServiceCore {
   nlohmann::json ConfirmOrder(std::int64_t account,
                               const nlohmann::json& request);
   nlohmann::json UpdateUserAddress(std::int64_t account,
-                                   const nlohmann::json& request);
+                                   const nlohmann::json& request,
+                                   Lock& lock);
 
   std::optional<std::int64_t> OwnAlbum(std::int64_t account,
                                        const std::string& album_id);
@@ -140,6 +160,8 @@ class ServiceCore {
   std::string new_demo_password_;
   std::mutex mutex_;
   std::unique_ptr<Db> db_;
+  LoginThrottle account_throttle_;
+  LoginThrottle address_throttle_;
 };
 
 // The response envelope of a failure with the code's own sentence.

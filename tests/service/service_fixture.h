@@ -10,6 +10,7 @@
 #include <nlohmann/json.hpp>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <thread>
 
@@ -56,6 +57,9 @@ class ServiceTest : public ::testing::Test {
     options.demo_password = kTestDemoPassword;
     options.max_upload_bytes = kTestUploadLimit;
     options.now = [this] { return now_.load(); };
+    if (adjust_) {
+      adjust_(options);
+    }
     core_ = std::make_unique<ServiceCore>(std::move(options));
     server_ = std::make_unique<Server>(*core_);
     port_ = server_->Bind("127.0.0.1", 0);
@@ -151,6 +155,8 @@ class ServiceTest : public ::testing::Test {
   testing::TempDir dir_;
   // 2026-03-01, so that the cards of the tests are current.
   std::atomic<std::int64_t> now_{1772323200};
+  // Set by a derived fixture's constructor to change the service's options.
+  std::function<void(ServiceOptions&)> adjust_;
   std::unique_ptr<ServiceCore> core_;
   std::unique_ptr<Server> server_;
   std::thread thread_;
