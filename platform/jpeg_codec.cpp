@@ -18,20 +18,6 @@ struct TurboBuffer {
   ~TurboBuffer() { tjFree(data); }
 };
 
-int TransformOf(int turn, bool mirror) {
-  // A turn followed by a flip left to right is one of the transposes.
-  switch (turn) {
-    case 90:
-      return mirror ? TJXOP_TRANSPOSE : TJXOP_ROT90;
-    case 180:
-      return mirror ? TJXOP_VFLIP : TJXOP_ROT180;
-    case 270:
-      return mirror ? TJXOP_TRANSVERSE : TJXOP_ROT270;
-    default:
-      return mirror ? TJXOP_HFLIP : TJXOP_NONE;
-  }
-}
-
 }  // namespace
 
 std::optional<JpegInfo> ReadJpegInfo(const Bytes& jpeg) {
@@ -60,22 +46,6 @@ std::optional<Bytes> EncodeRgb(const std::uint8_t* rgb,
   if (!handle || tjCompress2(handle.get(), rgb, width, /*pitch=*/0, height,
                              TJPF_RGB, &out.data, &out.size, subsampling,
                              quality, TJFLAG_ACCURATEDCT) != 0) {
-    return std::nullopt;
-  }
-  return Bytes(out.data, out.data + out.size);
-}
-
-std::optional<Bytes> TurnLosslessly(const Bytes& jpeg, int turn, bool mirror) {
-  const TurboHandle handle(tjInitTransform());
-  if (!handle) {
-    return std::nullopt;
-  }
-  tjtransform transform{};
-  transform.op = TransformOf(turn, mirror);
-  transform.options = TJXOPT_PERFECT | TJXOPT_COPYNONE;
-  TurboBuffer out;
-  if (tjTransform(handle.get(), jpeg.data(), jpeg.size(), 1, &out.data,
-                  &out.size, &transform, /*flags=*/0) != 0) {
     return std::nullopt;
   }
   return Bytes(out.data, out.data + out.size);

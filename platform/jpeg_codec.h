@@ -2,7 +2,7 @@
 #define QBPD_PLATFORM_JPEG_CODEC_H_
 
 // For the platform's implementations only: libjpeg-turbo's encoder, header
-// reader and lossless transform over bytes in memory.
+// reader over bytes in memory.
 #include "platform/jpeg_metadata.h"
 
 #include <optional>
@@ -30,13 +30,6 @@ std::optional<Bytes> EncodeRgb(const std::uint8_t* rgb,
                                int height,
                                int subsampling,
                                int quality);
-
-// Turns the picture of `jpeg` without decoding it: a clockwise `turn` (0,
-// 90, 180, 270) and then, with `mirror`, a flip left to right. Nothing when
-// the turn isn't exact for this picture (its partial blocks at the right or
-// bottom edge would land at the left or top) or the file is broken. The
-// result holds no metadata segments.
-std::optional<Bytes> TurnLosslessly(const Bytes& jpeg, int turn, bool mirror);
 
 }  // namespace qbpd
 

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <memory>
 #include <optional>
+#include <string>
+#include <string_view>
 #include <utility>
 
 namespace qbpd {
@@ -69,6 +71,103 @@ bool IsMetadata(std::uint8_t marker) {
 bool IsExif(const Bytes& segment) {
   return segment.size() >= 4 + kExifHeaderSize && segment[1] == kApp1 &&
          std::memcmp(segment.data() + 4, kExifHeader, kExifHeaderSize) == 0;
+}
+
+constexpr char kXmpHeader[] = "http://ns.adobe.com/xap/1.0/";
+constexpr std::size_t kXmpHeaderSize = sizeof(kXmpHeader);  // with its NUL
+constexpr std::string_view kTiffNamespace = "http://ns.adobe.com/tiff/1.0/";
+
+bool IsXmp(const Bytes& segment) {
+  return segment.size() >= 4 + kXmpHeaderSize && segment[1] == kApp1 &&
+         std::memcmp(segment.data() + 4, kXmpHeader, kXmpHeaderSize) == 0;
+}
+
+bool IsSpace(char c) {
+  return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
+// The prefixes the packet binds to the TIFF namespace ("tiff" when it binds
+// none, as packets that leave out the declaration mean).
+std::vector<std::string> TiffPrefixes(std::string_view packet) {
+  std::vector<std::string> prefixes;
+  constexpr std::string_view kXmlns = "xmlns:";
+  for (std::size_t at = packet.find(kXmlns); at != std::string_view::npos;
+       at = packet.find(kXmlns, at + 1)) {
+    const std::size_t name = at + kXmlns.size();
+    const std::size_t equals = packet.find('=', name);
+    if (equals == std::string_view::npos) {
+      break;
+    }
+    std::size_t value = equals + 1;
+    while (value < packet.size() && IsSpace(packet[value])) {
+      ++value;
+    }
+    if (value < packet.size() &&
+        (packet[value] == '"' || packet[value] == '\'') &&
+        packet.compare(value + 1, kTiffNamespace.size(), kTiffNamespace) == 0) {
+      std::size_t end = equals;
+      while (end > name && IsSpace(packet[end - 1])) {
+        --end;
+      }
+      prefixes.emplace_back(packet.substr(name, end - name));
+    }
+  }
+  if (prefixes.empty()) {
+    prefixes.emplace_back("tiff");
+  }
+  return prefixes;
+}
+
+// Sets every TIFF Orientation of an XMP packet to normal, as an attribute
+// (tiff:Orientation="6") or an element (<tiff:Orientation>6<...), in place:
+// the value is one digit either way, so the segment keeps its length.
+void NormalXmpOrientation(Bytes& segment) {
+  if (!IsXmp(segment)) {
+    return;
+  }
+  const std::size_t start = 4 + kXmpHeaderSize;
+  std::string_view packet(reinterpret_cast<const char*>(segment.data()) + start,
+                          segment.size() - start);
+  for (const std::string& prefix : TiffPrefixes(packet)) {
+    const std::string name = prefix + ":Orientation";
+    for (std::size_t at = packet.find(name); at != std::string_view::npos;
+         at = packet.find(name, at + 1)) {
+      std::size_t value = at + name.size();
+      // The name must end here (not tiff:OrientationX), and not be a
+      // closing tag.
+      if (at > 0 && packet[at - 1] == '/') {
+        continue;
+      }
+      while (value < packet.size() && IsSpace(packet[value])) {
+        ++value;
+      }
+      if (value < packet.size() && packet[value] == '=') {
+        ++value;
+        while (value < packet.size() && IsSpace(packet[value])) {
+          ++value;
+        }
+        if (value < packet.size() &&
+            (packet[value] == '"' || packet[value] == '\'')) {
+          ++value;
+        } else {
+          continue;
+        }
+      } else if (value < packet.size() && packet[value] == '>') {
+        ++value;
+      } else {
+        continue;
+      }
+      while (value < packet.size() && IsSpace(packet[value])) {
+        ++value;
+      }
+      if (value < packet.size() && packet[value] >= '1' &&
+          packet[value] <= '8' &&
+          (value + 1 >= packet.size() || packet[value + 1] < '0' ||
+           packet[value + 1] > '9')) {
+        segment[start + value] = '1';
+      }
+    }
+  }
 }
 
 struct ExifDeleter {
@@ -221,7 +320,11 @@ bool PutMetadata(Bytes& jpeg,
                jpeg.begin() + static_cast<long>(own->front().end));
   }
   for (const Bytes& segment : segments) {
-    if (!IsExif(segment)) {
+    if (IsXmp(segment)) {
+      Bytes xmp = segment;
+      NormalXmpOrientation(xmp);
+      out.insert(out.end(), xmp.begin(), xmp.end());
+    } else if (!IsExif(segment)) {
       out.insert(out.end(), segment.begin(), segment.end());
     } else if (std::optional<Bytes> exif = UpdatedExif(segment, picture)) {
       out.insert(out.end(), exif->begin(), exif->end());

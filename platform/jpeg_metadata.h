@@ -33,7 +33,8 @@ struct NewPicture {
 // Puts `segments` into `jpeg` (a fresh encoding or transform, whose own
 // metadata segments other than its JFIF header are dropped), with the EXIF
 // data brought up to date: Orientation normal, the pixel sizes those of the
-// new picture, and its preview made anew from it. An EXIF block that would
+// new picture, and its preview made anew from it; an XMP packet's TIFF
+// Orientation, if it has one, is set to normal too. An EXIF block that would
 // no longer fit its segment loses its preview rather than keep a stale one.
 // False when `jpeg` is no JPEG.
 bool PutMetadata(Bytes& jpeg,

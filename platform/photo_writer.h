@@ -42,15 +42,17 @@ Bytes MakePreview(const vips::VImage& picture);
 
 // The file that a turn of `source` makes, ready to be written: the turn is
 // `degrees` clockwise (a multiple of 90) of the photo as it stands upright.
-// A JPEG is turned without decoding where that is exact, else decoded,
-// turned and encoded once at kEditQuality with its own subsampling; its
-// metadata goes along (Orientation normal, the preview made anew). Another
-// kind is decoded and encoded as a JPEG. Nothing when the source can't be
-// read.
+// A JPEG in YCbCr or grey is turned on its coefficients (TurnJpeg: lossless
+// where the blocks land whole, else one requantisation of the planes whose
+// partial edge blocks would move); another JPEG is decoded, turned and
+// encoded once at kEditQuality with its own subsampling. The metadata goes
+// along (Orientation normal, the preview made anew). Another kind is decoded
+// and encoded as a JPEG. Nothing when the source can't be read.
 struct PreparedPhoto {
   PhotoBytes source;
   std::string source_path;
   Bytes jpeg;
+  // Every block of the picture moved unchanged.
   bool lossless = false;
 };
 std::optional<PreparedPhoto> PrepareTurnedPhoto(const std::string& source,

@@ -190,6 +190,42 @@ TEST_F(ImageRotationTest, TurnsWhatTheUserSeesAndSavesItUpright) {
   EXPECT_EQ(images_->CompareExifPreview(source), ExifPreview::kMatches);
 }
 
+// An XMP segment whose packet gives the TIFF orientation `value`.
+std::string XmpSegment(const std::string& value) {
+  const std::string packet =
+      std::string("http://ns.adobe.com/xap/1.0/") + '\0' +
+      "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\"><rdf:RDF "
+      "xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\">"
+      "<rdf:Description xmlns:tiff=\"http://ns.adobe.com/tiff/1.0/\" "
+      "tiff:Orientation=\"" +
+      value + "\"/></rdf:RDF></x:xmpmeta>";
+  const std::size_t length = packet.size() + 2;
+  return std::string("\xFF\xE1") + static_cast<char>(length >> 8) +
+         static_cast<char>(length & 0xFF) + packet;
+}
+
+TEST_F(ImageRotationTest, AnXmpOrientationIsSetNormalToo) {
+  // Beside an EXIF orientation of 6, and alone in a photo without EXIF
+  // data (shown as stored, so turned as stored).
+  const std::string both = Photo("both.jpg", 640, 480, 6);
+  const std::string alone = (dir_ / "alone.jpg").string();
+  ASSERT_TRUE(WriteTestPhoto(alone, 640, 480, 5));
+  for (const std::string& path : {both, alone}) {
+    SCOPED_TRACE(path);
+    std::string bytes = ReadFile(path);
+    bytes.insert(2, XmpSegment("6"));
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
+    const vips::VImage upright =
+        path == both ? Decoded(path).rot90() : Decoded(path);
+    ASSERT_EQ(images_->ImageRotation(path, path, 90), 1);
+    const std::string turned = ReadFile(path);
+    EXPECT_NE(turned.find("tiff:Orientation=\"1\""), std::string::npos);
+    EXPECT_EQ(turned.find("tiff:Orientation=\"6\""), std::string::npos);
+    EXPECT_EQ(OrientationOf(path), 1);
+    EXPECT_LT(MeanDifference(Decoded(path), upright.rot90()), kRounding);
+  }
+}
+
 TEST_F(ImageRotationTest, KeepsTheOtherMetadata) {
   const std::string source = Photo("note.jpg", 640, 480);
   std::string bytes = ReadFile(source);
