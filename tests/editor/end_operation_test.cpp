@@ -156,6 +156,47 @@ TEST_F(EndOperationTest, ADialogOfTheDisplayIsClosedAndThePhotoOpens) {
   EXPECT_TRUE(Messages().empty());
 }
 
+TEST_F(EndOperationTest, TheRealDialogsAreUnloadedAndTheHandedPhotoStays) {
+  // The photo information, the slide show and the wallpaper dialog, each
+  // opened by its own command and open (modal) when the second start comes.
+  struct Case {
+    Control* command;
+    const char* form;
+    int operation;
+  };
+  for (const Case& c : {Case{&main().imgInfo, "frmPhotoInfo", 6},
+                        Case{&main().imgSlideShow, "frmSlideShow", 7},
+                        Case{&main().imgWallpaper, "frmWallpaper", 8}}) {
+    SCOPED_TRACE(c.form);
+    ClickPhoto(0);
+    // Each second start hands over the photo not on display (after the
+    // first, the window holds the handed photo alone).
+    const std::string shown = main().ctlDisplayImage.PhotoPath();
+    const std::string handed = shown == other_ ? photo_ : other_;
+    int operation_during = -1;
+    bool open_during = false;
+    host().Queue("a second start with a photo", [&] {
+      Form* dialog = app().forms().Find(c.form);
+      open_during = dialog != nullptr && dialog->Visible();
+      operation_during = session().giCurrentOperation;
+      WriteCommandImage(app(), handed);
+      main().SetWindowState(kWindowMinimized);
+      main().SetWindowState(kWindowNormal);
+    });
+    user::Click(*c.command);
+    host().Run();
+    host().Advance(500);
+    EXPECT_TRUE(open_during);
+    EXPECT_EQ(operation_during, c.operation);
+    EXPECT_EQ(app().forms().Find(c.form), nullptr);
+    EXPECT_EQ(session().giCurrentOperation, 0);
+    EXPECT_EQ(main().ctlDisplayImage.PhotoPath(), handed);
+    EXPECT_EQ(session().gsSelectedImage, handed);
+    EXPECT_EQ(main().lblDisplayImageName.Caption(), BaseName(handed));
+  }
+  EXPECT_TRUE(Messages().empty());
+}
+
 TEST_F(EndOperationTest, ARenameOrAnUnknownOperationRefusesSilently) {
   for (int operation : {10, 14, 20}) {
     session().giCurrentOperation = operation;
