@@ -4,6 +4,7 @@
 #include "platform/image_operations.h"
 #include "platform/photo_kind.h"
 #include "platform/photo_writer.h"
+#include "platform/turn_ahead.h"
 #include "platform/vips_image_facts.h"
 #include "platform/vips_jpeg.h"
 #include "platform/vips_photo_load.h"
@@ -18,7 +19,6 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
-#include <future>
 #include <optional>
 #include <sys/stat.h>
 #include <system_error>
@@ -39,8 +39,6 @@ constexpr char kCacheSuffix[] = ".qpd";
 // Loaders are asked to give up on a truncated file or a serious decoding
 // error, so a broken photo fails instead of turning grey halfway down.
 constexpr char kLoaderOptions[] = "fail_on=error";
-// How many turns a batch may have started ahead of the one it writes.
-constexpr std::size_t kMostAhead = 2;
 
 // Writes a thumbnail in place of the old one, whole or not at all. There is
 // no fsync: a thumbnail is made again from its photo whenever it is missing,
@@ -223,7 +221,7 @@ class VipsImageOperations final : public ImageOperations {
       return 0;
     }
     try {
-      std::optional<PreparedPhoto> prepared = TakeAhead(source, angle);
+      std::optional<PreparedPhoto> prepared = ahead_.Take(source, angle);
       // Work done ahead on a photo that changed since is done again.
       if (!prepared || !StillTheSame(source, prepared->source)) {
         prepared = PrepareTurnedPhoto(source, angle);
@@ -235,16 +233,9 @@ class VipsImageOperations final : public ImageOperations {
   }
 
   void PrepareImageRotation(const std::string& source, int angle) override {
-    if ((angle != 90 && angle != -90) || ahead_.size() >= kMostAhead) {
-      return;
+    if (angle == 90 || angle == -90) {
+      ahead_.Start(source, angle);
     }
-    Ahead ahead;
-    ahead.source = source;
-    ahead.angle = angle;
-    ahead.result = std::async(std::launch::async, [source, angle] {
-      return PrepareTurnedPhoto(source, angle);
-    });
-    ahead_.push_back(std::move(ahead));
   }
 
   int DeleteThumbnailFile(const std::string& source) override {
@@ -274,27 +265,6 @@ class VipsImageOperations final : public ImageOperations {
   }
 
  private:
-  // A turn started ahead on a hint, and its result once done.
-  struct Ahead {
-    std::string source;
-    int angle = 0;
-    std::future<std::optional<PreparedPhoto>> result;
-  };
-
-  // The work done ahead for this turn, if a hint started it; hints before it
-  // that were not followed are dropped (their work is waited for, since it
-  // runs on the photos, and thrown away).
-  std::optional<PreparedPhoto> TakeAhead(const std::string& source, int angle) {
-    for (auto it = ahead_.begin(); it != ahead_.end(); ++it) {
-      if (it->source == source && it->angle == angle) {
-        std::optional<PreparedPhoto> result = it->result.get();
-        ahead_.erase(ahead_.begin(), it + 1);
-        return result;
-      }
-    }
-    return std::nullopt;
-  }
-
   // The entries of the cache by photo and parameters ("<folder hash>-<photo
   // hash>-" + "-<size>q<quality>.qpd"), read from the folder once, so that a
   // new thumbnail finds its photo's stale ones without reading the whole
@@ -532,7 +502,7 @@ class VipsImageOperations final : public ImageOperations {
 
   std::string cache_folder_;
   std::optional<CacheIndex> index_;
-  std::vector<Ahead> ahead_;
+  TurnAhead ahead_;
   guint log_handler_;
 };
 
