@@ -173,8 +173,9 @@ void frmMainWindow::ArrangeEditPanels(int left,
   e.picCropOrntCont.Move(kIndent, cy, inner, 2 * kLine);
   e.optHor.Move(kIndent, 0, inner / 2 - kIndent, kLine);
   e.optVer.Move(inner / 2, 0, inner / 2 - kIndent, kLine);
-  e.imgCropHor.Move(kIndent, kLine, 450, kLine - 30);
-  e.imgCropVert.Move(inner / 2, kLine - 60, 250, kLine + 30);
+  // At the sizes of their pictures (30 x 18 and 17 x 22 pixels).
+  e.imgCropHor.Move(kIndent, kLine + 30, 450, 270);
+  e.imgCropVert.Move(inner / 2, kLine, 255, 330);
   cy += 2 * kLine + kGap;
   e.lblResize.Move(kIndent, cy, inner, kLine);
   cy += kLine;
@@ -291,6 +292,9 @@ void frmMainWindow::SetEditPanel(int mode) {
 
   ShowButtonState(s_, imgApplyChanges, mode == kCropOperation ? "27" : "28",
                   kPictureNormal);
+  // The orientation options' pictures: a print wider than tall, and taller.
+  e.imgCropHor.SetPicture(ButtonPicture(s_, "G11"));
+  e.imgCropVert.SetPicture(ButtonPicture(s_, "G12"));
   if (!GenerateThumbnail(s_.gsSelectedImage)) {
     host().MsgBox("Error in generating the thumbnail", kMbStop, s_.gsAppTitle);
   }

@@ -2,6 +2,7 @@
 // texts, apply and cancel on each, and the failures of a write.
 #include "tests/editor/editor_fixture.h"
 
+#include <filesystem>
 #include <unistd.h>
 
 namespace qbpd {
@@ -56,6 +57,16 @@ TEST_F(EditPanelsTest, EachPanelTakesThePlaceOfTheFolderPaneAndTheGrid) {
         std::string(c.apply_picture) + ".png"))
         << w.imgApplyChanges.Picture();
     EXPECT_TRUE(w.FieldValue("mbFitToWidth").ToBool());
+    if (c.operation == 1) {
+      // The orientation options show their pictures, files of the set.
+      for (const auto& [picture, name] :
+           {std::pair{&w.edit.imgCropHor, "G11.png"},
+            std::pair{&w.edit.imgCropVert, "G12.png"}}) {
+        EXPECT_TRUE(picture->Picture().ends_with(name)) << picture->Picture();
+        EXPECT_TRUE(std::filesystem::is_regular_file(picture->Picture()))
+            << picture->Picture();
+      }
+    }
     user::Click(w.imgCancel);
     EXPECT_EQ(session().giCurrentOperation, 0);
     EXPECT_FALSE(c.panel->Visible());
