@@ -33,6 +33,38 @@ TEST(EditorOverlayTest, CornersComeBeforeEdgesAndEdgesBeforeTheInside) {
   EXPECT_EQ(CropHandleAt(QRectF(), QPointF(0, 0), 8), CropHandle::kNone);
 }
 
+TEST(EditorOverlayTest, HandlesStayWholeInTheViewAndWhereThePointerFindsThem) {
+  const CropHandle order[] = {CropHandle::kTopLeft,  CropHandle::kTop,
+                              CropHandle::kTopRight, CropHandle::kLeft,
+                              CropHandle::kRight,    CropHandle::kBottomLeft,
+                              CropHandle::kBottom,   CropHandle::kBottomRight};
+  const QRectF view(0, 0, 400, 300);
+  // A box in the middle: every handle centred on its point.
+  const QRectF middle(100, 100, 200, 100);
+  const std::vector<QRectF> centred = CropHandleRects(middle, view);
+  ASSERT_EQ(centred.size(), 8U);
+  EXPECT_EQ(centred[0].center(), middle.topLeft());
+  EXPECT_EQ(centred[7].center(), middle.bottomRight());
+  // A box as large as the view (a photo fitted to it, the box at its
+  // edges), and one past the view's right and bottom edges: every handle
+  // whole inside the view, and the pointer over it finds that handle.
+  for (const QRectF& box : {QRectF(0, 0, 400, 300), QRectF(150, 120, 250, 180),
+                            QRectF(200, 150, 260, 200)}) {
+    const std::vector<QRectF> handles = CropHandleRects(box, view);
+    ASSERT_EQ(handles.size(), 8U);
+    for (std::size_t i = 0; i < handles.size(); ++i) {
+      const QRectF& handle = handles[i];
+      EXPECT_TRUE(view.contains(handle))
+          << i << ": " << handle.x() << "," << handle.y();
+      EXPECT_DOUBLE_EQ(handle.width(), kHandleSize);
+      if (box.right() <= view.right() && box.bottom() <= view.bottom()) {
+        EXPECT_EQ(CropHandleAt(box, handle.center(), kHandleReach), order[i])
+            << i;
+      }
+    }
+  }
+}
+
 TEST(EditorOverlayTest, EachPartHasItsPointer) {
   EXPECT_EQ(CursorFor(CropHandle::kTopLeft), Qt::SizeFDiagCursor);
   EXPECT_EQ(CursorFor(CropHandle::kBottomRight), Qt::SizeFDiagCursor);

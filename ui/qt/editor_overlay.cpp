@@ -15,9 +15,6 @@
 namespace qbpd {
 namespace {
 
-// How near a handle the pointer must be, in view pixels.
-constexpr double kHandleReach = 8.0;
-constexpr double kHandleSize = 8.0;
 // The loupe: its radius in view pixels and how much it enlarges.
 constexpr int kLoupeRadius = 80;
 constexpr int kLoupeZoom = 3;
@@ -81,6 +78,30 @@ CropHandle CropHandleAt(const QRectF& box, QPointF p, double reach) {
     return CropHandle::kBottom;
   }
   return box.contains(p) ? CropHandle::kInside : CropHandle::kNone;
+}
+
+std::vector<QRectF> CropHandleRects(const QRectF& box, const QRectF& area) {
+  const double half = kHandleSize / 2;
+  const double xs[] = {box.left(), box.center().x(), box.right()};
+  const double ys[] = {box.top(), box.center().y(), box.bottom()};
+  std::vector<QRectF> handles;
+  for (int row = 0; row < 3; ++row) {
+    for (int column = 0; column < 3; ++column) {
+      if (row == 1 && column == 1) {
+        continue;
+      }
+      // Centred on its point, or pushed inside the area by at most half its
+      // size: still well within the pointer's reach of the point.
+      const double x =
+          std::clamp(xs[column], area.left() + half,
+                     std::max(area.left() + half, area.right() - half - 1));
+      const double y =
+          std::clamp(ys[row], area.top() + half,
+                     std::max(area.top() + half, area.bottom() - half - 1));
+      handles.emplace_back(x - half, y - half, kHandleSize, kHandleSize);
+    }
+  }
+  return handles;
 }
 
 Qt::CursorShape CursorFor(CropHandle handle) {
@@ -163,23 +184,18 @@ void EditorToolsOverlay::PaintCrop(QPainter& painter,
     painter.drawLine(QPointF(box.left(), box.top() + box.height() * i / 3),
                      QPointF(box.right(), box.top() + box.height() * i / 3));
   }
+  // The outline and the handles stay inside the view, so that a box at the
+  // edge of a photo fitted to the view keeps them whole in sight.
+  const QRectF area(QPointF(0, 0), QSizeF(mapping.viewport));
+  const QRectF outline = box.intersected(area.adjusted(1, 1, -2, -2));
   painter.setPen(QPen(QColor(20, 20, 20), 3));
-  painter.drawRect(box);
+  painter.drawRect(outline);
   painter.setPen(QPen(Qt::white, 1));
-  painter.drawRect(box);
-  // The eight handles.
-  const double half = kHandleSize / 2;
-  const double xs[] = {box.left(), box.center().x(), box.right()};
-  const double ys[] = {box.top(), box.center().y(), box.bottom()};
+  painter.drawRect(outline);
   painter.setPen(QPen(QColor(20, 20, 20), 1));
   painter.setBrush(Qt::white);
-  for (double hx : xs) {
-    for (double hy : ys) {
-      if (hx == xs[1] && hy == ys[1]) {
-        continue;
-      }
-      painter.drawRect(QRectF(hx - half, hy - half, kHandleSize, kHandleSize));
-    }
+  for (const QRectF& handle : CropHandleRects(box, area)) {
+    painter.drawRect(handle);
   }
 }
 

@@ -4,6 +4,7 @@
 #include "ui/qt/view_overlay.h"
 
 #include <functional>
+#include <vector>
 
 namespace qbpd {
 
@@ -28,6 +29,16 @@ enum class CropHandle {
 // an edge when within `reach` photo pixels of it (corners first), else inside
 // or outside.
 CropHandle CropHandleAt(const QRectF& box, QPointF p, double reach);
+
+// The eight handles of the view rectangle `box`, each a square centred on
+// its corner or edge middle, or moved inside `area` (the view) where it
+// would stick out of it; in the order top left, top, top right, left, right,
+// bottom left, bottom, bottom right.
+std::vector<QRectF> CropHandleRects(const QRectF& box, const QRectF& area);
+
+// How near a handle the pointer must be, in view pixels, and a handle's side.
+inline constexpr double kHandleReach = 8.0;
+inline constexpr double kHandleSize = 8.0;
 
 // The pointer over each part: diagonal arrows at the corners, straight ones
 // at the edges, the four-way arrow inside.
