@@ -240,13 +240,11 @@ void frmMainWindow::ResetButtonImages() {
 void frmMainWindow::mnuFile_Click() {
   SetControlsEnabled();
   mnuFGetPhotos.SetEnabled(!ExpTreeView.Visible() || !mbExplorerOpen);
-  mnuFSave.SetEnabled(s_.gbRotationPending && s_.glRotationAngle != 0);
 }
 
 void frmMainWindow::mnuEdit_Click() {
   SetControlsEnabled();
   mnuEDelMultiple.SetEnabled(s_.gdicSelectedPhotos.Count() > 0);
-  mnuEUndo.SetEnabled(s_.glRotationAngle != 0);
 }
 
 void frmMainWindow::mnuPhoto_Click() {

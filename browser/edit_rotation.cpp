@@ -59,6 +59,7 @@ void frmMainWindow::RotateButton(int operation, bool test_file) {
     host().SetMousePointer(kPointerHourglass);
     mnuSingle_Click();
     s_.gbRotationPending = true;
+    SetRotationMenus();
     host().SetMousePointer(kPointerDefault);
     s_.giCurrentOperation = 0;
     return;
@@ -77,6 +78,7 @@ void frmMainWindow::mnuSingle_Click() {
   s_.gsRotationScope = "S";
   SingleImageRotation(false);
   s_.gbRotationPending = true;
+  SetRotationMenus();
 }
 
 void frmMainWindow::mnuPRotSingle_Click(int operation) {
@@ -84,6 +86,7 @@ void frmMainWindow::mnuPRotSingle_Click(int operation) {
   SingleImageRotation(false);
   s_.giCurrentOperation = 0;
   s_.gbRotationPending = true;
+  SetRotationMenus();
 }
 
 void frmMainWindow::mnuPRotMulti_Click(int operation) {
@@ -128,8 +131,16 @@ void frmMainWindow::mnuEUndo_Click() {
   }
   ctlDisplayImage.RotateView(static_cast<int>(-s_.glRotationAngle));
   s_.glRotationAngle = 0;
+  SetRotationMenus();
   ctlDisplayImage.ZoomFitToWidth();
   ShowZoomLevel(ctlDisplayImage.ZoomPercent());
+}
+
+void frmMainWindow::SetRotationMenus() {
+  const bool photos = s_.gdicPhotoList.Count() > 0;
+  mnuEUndo.SetEnabled(photos && s_.glRotationAngle != 0);
+  mnuFSave.SetEnabled(photos && s_.gbRotationPending &&
+                      s_.glRotationAngle != 0);
 }
 
 RotationHooks frmMainWindow::GridRotationHooks() {

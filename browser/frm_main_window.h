@@ -481,6 +481,11 @@ class frmMainWindow : public Form {
   void mnuPRotMulti_Click(int operation);
   void SingleImageRotation(bool multiple);
   void mnuEUndo_Click();
+  // Undo and Save as the Edit and File menus' rules set them: Undo while the
+  // photo on display is turned, Save while that turn waits for its prompt.
+  // Applied whenever the turn changes, so that a shortcut never meets a
+  // state the menus would not show.
+  void SetRotationMenus();
   // What a rotation of files does to the grid.
   RotationHooks GridRotationHooks();
 

@@ -259,6 +259,7 @@ void frmMainWindow::ctrlQuilImage_Click(EventArgs& e) {
   ShowPhotoName(BaseName(s_.gsSelectedImage));
   s_.glRotationAngle = 0;
   s_.gbRotationPending = false;
+  SetRotationMenus();
 
   // The photo that was current until now loses its frame, and leaves the
   // selection unless its box is ticked.
@@ -565,6 +566,7 @@ void frmMainWindow::SetControlsEnabled() {
     c->SetEnabled(any);
   }
   picImageFlow.SetEnabled(n >= 2);
+  SetRotationMenus();
   for (Control* c : std::initializer_list<Control*>{
            &imgHorzSplit, &mnuFGetPhotos, &mnuFGetCameraPhotos, &mnuEPaste,
            &mnuEPref}) {

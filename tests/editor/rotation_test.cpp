@@ -243,6 +243,31 @@ TEST_F(RotationTest, YesIntoAFolderGoneMeanwhileIsRefusedAndShowsTheFile) {
   EXPECT_FALSE(session().gbRotationPending);
 }
 
+TEST_F(RotationTest, UndoAndSaveFollowTheTurnWithoutAMenuOpened) {
+  // Shortcuts and the window's menus see Undo and Save as their rules say
+  // at every moment, not as the last menu opened left them.
+  auto state = [this] {
+    return std::make_pair(main().mnuEUndo.Enabled(), main().mnuFSave.Enabled());
+  };
+  EXPECT_EQ(state(), std::make_pair(false, false));
+  Right();
+  EXPECT_EQ(state(), std::make_pair(true, true));
+  user::PressKeys(main(), "^z");
+  EXPECT_EQ(session().glRotationAngle, 0);
+  EXPECT_EQ(state(), std::make_pair(false, false));
+  Left();
+  EXPECT_EQ(state(), std::make_pair(true, true));
+  // Saved by its shortcut: nothing left to undo or save.
+  user::PressKeys(main(), "^s");
+  EXPECT_EQ(WidthOf(photo_), 240);
+  EXPECT_EQ(state(), std::make_pair(false, false));
+  // Another photo opened with a turn pending drops the turn, and its menus.
+  Right();
+  Answer(kIdNo);
+  ClickPhoto(1);
+  EXPECT_EQ(state(), std::make_pair(false, false));
+}
+
 TEST_F(RotationTest, SaveFromTheMenuAsksNothingForAWritableJpeg) {
   Right();
   const size_t shown = Messages().size();
