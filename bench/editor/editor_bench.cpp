@@ -27,7 +27,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int kBatch = 100;
+// The batch's size: 100 photos, or QBPD_EDITOR_BENCH_PHOTOS for a quick look.
+int BatchSize() {
+  const char* value = std::getenv("QBPD_EDITOR_BENCH_PHOTOS");
+  const int n = value == nullptr ? 0 : std::atoi(value);
+  return n > 1 ? n : 100;
+}
+const int kBatch = BatchSize();
 constexpr int kQuality = 90;
 constexpr int kViewWidth = 1600;
 constexpr int kViewHeight = 1000;
