@@ -1,11 +1,13 @@
 // qbpd-service: the reference online service on one machine.
 
+#include "service/front.h"
 #include "service/server.h"
 #include "service/service_core.h"
 
 #include <charconv>
 #include <cstdio>
 #include <exception>
+#include <memory>
 #include <pthread.h>
 #include <signal.h>
 #include <string>
@@ -15,6 +17,8 @@
 namespace {
 
 constexpr int kUsageError = 2;
+// Room for the multipart framing around a photo of the largest size.
+constexpr std::size_t kMultipartSlack = 64 * 1024;
 
 struct Arguments {
   int port = 8931;
@@ -22,12 +26,14 @@ struct Arguments {
   std::string listen = "127.0.0.1";
   std::string upgrade_version = "1.1.0";
   bool seed_demo = false;
+  // Serve through nginx, as facing a network.
+  bool front = false;
 };
 
 void PrintUsage() {
   std::fprintf(stderr,
                "usage: qbpd-service --port N --data-dir DIR [--seed-demo] "
-               "[--listen ADDR] [--upgrade-version V]\n");
+               "[--listen ADDR] [--upgrade-version V] [--front]\n");
 }
 
 bool ParseArguments(int argc, char** argv, Arguments& args) {
@@ -36,6 +42,8 @@ bool ParseArguments(int argc, char** argv, Arguments& args) {
     const bool has_value = i + 1 < argc;
     if (arg == "--seed-demo") {
       args.seed_demo = true;
+    } else if (arg == "--front") {
+      args.front = true;
     } else if (arg == "--port" && has_value) {
       const std::string_view value = argv[++i];
       const auto [end, error] =
@@ -60,6 +68,10 @@ bool ParseArguments(int argc, char** argv, Arguments& args) {
   }
   if (args.data_dir.empty()) {
     std::fprintf(stderr, "qbpd-service: --data-dir is required\n");
+    return false;
+  }
+  if (args.front && args.port == 0) {
+    std::fprintf(stderr, "qbpd-service: --front needs a port of its own\n");
     return false;
   }
   return true;
@@ -87,14 +99,30 @@ int main(int argc, char** argv) {
     options.seed_demo = args.seed_demo;
     options.upgrade_version = args.upgrade_version;
     qbpd::service::ServiceCore core(options);
-    qbpd::service::Server server(core);
-    const int port = server.Bind(args.listen, args.port);
+    qbpd::service::Server server(core, args.front);
+    // Behind the front the service itself listens on a loopback port of
+    // its own, and nginx on the one asked for.
+    const int port = args.front ? server.Bind("127.0.0.1", 0)
+                                : server.Bind(args.listen, args.port);
     if (port < 0) {
       std::fprintf(stderr, "qbpd-service: cannot listen on %s:%d\n",
                    args.listen.c_str(), args.port);
       return 1;
     }
-    std::printf("listening on %s:%d\n", args.listen.c_str(), port);
+    std::unique_ptr<qbpd::service::Front> front;
+    if (args.front) {
+      qbpd::service::FrontOptions front_options;
+      front_options.listen = args.listen;
+      front_options.port = args.port;
+      front_options.upstream_port = port;
+      front_options.folder = options.data_dir / "front";
+      front_options.max_body_bytes = core.max_upload_bytes() + kMultipartSlack;
+      front = std::make_unique<qbpd::service::Front>(front_options);
+      std::printf("listening on %s:%d (nginx, the service on 127.0.0.1:%d)\n",
+                  args.listen.c_str(), args.port, port);
+    } else {
+      std::printf("listening on %s:%d\n", args.listen.c_str(), port);
+    }
     if (!core.new_demo_password().empty()) {
       // Shown this once; the data folder keeps it for its owner only.
       std::printf("demo account %s, password %s (kept in %s)\n",

@@ -38,6 +38,16 @@ std::string BaseOf(const httplib::Request& req) {
   return "http://" + (host.empty() ? std::string("127.0.0.1") : host);
 }
 
+// The address a request came from: the peer's, or behind the front the one
+// the front names (only a loopback peer is believed).
+std::string ClientOf(const httplib::Request& req, bool behind_front) {
+  if (behind_front && req.remote_addr == "127.0.0.1" &&
+      req.has_header("X-Real-IP")) {
+    return req.get_header_value("X-Real-IP");
+  }
+  return req.remote_addr;
+}
+
 }  // namespace
 
 struct Server::Impl {
@@ -46,7 +56,8 @@ struct Server::Impl {
   httplib::Server http;
 };
 
-Server::Server(ServiceCore& core) : impl_(std::make_unique<Impl>(core)) {
+Server::Server(ServiceCore& core, bool behind_front)
+    : impl_(std::make_unique<Impl>(core)) {
   auto& http = impl_->http;
   ServiceCore* service = &core;
   http.set_payload_max_length(core.max_upload_bytes() + kMultipartSlack);
@@ -59,7 +70,8 @@ Server::Server(ServiceCore& core) : impl_(std::make_unique<Impl>(core)) {
   http.new_task_queue = [] { return new httplib::ThreadPool(kWorkers); };
 
   http.Post(R"(/api/([A-Za-z]+))",
-            [service](const httplib::Request& req, httplib::Response& res) {
+            [service, behind_front](const httplib::Request& req,
+                                    httplib::Response& res) {
               const json request = json::parse(req.body, nullptr, false);
               if (request.is_discarded() || !request.is_object()) {
                 SendJson(res, kMalformed, Failure("9999"));
@@ -67,7 +79,7 @@ Server::Server(ServiceCore& core) : impl_(std::make_unique<Impl>(core)) {
               }
               try {
                 const auto answer = service->Call(req.matches[1].str(), request,
-                                                  req.remote_addr);
+                                                  ClientOf(req, behind_front));
                 if (!answer) {
                   SendJson(res, kNotFound, Failure("9999"));
                   return;

@@ -12,7 +12,9 @@ class ServiceCore;
 // the browser pages and the download files.
 class Server {
  public:
-  explicit Server(ServiceCore& core);
+  // `behind_front`: the service is reached through its front (nginx) on
+  // loopback, whose X-Real-IP header names the client.
+  explicit Server(ServiceCore& core, bool behind_front = false);
   Server(const Server&) = delete;
   Server& operator=(const Server&) = delete;
   ~Server();

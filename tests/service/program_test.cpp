@@ -1,3 +1,5 @@
+#include "platform/loopback_port.h"
+#include "tests/service/service_fixture.h"
 #include "tests/support/temp_dir.h"
 
 #include <gtest/gtest.h>
@@ -150,12 +152,87 @@ TEST(ServiceProgram, PrintsItsPortServesAndStopsOnSigterm) {
             text);
 }
 
+// Facing a network, the service runs behind nginx: requests and uploads pass
+// through it, the service learns each client's address from it (a client
+// cannot name its own), and nginx ends with the service, even a killed one.
+TEST(ServiceProgram, BehindItsFrontServesNamesTheClientAndEndsWithIt) {
+  qbpd::testing::TempDir dir;
+  qbpd::HeldLoopbackPort held;
+  const std::string port = std::to_string(held.port());
+  Child child({"--port", port, "--data-dir", dir.path().string(), "--seed-demo",
+               "--front"});
+  ASSERT_GT(child.pid, 0);
+  const std::string line = child.NextLine(15000);
+  ASSERT_EQ(line.rfind("listening on 127.0.0.1:" + port + " (nginx", 0), 0u)
+      << line;
+  const std::string demo = child.NextLine(5000);
+  const std::string shown = "demo account demo@quillbay.test, password ";
+  ASSERT_EQ(demo.rfind(shown, 0), 0u) << demo;
+  const std::string password =
+      demo.substr(shown.size(), demo.find(' ', shown.size()) - shown.size());
+
+  httplib::Client client("127.0.0.1", held.port());
+  client.set_read_timeout(10, 0);
+  const auto login = [&](const std::string& email, const std::string& word,
+                         const std::string& claimed_address) {
+    httplib::Headers headers = {{"X-Real-IP", claimed_address}};
+    auto res = client.Post(
+        "/api/LoginUser", headers,
+        R"({"email":")" + email + R"(","password":")" + word + "\"}",
+        "application/json");
+    return res ? res->body : std::string("no answer");
+  };
+  const std::string session_answer =
+      login("demo@quillbay.test", password, "10.0.0.1");
+  ASSERT_NE(session_answer.find("\"ok\":true"), std::string::npos)
+      << session_answer;
+  const std::string code = nlohmann::json::parse(session_answer)["session"][0];
+
+  // An upload passes whole through the front's buffer.
+  httplib::MultipartFormDataItems items = {
+      {"File", qbpd::service::kJpeg, "a.jpg", "application/octet-stream"}};
+  auto uploaded = client.Post(
+      ("/exuploadimages?authcode=" + code + "&albumname=Front").c_str(), items);
+  ASSERT_TRUE(uploaded);
+  EXPECT_NE(uploaded->body.find("\"ok\":true"), std::string::npos)
+      << uploaded->body;
+
+  // Ten failed guesses, each claiming another address: the front names the
+  // real one, so the eleventh try of that address waits, right password or
+  // not.
+  for (int i = 0; i < 10; ++i) {
+    EXPECT_NE(login("nobody" + std::to_string(i) + "@example.test", "x",
+                    "10.0.1." + std::to_string(i))
+                  .find("\"2006\""),
+              std::string::npos);
+  }
+  EXPECT_NE(login("demo@quillbay.test", password, "10.0.2.1").find("\"2022\""),
+            std::string::npos);
+
+  // The service killed, nginx follows.
+  std::ifstream pid_file(dir.path() / "front" / "nginx.pid");
+  pid_t front = 0;
+  pid_file >> front;
+  ASSERT_GT(front, 0);
+  ASSERT_EQ(kill(child.pid, SIGKILL), 0);
+  child.Wait();
+  bool gone = false;
+  for (int i = 0; i < 500 && !gone; ++i) {  // a bound, not a measurement
+    gone = kill(front, 0) != 0;
+    if (!gone) {
+      usleep(20000);
+    }
+  }
+  EXPECT_TRUE(gone);
+}
+
 TEST(ServiceProgram, RefusesBadArguments) {
   const std::vector<std::vector<std::string>> cases = {
-      {"--port", "0"},                              // no data folder
-      {"--port", "x1", "--data-dir", "/tmp/q"},     // port not a number
-      {"--port", "70000", "--data-dir", "/tmp/q"},  // port out of range
-      {"--data-dir", "/tmp/q", "--verbose"},        // unknown option
+      {"--port", "0"},                                     // no data folder
+      {"--port", "x1", "--data-dir", "/tmp/q"},            // port not a number
+      {"--port", "70000", "--data-dir", "/tmp/q"},         // port out of range
+      {"--data-dir", "/tmp/q", "--verbose"},               // unknown option
+      {"--port", "0", "--data-dir", "/tmp/q", "--front"},  // front: no port 0
   };
   for (const auto& args : cases) {
     Child child(args);
