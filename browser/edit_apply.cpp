@@ -119,6 +119,14 @@ void frmMainWindow::imgCancel_Click() {
   miSavedZoom = -1;
 }
 
+void frmMainWindow::LeaveEditMode() {
+  const int op = s_.giCurrentOperation;
+  if (op == kCropOperation || op == kRedEyeOperation ||
+      op == kColourOperation) {
+    imgCancel_Click();
+  }
+}
+
 void frmMainWindow::EndCurrentOperation(const std::string& prefix,
                                         bool& proceed) {
   // What waits for the screen: a device when the pending text names no

@@ -6,6 +6,7 @@ namespace qbpd {
 
 void frmMainWindow::DeclareFields() {
   Field("mbFirstLoad", mbFirstLoad);
+  Field("mbCloseAfterDevice", mbCloseAfterDevice);
   Field("mbFormReady", mbFormReady);
   Field("mbMouseDownOnTreeview", mbMouseDownOnTreeview);
   Field("mbFolderClickPending", mbFolderClickPending);

@@ -285,30 +285,29 @@ void frmMainWindow::tmrIniitialLoad_Timer() {
       }
       s_.gsCommandLine.clear();
     } else {
-      // Started by the device monitor; the camera transfer takes over when it
-      // is built, and until then the start goes on to the usual folder.
+      // Started by the device monitor: its answer decides what shows first.
       mbFirstLoad = false;
       s_.gsCommandLine.clear();
+      s_.gbCopyAllowed = false;
+      timerCamera.Raise("Timer");
+      if (mbCloseAfterDevice) {
+        mbInitialLoadBusy = false;
+        s_.gbLoadInProgress = false;
+        host().SetMousePointer(kPointerDefault);
+        Unload();
+        return;
+      }
+      if (s_.gbCopyAllowed) {
+        timerCamera.SetEnabled(true);
+        tmrExplorer.SetEnabled(s_.gbExplorerTimerOn);
+        tmrUpgrade.SetEnabled(true);
+        choose_folder = false;
+      }
     }
   }
 
   if (choose_folder) {
-    std::string last_open = DropTrailingNul(app_.settings().Read(
-        s_.gsPrefKey + "Settings", "LastOpenFolderInPreviousSession"));
-    if (UpperCase(last_open) != "TRUE") {
-      std::string default_folder = Trim(DropTrailingNul(
-          app_.settings().Read(s_.gsPrefKey + "Settings", "DefaultFolder")));
-      if (!default_folder.empty()) {
-        WriteRecentFolder(default_folder);
-      }
-    }
-    msRecentFolder = mcolRecentFolders.Count() == 0 ? std::string()
-                                                    : mcolRecentFolders.Item(1);
-    std::string folder =
-        msRecentFolder.empty() ? s_.gsDesktopPath : msRecentFolder;
-    if (folder.empty() || folder.back() != '/') {
-      folder += '/';
-    }
+    std::string folder = StartFolder();
     mbFirstLoad = false;
     host().DoEvents();
     ExpTreeView.SetSelectedFolder(folder);
@@ -322,6 +321,26 @@ void frmMainWindow::tmrIniitialLoad_Timer() {
   host().SetMousePointer(kPointerDefault);
   mbInitialLoadBusy = false;
   mbStartupDone = true;
+}
+
+std::string frmMainWindow::StartFolder() {
+  std::string last_open = DropTrailingNul(app_.settings().Read(
+      s_.gsPrefKey + "Settings", "LastOpenFolderInPreviousSession"));
+  if (UpperCase(last_open) != "TRUE") {
+    std::string default_folder = Trim(DropTrailingNul(
+        app_.settings().Read(s_.gsPrefKey + "Settings", "DefaultFolder")));
+    if (!default_folder.empty()) {
+      WriteRecentFolder(default_folder);
+    }
+  }
+  msRecentFolder = mcolRecentFolders.Count() == 0 ? std::string()
+                                                  : mcolRecentFolders.Item(1);
+  std::string folder =
+      msRecentFolder.empty() ? s_.gsDesktopPath : msRecentFolder;
+  if (folder.empty() || folder.back() != '/') {
+    folder += '/';
+  }
+  return folder;
 }
 
 void frmMainWindow::Form_QueryUnload(int& Cancel, int UnloadMode) {

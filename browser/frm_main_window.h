@@ -229,6 +229,31 @@ class frmMainWindow : public Form {
   // person would, so that the photo shows on the main window.
   void ShowPhotoAfterSlideShow(int index) { ClickThumbnail(index); }
 
+  // --- the camera import's way in (camera/) --------------------------------
+  // Asks the user to finish an operation in hand before an outside event
+  // (a second start's photo, a new device) takes the screen; `proceed` says
+  // whether the way is free. `prefix` goes before the question.
+  void EndCurrentOperation(const std::string& prefix, bool& proceed);
+  // Settles a pending rotation of the photo on display.
+  void SaveImage();
+  // Focus to the main picture.
+  void SetFocusToWindow();
+  // Commits a rename in progress as the Enter key does; false when the name
+  // strip stays open.
+  bool CommitRename();
+  // Takes the display out of a running crop, red-eye or colour correction
+  // without applying it.
+  void LeaveEditMode();
+  // The run of the first timer of a start is under way.
+  bool InitialLoadBusy() const { return mbInitialLoadBusy; }
+  // The folder a normal start shows: the newest recent folder (after
+  // DefaultFolder was entered when LastOpenFolderInPreviousSession isn't
+  // "TRUE"), else the desktop; with a trailing "/".
+  std::string StartFolder();
+  // A start by the device monitor turned out to have no use: the start code
+  // closes the program.
+  bool mbCloseAfterDevice = false;
+
   // The default zoom mode: the first letter of ZoomSettings.
   const std::string& DefaultZoomMode() const { return msZoomMode; }
   const KeyedCollection<std::string>& RecentFolders() const {
@@ -282,8 +307,6 @@ class frmMainWindow : public Form {
   void imgHorzSplit_MouseDown(EventArgs& e);
   void imgHorzSplit_MouseMove(EventArgs& e);
   void imgHorzSplit_MouseUp(EventArgs& e);
-  void EndCurrentOperation(const std::string& prefix, bool& proceed);
-  void SaveImage();
   void WriteWindowState();
 
   // The folder tree.
@@ -307,9 +330,6 @@ class frmMainWindow : public Form {
   // Gives a control the thumbnail, path and tooltip of `path`; false when no
   // thumbnail could be made.
   bool ShowThumbnailOf(Thumbnail& thumb, const std::string& path);
-  // Commits a rename in progress as the Enter key does; false when the name
-  // strip stays open.
-  bool CommitRename();
   void RepairMissingPhoto();
   void RestoreExplorerTimer();
 
@@ -326,7 +346,6 @@ class frmMainWindow : public Form {
   bool ThumbnailShowable(int index) const;
   // Clicks the thumbnail of photo `index`, loading its control if need be.
   void ClickThumbnail(int index);
-  void SetFocusToWindow();
   // One arrow key: a step of -1, -2, 1 or 2 through the grid.
   void MoveInGrid(int step);
 

@@ -23,6 +23,12 @@ Application::Application(std::unique_ptr<Host> host,
   if (!services_.launcher) {
     services_.launcher = MakeRecordingLauncher();
   }
+  if (!services_.camera_devices) {
+    services_.camera_devices = MakeNoCameraDevices();
+  }
+  if (!services_.file_transfer) {
+    services_.file_transfer = MakeVerifiedFileTransfer();
+  }
   if (!services_.wallpaper) {
     services_.wallpaper = MakeDesktopWallpaper(nullptr, {});
   }

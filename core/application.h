@@ -2,7 +2,9 @@
 #define QBPD_CORE_APPLICATION_H_
 
 #include "core/session.h"
+#include "platform/camera_devices.h"
 #include "platform/clipboard.h"
+#include "platform/file_transfer.h"
 #include "platform/forms/display_control.h"
 #include "platform/forms/form_set.h"
 #include "platform/forms/host.h"
@@ -65,6 +67,11 @@ struct PlatformServices {
   // CheckInternetConnection: whether the service at an address can be
   // reached now; none asks the network (platform/internet_check.h).
   std::function<bool(const std::string& address)> internet_check;
+  // The cameras and removable media, and the camera transfer helper; none
+  // knows no device and starts no helper.
+  std::unique_ptr<CameraDevices> camera_devices;
+  // Copies and moves card files, verified; none is the real one.
+  std::unique_ptr<FileTransfer> file_transfer;
 };
 
 // One run of the program: the host it talks to, the platform services, the
@@ -94,6 +101,9 @@ class Application {
   // Opens help pages and the service's pages in the user's programs.
   Launcher& launcher() { return *services_.launcher; }
   Wallpaper& wallpaper() { return *services_.wallpaper; }
+  // The camera import's devices and its file layer.
+  CameraDevices& camera_devices() { return *services_.camera_devices; }
+  FileTransfer& file_transfer() { return *services_.file_transfer; }
   // A new picture model for a photo view; null when the run has none.
   std::shared_ptr<DisplayControl> NewDisplayControl() const {
     return services_.make_display ? services_.make_display() : nullptr;

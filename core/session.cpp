@@ -38,6 +38,12 @@ Session::Session() {
   Declare("gsInfoHead", gsInfoHead);
   Declare("gsInfoMessage", gsInfoMessage);
   Declare("gbMultiRotation", gbMultiRotation);
+  Declare("gsSelectedDevice", gsSelectedDevice);
+  Declare("gbDeviceListCancelled", gbDeviceListCancelled);
+  Declare("gbCopyAllowed", gbCopyAllowed);
+  Declare("gsTransferFolder", gsTransferFolder);
+  Declare("gbFilesCopied", gbFilesCopied);
+  Declare("gbTransferDialogCancelled", gbTransferDialogCancelled);
   Declare("gbRotationPending", gbRotationPending);
   Declare("gsRotationScope", gsRotationScope);
   Declare("gbRotationBusy", gbRotationBusy);

@@ -120,6 +120,21 @@ class Session {
   bool gbFileMissing = false;
   bool gbUploadCancelled = false;
 
+  // --- camera import (camera/) ----------------------------------------------
+  // The entry picked in frmDeviceList.
+  std::string gsSelectedDevice;
+  // frmDeviceList ended any other way than with OK.
+  bool gbDeviceListCancelled = false;
+  // The transfer may go ahead (frmCameraCopy's answer or the setting).
+  bool gbCopyAllowed = false;
+  // The files found on a drive (ListCardFiles), breadth first.
+  std::vector<std::string> gsaCardFiles;
+  // The destination folder of a drive transfer.
+  std::string gsTransferFolder;
+  // CopyCardFiles is done.
+  bool gbFilesCopied = false;
+  bool gbTransferDialogCancelled = false;
+
   // Reads a value by name. "gdicPhotoList.Count" gives a dictionary's size and
   // "gdicPhotoList(3)" its item of key 3. An unknown name is a RuntimeError.
   Value Get(std::string_view name) const;

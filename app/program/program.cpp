@@ -1,6 +1,11 @@
 #include "app/program/program.h"
 
 #include "browser/frm_main_window.h"
+#include "camera/frm_cam_progress.h"
+#include "camera/frm_camera_copy.h"
+#include "camera/frm_device_list.h"
+#include "camera/frm_image_transfer.h"
+#include "camera/mod_camera_conn.h"
 #include "core/frm_about_us.h"
 #include "core/frm_msg_infrm.h"
 #include "core/frm_splash.h"
@@ -22,8 +27,11 @@ void RegisterProgram(Application& app) {
   Application* a = &app;
   app.forms().Register<frmSplash>(
       [a] { return std::make_unique<frmSplash>(*a); });
-  app.forms().Register<frmMainWindow>(
-      [a] { return std::make_unique<frmMainWindow>(*a); });
+  app.forms().Register<frmMainWindow>([a] {
+    auto window = std::make_unique<frmMainWindow>(*a);
+    WireCameraImport(*window, *a);
+    return window;
+  });
   app.forms().Register<frmMsgInfrm>(
       [a] { return std::make_unique<frmMsgInfrm>(*a); });
   app.forms().Register<frmAboutUs>(
@@ -37,6 +45,14 @@ void RegisterProgram(Application& app) {
       [a] { return std::make_unique<frmSlideShow>(*a); });
   app.forms().Register<frmWallpaper>(
       [a] { return std::make_unique<frmWallpaper>(*a); });
+  app.forms().Register<frmDeviceList>(
+      [a] { return std::make_unique<frmDeviceList>(*a); });
+  app.forms().Register<frmCameraCopy>(
+      [a] { return std::make_unique<frmCameraCopy>(*a); });
+  app.forms().Register<frmImageTransfer>(
+      [a] { return std::make_unique<frmImageTransfer>(*a); });
+  app.forms().Register<frmCamProgress>(
+      [a] { return std::make_unique<frmCamProgress>(*a); });
   app.SetEntryForm("frmSplash");
 }
 
@@ -74,6 +90,8 @@ PlatformServices MakePlatformServices(std::unique_ptr<SettingsStore> settings,
   services.wallpaper =
       MakeDesktopWallpaper(MakeSpawnRunner(), ProcessEnvironment());
   services.make_display = [] { return MakeVipsDisplayControl(); };
+  services.camera_devices = MakeLinuxCameraDevices(
+      services.places.program + "/qbpd-imgacq", services.places.data);
   return services;
 }
 

@@ -1,0 +1,42 @@
+#ifndef QBPD_CAMERA_CARD_FILES_H_
+#define QBPD_CAMERA_CARD_FILES_H_
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace qbpd {
+
+class FileTransfer;
+
+// The files under `folder`, breadth first: the folder's files, then those of
+// its subfolders in the order they were met. Hidden files (a name beginning
+// with ".") are left out; links are not followed. An unreadable folder adds
+// nothing.
+std::vector<std::string> ListFolderFiles(const std::string& folder);
+
+// What came of copying a card's files.
+struct CardCopyReport {
+  int done = 0;
+  // Files that stayed on the card only, with the reasons.
+  int failed = 0;
+  std::vector<std::string> errors;
+  // Moves whose name was taken and that got a free one.
+  int renamed = 0;
+  // Moves whose source could not be deleted (a write-protected card).
+  int kept = 0;
+};
+
+// Copies (move false: a file of the same name is replaced, as two card files
+// of one name replace each other) or moves (move true: a taken name gets a
+// free one) every file of `files` into `destination`, under its own name.
+// `after_each` runs after every file (progress, events).
+CardCopyReport CopyFilesInto(const std::vector<std::string>& files,
+                             const std::string& destination,
+                             bool move,
+                             FileTransfer& transfer,
+                             const std::function<void()>& after_each);
+
+}  // namespace qbpd
+
+#endif  // QBPD_CAMERA_CARD_FILES_H_

@@ -1,0 +1,89 @@
+#ifndef QBPD_PLATFORM_FILE_TRANSFER_H_
+#define QBPD_PLATFORM_FILE_TRANSFER_H_
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace qbpd {
+
+// What came of one file's transfer.
+enum class TransferStatus {
+  kDone,
+  // The target name is taken (a move never replaces a file).
+  kTargetExists,
+  // The source could not be opened or read to its end (gone, unreadable, the
+  // medium pulled out); nothing was made and the source is as it was.
+  kSourceFailed,
+  // The copy could not be written whole (disk full, no permission); nothing
+  // was made and the source is as it was.
+  kTargetFailed,
+  // The copy read back differs from the source; it was removed, and the
+  // source is as it was.
+  kVerifyFailed,
+  // A move whose copy is complete and verified, but whose source could not be
+  // deleted (a write-protected card): both are there.
+  kSourceKept,
+};
+
+struct TransferResult {
+  TransferStatus status = TransferStatus::kDone;
+  // Why it failed, for a person; "" on success.
+  std::string error;
+  // The bytes of the copy.
+  std::uint64_t bytes = 0;
+  bool ok() const {
+    return status == TransferStatus::kDone ||
+           status == TransferStatus::kSourceKept;
+  }
+};
+
+// Copies and moves photo files so that nothing is lost: the copy is written
+// to a temporary file in the target's folder, flushed to the disk, dropped
+// from the cache and read back, and only when it is whole and equal to the
+// source (size and content hash) does it take its name. A move deletes its
+// source only after that. On any failure no file is left at the target name
+// or beside it, and the source is untouched.
+class FileTransfer {
+ public:
+  virtual ~FileTransfer() = default;
+  // Copies `source` to `target`, replacing a file there.
+  [[nodiscard]] virtual TransferResult Copy(const std::string& source,
+                                            const std::string& target) = 0;
+  // Moves `source` to `target`, which must not exist (kTargetExists then).
+  [[nodiscard]] virtual TransferResult Move(const std::string& source,
+                                            const std::string& target) = 0;
+  // Writes `content` (a file fetched from a camera) to `target`, verified as
+  // a copy is; never replaces a file (kTargetExists).
+  [[nodiscard]] virtual TransferResult Save(const std::string& content,
+                                            const std::string& target) = 0;
+};
+
+std::unique_ptr<FileTransfer> MakeVerifiedFileTransfer();
+
+// The content hash of the verification: 64 bits over the bytes, for
+// comparing a file with its copy (not for security). The value does not
+// depend on how the bytes are split between calls.
+class ContentHash {
+ public:
+  void Add(const void* data, std::size_t size);
+  std::uint64_t Value() const;
+
+ private:
+  void Block(const unsigned char* block);
+
+  std::uint64_t lane_[4] = {0x243F6A8885A308D3ULL, 0x13198A2E03707344ULL,
+                            0xA4093822299F31D0ULL, 0x082EFA98EC4E6C89ULL};
+  std::uint64_t length_ = 0;
+  unsigned char tail_[32] = {};
+  std::size_t tail_size_ = 0;
+};
+
+// The hash of a whole file; false when it can't be read to its end.
+bool HashFile(const std::string& path,
+              std::uint64_t& hash,
+              std::uint64_t& size);
+
+}  // namespace qbpd
+
+#endif  // QBPD_PLATFORM_FILE_TRANSFER_H_

@@ -1,0 +1,150 @@
+#include "platform/file_transfer.h"
+
+#include "tests/support/file_faults.h"
+#include "tests/support/temp_dir.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <random>
+
+namespace qbpd {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ReadFile;
+using testing::TempDir;
+
+std::string RandomBytes(std::size_t size, unsigned seed) {
+  std::mt19937 random(seed);
+  std::string bytes(size, '\0');
+  for (char& c : bytes) {
+    c = static_cast<char>(random() & 0xff);
+  }
+  return bytes;
+}
+
+int FilesIn(const fs::path& folder) {
+  int count = 0;
+  for ([[maybe_unused]] const auto& e : fs::directory_iterator(folder)) {
+    ++count;
+  }
+  return count;
+}
+
+TEST(ContentHashTest, SameValueHoweverTheBytesAreSplit) {
+  const std::string bytes = RandomBytes(1000, 1);
+  ContentHash whole;
+  whole.Add(bytes.data(), bytes.size());
+  for (std::size_t step : {1u, 7u, 31u, 32u, 33u, 500u}) {
+    ContentHash parts;
+    for (std::size_t at = 0; at < bytes.size(); at += step) {
+      parts.Add(bytes.data() + at, std::min(step, bytes.size() - at));
+    }
+    EXPECT_EQ(parts.Value(), whole.Value()) << step;
+  }
+  // One byte changed, or one more byte, changes the value.
+  std::string changed = bytes;
+  changed[517] ^= 1;
+  ContentHash other;
+  other.Add(changed.data(), changed.size());
+  EXPECT_NE(other.Value(), whole.Value());
+  ContentHash longer;
+  longer.Add((bytes + '\0').data(), bytes.size() + 1);
+  EXPECT_NE(longer.Value(), whole.Value());
+}
+
+TEST(FileTransferTest, CopyReplacesAndKeepsTheSource) {
+  TempDir dir;
+  const std::string content = RandomBytes(3 << 20, 2);
+  const fs::path source = dir.WriteFile("card/a.jpg", content);
+  fs::create_directories(dir / "out");
+  dir.WriteFile("out/a.jpg", "old");
+  auto transfer = MakeVerifiedFileTransfer();
+  const TransferResult r =
+      transfer->Copy(source.string(), (dir / "out/a.jpg").string());
+  EXPECT_EQ(r.status, TransferStatus::kDone) << r.error;
+  EXPECT_EQ(r.bytes, content.size());
+  EXPECT_EQ(ReadFile(dir / "out/a.jpg"), content);
+  EXPECT_EQ(ReadFile(source), content);
+  EXPECT_EQ(FilesIn(dir / "out"), 1);
+}
+
+TEST(FileTransferTest, MoveDeletesTheSourceOnlyWhenTheCopyIsThere) {
+  TempDir dir;
+  const std::string content = RandomBytes(100000, 3);
+  const fs::path source = dir.WriteFile("card/b.jpg", content);
+  fs::create_directories(dir / "out");
+  auto transfer = MakeVerifiedFileTransfer();
+  // A taken name: refused, both files as they were.
+  dir.WriteFile("out/b.jpg", "someone else's");
+  TransferResult r =
+      transfer->Move(source.string(), (dir / "out/b.jpg").string());
+  EXPECT_EQ(r.status, TransferStatus::kTargetExists);
+  EXPECT_EQ(ReadFile(source), content);
+  EXPECT_EQ(ReadFile(dir / "out/b.jpg"), "someone else's");
+  r = transfer->Move(source.string(), (dir / "out/c.jpg").string());
+  EXPECT_EQ(r.status, TransferStatus::kDone) << r.error;
+  EXPECT_FALSE(fs::exists(source));
+  EXPECT_EQ(ReadFile(dir / "out/c.jpg"), content);
+}
+
+TEST(FileTransferTest, AVanishedSourceMakesNothing) {
+  TempDir dir;
+  fs::create_directories(dir / "out");
+  auto transfer = MakeVerifiedFileTransfer();
+  const TransferResult r = transfer->Move((dir / "card/gone.jpg").string(),
+                                          (dir / "out/gone.jpg").string());
+  EXPECT_EQ(r.status, TransferStatus::kSourceFailed);
+  EXPECT_FALSE(r.error.empty());
+  EXPECT_EQ(FilesIn(dir / "out"), 0);
+}
+
+TEST(FileTransferTest, AFolderAsSourceIsRefused) {
+  TempDir dir;
+  fs::create_directories(dir / "card/sub");
+  fs::create_directories(dir / "out");
+  auto transfer = MakeVerifiedFileTransfer();
+  const TransferResult r =
+      transfer->Copy((dir / "card/sub").string(), (dir / "out/sub").string());
+  EXPECT_EQ(r.status, TransferStatus::kSourceFailed);
+  EXPECT_EQ(FilesIn(dir / "out"), 0);
+}
+
+TEST(FileTransferTest, AFullDiskLeavesNoHalfFileAndTheSourceWhole) {
+  TempDir dir;
+  const std::string content = RandomBytes(2 << 20, 4);
+  const fs::path source = dir.WriteFile("card/big.jpg", content);
+  fs::create_directories(dir / "out");
+  auto transfer = MakeVerifiedFileTransfer();
+  TransferResult r;
+  {
+    testing::ScopedFileSizeLimit limit(1 << 20);
+    r = transfer->Move(source.string(), (dir / "out/big.jpg").string());
+  }
+  EXPECT_EQ(r.status, TransferStatus::kTargetFailed);
+  EXPECT_EQ(FilesIn(dir / "out"), 0);
+  EXPECT_EQ(ReadFile(source), content);
+}
+
+TEST(FileTransferTest, SaveWritesVerifiedAndNeverReplaces) {
+  TempDir dir;
+  fs::create_directories(dir / "out");
+  auto transfer = MakeVerifiedFileTransfer();
+  const std::string content = RandomBytes(70000, 5);
+  TransferResult r = transfer->Save(content, (dir / "out/p 1.jpg").string());
+  EXPECT_EQ(r.status, TransferStatus::kDone) << r.error;
+  EXPECT_EQ(ReadFile(dir / "out/p 1.jpg"), content);
+  r = transfer->Save("other", (dir / "out/p 1.jpg").string());
+  EXPECT_EQ(r.status, TransferStatus::kTargetExists);
+  EXPECT_EQ(ReadFile(dir / "out/p 1.jpg"), content);
+  {
+    testing::ScopedFileSizeLimit limit(1000);
+    r = transfer->Save(content, (dir / "out/p 2.jpg").string());
+  }
+  EXPECT_EQ(r.status, TransferStatus::kTargetFailed);
+  EXPECT_EQ(FilesIn(dir / "out"), 1);
+}
+
+}  // namespace
+}  // namespace qbpd

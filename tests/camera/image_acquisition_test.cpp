@@ -1,0 +1,152 @@
+#include "camera/image_acquisition.h"
+
+#include "camera/camera_lines.h"
+#include "tests/support/fake_camera_connection.h"
+#include "tests/support/fake_camera_devices.h"
+#include "tests/support/temp_dir.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+namespace qbpd {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::FakeCameraConnection;
+using testing::ReadFile;
+
+class ImageAcquisitionTest : public ::testing::Test {
+ protected:
+  ImageAcquisitionTest() {
+    fs::create_directories(dir_ / "data");
+    for (int i = 1; i <= 5; ++i) {
+      camera_.photos.push_back(
+          {{"/DCIM/100TEST",
+            "IMG_" + std::to_string(i) + (i == 3 ? ".CR2" : ".JPG")},
+           "photo " + std::to_string(i)});
+    }
+  }
+  ImageAcquisitionResult Run(const std::string& argument) {
+    ImageAcquisitionRun run;
+    run.argument = argument;
+    run.data_folder = (dir_ / "data").string();
+    run.delete_from_camera = delete_;
+    run.open = [this](const std::string& device, std::string& error) {
+      opened_.push_back(device);
+      std::unique_ptr<CameraConnection> camera;
+      if (camera_missing_) {
+        error = "no camera";
+        return camera;
+      }
+      camera_.downloads = std::make_shared<int>(0);
+      camera_.deleted = std::make_shared<std::vector<std::string>>();
+      camera = std::make_unique<FakeCameraConnection>(camera_);
+      return camera;
+    };
+    run.transfer = &transfer_;
+    run.stop_requested = [this] { return *camera_.downloads >= stop_after_; };
+    // The program takes "310" while the helper waits.
+    run.sleep = [this](int) {
+      answers_.push_back(ReadFile(Answer()));
+      fs::remove(Answer());
+    };
+    return RunImageAcquisition(run);
+  }
+  fs::path Answer() const { return dir_ / "data" / kImgAcqFile; }
+  std::string Out() const { return (dir_ / "out").string(); }
+
+  testing::TempDir dir_;
+  FakeCameraConnection camera_;
+  testing::FakeFileTransfer transfer_;
+  bool delete_ = false;
+  bool camera_missing_ = false;
+  int stop_after_ = 1000;
+  std::vector<std::string> opened_;
+  std::vector<std::string> answers_;
+};
+
+TEST_F(ImageAcquisitionTest, CopiesEveryPhotoAsTheBaseNameNumbered) {
+  const ImageAcquisitionResult r = Run("Cam (disk:/c)*" + Out() + "*Picture");
+  EXPECT_EQ(r.code, "300");
+  EXPECT_EQ(r.copied, 5);
+  ASSERT_EQ(answers_.size(), 1u);
+  EXPECT_EQ(answers_[0], "310 \n");
+  EXPECT_EQ(ReadFile(Answer()), "300 " + Out() + "|\n");
+  EXPECT_EQ(ReadFile(dir_ / "out/Picture 1.JPG"), "photo 1");
+  EXPECT_EQ(ReadFile(dir_ / "out/Picture 3.CR2"), "photo 3");
+  EXPECT_EQ(ReadFile(dir_ / "out/Picture 5.JPG"), "photo 5");
+  EXPECT_TRUE(camera_.deleted->empty());
+  EXPECT_EQ(opened_, std::vector<std::string>{"Cam (disk:/c)"});
+}
+
+TEST_F(ImageAcquisitionTest, ATakenNameGetsTheNextNumberAndNothingIsReplaced) {
+  fs::create_directories(dir_ / "out");
+  std::ofstream(dir_ / "out/Picture 2.JPG") << "mine";
+  const ImageAcquisitionResult r = Run("Cam*" + Out() + "*Picture");
+  EXPECT_EQ(r.code, "300");
+  EXPECT_EQ(ReadFile(dir_ / "out/Picture 2.JPG"), "mine");
+  EXPECT_EQ(ReadFile(dir_ / "out/Picture 3.JPG"), "photo 2");
+  EXPECT_EQ(ReadFile(dir_ / "out/Picture 6.JPG"), "photo 5");
+}
+
+TEST_F(ImageAcquisitionTest, DeletesOnlyWhenAskedAndOnlyVerifiedCopies) {
+  delete_ = true;
+  transfer_.fail["Picture 4.JPG"] = TransferStatus::kVerifyFailed;
+  const ImageAcquisitionResult r = Run("Cam*" + Out() + "*Picture");
+  EXPECT_EQ(r.code, "400");
+  EXPECT_EQ(r.copied, 3);
+  // Photos 1 to 3 left the camera; 4 failed its check, so 4 and 5 stay.
+  EXPECT_EQ(*camera_.deleted,
+            (std::vector<std::string>{"/DCIM/100TEST/IMG_1.JPG",
+                                      "/DCIM/100TEST/IMG_2.JPG",
+                                      "/DCIM/100TEST/IMG_3.CR2"}));
+  EXPECT_FALSE(fs::exists(dir_ / "out/Picture 4.JPG"));
+  EXPECT_EQ(ReadFile(Answer()), "400 \n");
+}
+
+TEST_F(ImageAcquisitionTest, ACameraPulledOutMidwayIsAFailureWithWholeCopies) {
+  delete_ = true;
+  camera_.fail_download_from = 3;
+  const ImageAcquisitionResult r = Run("Cam*" + Out() + "*Picture");
+  EXPECT_EQ(r.code, "400");
+  EXPECT_EQ(r.copied, 2);
+  EXPECT_EQ(camera_.deleted->size(), 2u);
+  int files = 0;
+  for ([[maybe_unused]] const auto& e : fs::directory_iterator(dir_ / "out")) {
+    ++files;
+  }
+  EXPECT_EQ(files, 2);
+}
+
+TEST_F(ImageAcquisitionTest, NothingToDoFailuresAndAStop) {
+  camera_.photos.clear();
+  EXPECT_EQ(Run("Cam*" + Out() + "*Picture").code, "410");
+  EXPECT_EQ(ReadFile(Answer()), "410 \n");
+  EXPECT_FALSE(fs::exists(dir_ / "out"));
+  EXPECT_EQ(Run("no stars").code, "400");
+  EXPECT_EQ(Run("Cam*" + Out()).code, "400");
+  camera_missing_ = true;
+  EXPECT_EQ(Run("Cam*" + Out() + "*P").code, "400");
+  camera_missing_ = false;
+  camera_.photos.push_back({{"/", "a.jpg"}, "a"});
+  camera_.photos.push_back({{"/", "b.jpg"}, "b"});
+  camera_.fail_list = true;
+  EXPECT_EQ(Run("Cam*" + Out() + "*P").code, "400");
+  camera_.fail_list = false;
+  stop_after_ = 1;
+  const ImageAcquisitionResult stopped = Run("Cam*" + Out() + "*P");
+  EXPECT_EQ(stopped.code, "420");
+  EXPECT_EQ(stopped.copied, 1);
+}
+
+TEST_F(ImageAcquisitionTest, ADriveTokenIsItsMediumAsAFolderCamera) {
+  std::ofstream(dir_ / "data/Drives.dat") << "E:\t/media/u/CARD\n";
+  Run("E:*" + Out() + "*Picture");
+  EXPECT_EQ(opened_, std::vector<std::string>{"disk:/media/u/CARD"});
+  EXPECT_EQ(Run("F:*" + Out() + "*Picture").code, "400");
+}
+
+}  // namespace
+}  // namespace qbpd
