@@ -1,6 +1,7 @@
 // qbpd-script: runs the program headless on a script of user actions.
 #include "app/driver/script_runner.h"
 #include "app/program/program.h"
+#include "platform/desktop_screensaver.h"
 #include "platform/program_runner.h"
 #include "platform/wallpaper.h"
 
@@ -20,6 +21,12 @@ int main(int argc, char** argv) {
     services.wallpaper = qbpd::MakeDesktopWallpaper(
         qbpd::MakeSpawnRunner({{"GSETTINGS_BACKEND", "memory"}}),
         {{"XDG_CURRENT_DESKTOP", "GNOME"}});
+    // Its screen saver is XScreenSaver only when the script gives the run's
+    // home a ~/.xscreensaver; no daemon of this machine's display is asked.
+    services.screensaver = qbpd::MakeDesktopScreensaver(
+        qbpd::MakeSpawnRunner({{"DISPLAY", ""}}),
+        {{"HOME", qbpd::ProcessEnvironment()["HOME"]}},
+        services.places.program + "/qbpd-saver");
     return services;
   });
 }

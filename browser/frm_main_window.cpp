@@ -105,6 +105,7 @@ frmMainWindow::frmMainWindow(Application& app)
   mnuHHelp.SetContainer("mnuHelp");
   WireCommands();
   WirePresentationCommands();
+  WireScreensaverCommands();
   On("mnuHHelp", "Click", &frmMainWindow::mnuHHelp_Click);
   SetHelpContextID(kHelpBrowsing);
   SetKeyPreview(true);

@@ -225,6 +225,7 @@ class frmMainWindow : public Form {
   // --- the presentation's commands (presentation_commands.cpp): photo
   // information, the slide show and Full Screen, the wallpaper ------------
   void WirePresentationCommands();
+  void WireScreensaverCommands();
   // The end of a slide show: clicks the thumbnail of photo `index`, as a
   // person would, so that the photo shows on the main window.
   void ShowPhotoAfterSlideShow(int index) { ClickThumbnail(index); }

@@ -32,6 +32,9 @@ Application::Application(std::unique_ptr<Host> host,
   if (!services_.wallpaper) {
     services_.wallpaper = MakeDesktopWallpaper(nullptr, {});
   }
+  if (!services_.screensaver) {
+    services_.screensaver = MakeDesktopScreensaver(nullptr, {}, "");
+  }
   // F1 on any form opens the help at that form's topic. A help that can't
   // be opened is, like any unplanned failure, not shown to the user.
   forms_.SetHelpHandler([this](Form& form, int context) {

@@ -4,6 +4,7 @@
 #include "core/session.h"
 #include "platform/camera_devices.h"
 #include "platform/clipboard.h"
+#include "platform/desktop_screensaver.h"
 #include "platform/file_transfer.h"
 #include "platform/forms/display_control.h"
 #include "platform/forms/form_set.h"
@@ -58,6 +59,8 @@ struct PlatformServices {
   // Sets the desktop's wallpaper; none knows no desktop, and every change
   // fails.
   std::unique_ptr<Wallpaper> wallpaper;
+  // The session's screen saver; none knows none, and every change fails.
+  std::unique_ptr<DesktopScreensaver> screensaver;
   // Makes the network transport under ServiceTransport; none is libcurl.
   std::function<std::unique_ptr<HttpTransport>()> make_transport;
   // Makes the service client of an online form (a scripted double in tests
@@ -104,6 +107,7 @@ class Application {
   // The camera import's devices and its file layer.
   CameraDevices& camera_devices() { return *services_.camera_devices; }
   FileTransfer& file_transfer() { return *services_.file_transfer; }
+  DesktopScreensaver& screensaver() { return *services_.screensaver; }
   // A new picture model for a photo view; null when the run has none.
   std::shared_ptr<DisplayControl> NewDisplayControl() const {
     return services_.make_display ? services_.make_display() : nullptr;

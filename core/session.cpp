@@ -67,6 +67,16 @@ Session::Session() {
   Declare("giUploadTotal", giUploadTotal);
   Declare("gbFileMissing", gbFileMissing);
   Declare("gbUploadCancelled", gbUploadCancelled);
+  Declare("gbScrFromMenu", gbScrFromMenu);
+  Declare("gbScrCreateNew", gbScrCreateNew);
+  Declare("gsCurrentScrName", gsCurrentScrName);
+  Declare("giSsaverCount", giSsaverCount);
+  Declare("gbMakeCurrent", gbMakeCurrent);
+  Declare("gbScrUpdated", gbScrUpdated);
+  Declare("gsPreviewName", gsPreviewName);
+  Declare("giPreviewInterval", giPreviewInterval);
+  Declare("gsPreviewIniPath", gsPreviewIniPath);
+  Declare("gsPreviewEffects", gsPreviewEffects);
   DeclareDictionary("gdicAlbumPhotos", gdicAlbumPhotos);
   DeclareDictionary("gdicPhotoList", gdicPhotoList);
   DeclareDictionary("gdicSelectedPhotos", gdicSelectedPhotos);

@@ -134,6 +134,23 @@ class Session {
   // CopyCardFiles is done.
   bool gbFilesCopied = false;
   bool gbTransferDialogCancelled = false;
+  // --- the screensavers (screensaver/) -------------------------------------
+  // The dialog came from the Screensaver menu, not from the button.
+  bool gbScrFromMenu = false;
+  // The menu command was Create new.
+  bool gbScrCreateNew = false;
+  std::string gsCurrentScrName;
+  // The screensavers' names, as scr.ini lists them, and their count.
+  std::vector<std::string> gsaScrNames;
+  int giSsaverCount = 0;
+  bool gbMakeCurrent = false;
+  // An existing screensaver was changed, not created.
+  bool gbScrUpdated = false;
+  // What the preview plays: section, seconds a photo, file and effect codes.
+  std::string gsPreviewName;
+  int giPreviewInterval = 0;
+  std::string gsPreviewIniPath;
+  std::string gsPreviewEffects;
 
   // Reads a value by name. "gdicPhotoList.Count" gives a dictionary's size and
   // "gdicPhotoList(3)" its item of key 3. An unknown name is a RuntimeError.

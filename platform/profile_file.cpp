@@ -212,6 +212,100 @@ int RemoveProfileSection(const std::string& path, std::string_view section) {
   return ok ? 1 : 0;
 }
 
+namespace {
+
+std::string UpperAscii(std::string_view text) {
+  std::string out(text);
+  for (char& c : out) {
+    if (c >= 'a' && c <= 'z') {
+      c = static_cast<char>(c - 'a' + 'A');
+    }
+  }
+  return out;
+}
+
+std::string ContentsKey(std::string_view section, std::string_view key) {
+  return UpperAscii(section) + '\n' + UpperAscii(key);
+}
+
+}  // namespace
+
+std::string ProfileContents::Get(std::string_view section,
+                                 std::string_view key,
+                                 std::string_view default_value) const {
+  const std::string wanted = ContentsKey(section, key);
+  const auto at = std::lower_bound(
+      values_.begin(), values_.end(), wanted,
+      [](const auto& item, const std::string& k) { return item.first < k; });
+  if (at != values_.end() && at->first == wanted) {
+    return at->second;
+  }
+  return std::string(default_value);
+}
+
+bool ProfileContents::HasSection(std::string_view section) const {
+  return std::binary_search(sections_.begin(), sections_.end(),
+                            UpperAscii(section));
+}
+
+ProfileContents ReadProfile(const std::string& path) {
+  ProfileContents contents;
+  const std::optional<std::string> text = ReadText(path);
+  Profile profile;
+  if (!text || !Load(*text, profile)) {
+    return contents;
+  }
+  Profile::TNamesDepend sections;
+  profile.GetAllSections(sections);
+  for (const Profile::Entry& section : sections) {
+    contents.sections_.push_back(UpperAscii(section.pItem));
+    const Profile::TKeyVal* keys = profile.GetSection(section.pItem);
+    if (keys == nullptr) {
+      continue;
+    }
+    for (const auto& [entry, value] : *keys) {
+      contents.values_.emplace_back(ContentsKey(section.pItem, entry.pItem),
+                                    value);
+    }
+  }
+  std::sort(contents.sections_.begin(), contents.sections_.end());
+  // A key given twice keeps its first value, as GetValue does.
+  std::stable_sort(
+      contents.values_.begin(), contents.values_.end(),
+      [](const auto& a, const auto& b) { return a.first < b.first; });
+  return contents;
+}
+
+bool ChangeProfile(const std::string& path,
+                   const std::vector<ProfileChange>& changes) {
+  for (const ProfileChange& change : changes) {
+    if (change.kind == ProfileChange::Kind::kSet &&
+        !CanHold(change.section, change.key, change.value)) {
+      return false;
+    }
+  }
+  return Modify(path, [&](Profile& profile) {
+    for (const ProfileChange& change : changes) {
+      switch (change.kind) {
+        case ProfileChange::Kind::kSet:
+          if (profile.SetValue(change.section.c_str(), change.key.c_str(),
+                               change.value.c_str()) < 0) {
+            return false;
+          }
+          break;
+        case ProfileChange::Kind::kRemoveKey:
+          profile.Delete(change.section.c_str(), change.key.c_str(),
+                         /*a_bRemoveEmpty=*/false);
+          break;
+        case ProfileChange::Kind::kRemoveSection:
+          profile.Delete(change.section.c_str(), nullptr);
+          break;
+      }
+    }
+    return true;
+  });
+}
+
 std::vector<std::string> GetProfileSectionNames(const std::string& path) {
   std::vector<std::string> out;
   const std::optional<std::string> text = ReadText(path);

@@ -65,6 +65,46 @@ std::vector<std::pair<std::string, std::string>> GetProfileSection(
     const std::string& path,
     std::string_view section);
 
+// A whole profile file read once, for a reader that looks at many values
+// (the screensaver store's repair reads every photo of every screensaver).
+// Names are matched as the functions above match them; values are trimmed
+// and, unlike GetProfileString, not cut.
+class ProfileContents {
+ public:
+  // The value, or `default_value` when the section or the key is missing.
+  std::string Get(std::string_view section,
+                  std::string_view key,
+                  std::string_view default_value) const;
+  bool HasSection(std::string_view section) const;
+
+ private:
+  friend ProfileContents ReadProfile(const std::string& path);
+  // Upper-cased section and key to value.
+  std::vector<std::pair<std::string, std::string>> values_;
+  std::vector<std::string> sections_;
+};
+
+// Reads the file at `path`; empty contents when it is missing or can't be
+// read.
+ProfileContents ReadProfile(const std::string& path);
+
+// One change of ChangeProfile.
+struct ProfileChange {
+  enum class Kind { kSet, kRemoveKey, kRemoveSection };
+  Kind kind = Kind::kSet;
+  std::string section;
+  std::string key;
+  std::string value;
+};
+
+// Makes every change of `changes`, in order, and writes the file once,
+// atomically: a reader sees the file before all of them or after all of
+// them. False (and the file as it was) when the file can't be read or
+// written, or when one change can't be held by the format (as
+// WriteProfileString says).
+[[nodiscard]] bool ChangeProfile(const std::string& path,
+                                 const std::vector<ProfileChange>& changes);
+
 }  // namespace qbpd
 
 #endif  // QBPD_PLATFORM_PROFILE_FILE_H_

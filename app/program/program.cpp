@@ -18,6 +18,7 @@
 #include "presentation/frm_photo_info.h"
 #include "presentation/frm_slide_show.h"
 #include "presentation/frm_wallpaper.h"
+#include "screensaver/screensaver_forms.h"
 
 #include <cstdio>
 
@@ -53,6 +54,7 @@ void RegisterProgram(Application& app) {
       [a] { return std::make_unique<frmImageTransfer>(*a); });
   app.forms().Register<frmCamProgress>(
       [a] { return std::make_unique<frmCamProgress>(*a); });
+  RegisterScreensaverForms(app);
   app.SetEntryForm("frmSplash");
 }
 
@@ -89,6 +91,9 @@ PlatformServices MakePlatformServices(std::unique_ptr<SettingsStore> settings,
   services.launcher = MakeXdgLauncher();
   services.wallpaper =
       MakeDesktopWallpaper(MakeSpawnRunner(), ProcessEnvironment());
+  services.screensaver =
+      MakeDesktopScreensaver(MakeSpawnRunner(), ProcessEnvironment(),
+                             services.places.program + "/qbpd-saver");
   services.make_display = [] { return MakeVipsDisplayControl(); };
   services.camera_devices = MakeLinuxCameraDevices(
       services.places.program + "/qbpd-imgacq", services.places.data);

@@ -129,6 +129,17 @@ void ScreensaverPlayer::Play() {
   Changed();
 }
 
+void ScreensaverPlayer::Play(const std::string& ini_path,
+                             int interval_seconds,
+                             const std::string& section,
+                             const std::string& effects) {
+  state_.ini_path = ini_path;
+  state_.interval_seconds = interval_seconds;
+  state_.section = section;
+  state_.effects = effects;
+  Play();
+}
+
 void ScreensaverPlayer::Stop() {
   state_.playing = false;
   Changed();
@@ -140,7 +151,10 @@ const PropertyTable& ScreensaverPlayer::Properties() const {
        IndexedRoProperty("File", &ScreensaverPlayer::File),
        RwProperty("IntervalSeconds", &ScreensaverPlayer::IntervalSeconds,
                   &ScreensaverPlayer::SetIntervalSeconds),
-       RoProperty("Playing", &ScreensaverPlayer::Playing)},
+       RoProperty("Playing", &ScreensaverPlayer::Playing),
+       RoProperty("IniPath", &ScreensaverPlayer::IniPath),
+       RoProperty("Section", &ScreensaverPlayer::Section),
+       RoProperty("Effects", &ScreensaverPlayer::Effects)},
       CommonProperties());
   return table;
 }

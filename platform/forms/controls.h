@@ -485,11 +485,17 @@ class FolderTree : public StatefulControl<FolderTreeState> {
   const PropertyTable& Properties() const override;
 };
 
-// The screensaver player: plays a list of photos at an interval.
+// The screensaver player: plays a list of photos at an interval, each
+// change of photo by one of the transitions its effect codes name ("3001",
+// "2007", "7002", "2000" joined by ">"). A key or the mouse on it raises
+// UserInput.
 struct ScreensaverPlayerState {
   std::vector<std::string> files;
   int interval_seconds = 5;
   bool playing = false;
+  std::string ini_path;
+  std::string section;
+  std::string effects;
 };
 class ScreensaverPlayer : public StatefulControl<ScreensaverPlayerState> {
  public:
@@ -502,6 +508,15 @@ class ScreensaverPlayer : public StatefulControl<ScreensaverPlayerState> {
   void SetIntervalSeconds(int v);
   bool Playing() const { return state_.playing; }
   void Play();
+  // Plays the section `section` of the screensaver store at `ini_path`, whose
+  // photos the caller has given with SetFiles.
+  void Play(const std::string& ini_path,
+            int interval_seconds,
+            const std::string& section,
+            const std::string& effects);
+  const std::string& IniPath() const { return state_.ini_path; }
+  const std::string& Section() const { return state_.section; }
+  const std::string& Effects() const { return state_.effects; }
   void Stop();
   const PropertyTable& Properties() const override;
 };

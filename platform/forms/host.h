@@ -116,6 +116,15 @@ class Host {
   virtual void SetMousePointer(int pointer) = 0;
   virtual int MousePointer() const = 0;
 
+  // ShowCursor: raises (true) or lowers (false) the display count of the
+  // mouse cursor, which shows while the count is 0 or more, and returns the
+  // new count. A desktop host hides the cursor while the count is below 0.
+  virtual int ShowCursor(bool show) {
+    cursor_count_ += show ? 1 : -1;
+    return cursor_count_;
+  }
+  int CursorCount() const { return cursor_count_; }
+
   // Keys typed into the focused control after the current event, as
   // "{F1}", "{ENTER}" or plain text.
   virtual void SendKeys(const std::string& keys) = 0;
@@ -147,6 +156,7 @@ class Host {
 
  private:
   int dispatch_depth_ = 0;
+  int cursor_count_ = 0;
 };
 
 }  // namespace qbpd

@@ -2,14 +2,22 @@
 // and the screensaver player.
 #include "platform/forms/controls.h"
 #include "platform/forms/form.h"
+#include "platform/saver_player.h"
 #include "ui/qt/generic_widget_base.h"
 #include "ui/qt/qt_convert.h"
 
+#include <QElapsedTimer>
 #include <QFileInfo>
+#include <QImage>
 #include <QPainter>
 #include <QTextBrowser>
 #include <QTimer>
 #include <QUrl>
+
+#include <memory>
+#include <string>
+#include <tuple>
+#include <vector>
 
 namespace qbpd {
 namespace {
@@ -52,7 +60,9 @@ class WebViewWidget : public GenericWidget {
   std::string shown_;
 };
 
-// Plays its photos in turn while Playing, each fitted to the widget.
+// Plays its photos while Playing with the saver player that qbpd-saver uses:
+// each photo upright and fitted on black, decoded ahead, changed by the
+// transitions of the control's effect codes.
 class ScreensaverWidget : public GenericWidget {
  public:
   ScreensaverWidget(ScreensaverPlayer& control,
@@ -61,45 +71,60 @@ class ScreensaverWidget : public GenericWidget {
       : GenericWidget(control, window), player_(control) {
     auto* w = new PaintedWidget(parent);
     timer_ = new QTimer(w);
-    QObject::connect(timer_, &QTimer::timeout, w, [this, w] {
-      if (!files_.empty()) {
-        at_ = (at_ + 1) % files_.size();
-        w->update();
-      }
-    });
+    timer_->setInterval(kSaverFrameMs);
+    QObject::connect(timer_, &QTimer::timeout, w, [w] { w->update(); });
     w->SetPainter([this, w](QPainter& p, const QRect& r) {
       p.fillRect(r, Qt::black);
-      if (files_.empty()) {
+      if (!player_.Playing()) {
         return;
       }
-      const QPixmap& pixmap =
-          cache_.Get(files_[at_], r.size(), w->devicePixelRatioF(), false);
-      if (!pixmap.isNull()) {
-        DrawCentred(p, r, pixmap);
+      const qreal ratio = w->devicePixelRatioF();
+      const int width = static_cast<int>(r.width() * ratio);
+      const int height = static_cast<int>(r.height() * ratio);
+      if (!saver_ || width != width_ || height != height_) {
+        SaverShow show{player_.Files(), player_.IntervalSeconds(),
+                       ParseSaverEffects(player_.Effects())};
+        saver_ = std::make_unique<SaverPlayer>(std::move(show), width, height);
+        width_ = width;
+        height_ = height;
+        clock_.start();
       }
+      const SaverFrame& frame = saver_->FrameAt(clock_.elapsed());
+      if (frame.empty()) {
+        return;
+      }
+      const QImage image(reinterpret_cast<const uchar*>(frame.pixels.data()),
+                         frame.width, frame.height, frame.width * 4,
+                         QImage::Format_RGB32);
+      p.drawImage(QRectF(r), image);
     });
     Attach(w, /*passive=*/true);
   }
   void Sync() override {
-    if (files_ != player_.Files()) {
-      files_ = player_.Files();
-      at_ = 0;
+    auto key = std::make_tuple(player_.Files(), player_.IntervalSeconds(),
+                               player_.Effects());
+    if (key != shown_) {
+      shown_ = std::move(key);
+      saver_.reset();
     }
-    timer_->setInterval(std::max(1, player_.IntervalSeconds()) * 1000);
     if (player_.Playing() && !timer_->isActive()) {
       timer_->start();
     } else if (!player_.Playing()) {
       timer_->stop();
+      saver_.reset();
     }
     widget_->update();
   }
 
  private:
+  static constexpr int kSaverFrameMs = 16;
   ScreensaverPlayer& player_;
   QTimer* timer_ = nullptr;
-  std::vector<std::string> files_;
-  size_t at_ = 0;
-  PictureCache cache_;
+  std::tuple<std::vector<std::string>, int, std::string> shown_;
+  std::unique_ptr<SaverPlayer> saver_;
+  int width_ = 0;
+  int height_ = 0;
+  QElapsedTimer clock_;
 };
 
 }  // namespace

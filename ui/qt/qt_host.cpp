@@ -417,6 +417,17 @@ void QtHost::SetMousePointer(int pointer) {
   pointer_ = pointer;
 }
 
+int QtHost::ShowCursor(bool show) {
+  const bool was_shown = CursorCount() >= 0;
+  const int count = Host::ShowCursor(show);
+  if (was_shown && count < 0) {
+    QApplication::setOverrideCursor(Qt::BlankCursor);
+  } else if (!was_shown && count >= 0) {
+    QApplication::restoreOverrideCursor();
+  }
+  return count;
+}
+
 void QtHost::SendKeys(const std::string& keys) {
   // As typed keys do, they arrive after the current event: at the next turn
   // of the event loop, on the form that is active then.

@@ -77,6 +77,7 @@ class QtHost : public QObject, public Host {
   long long TickCount() const override;
   void SetMousePointer(int pointer) override;
   int MousePointer() const override { return pointer_; }
+  int ShowCursor(bool show) override;
   void SendKeys(const std::string& keys) override;
   int TextWidth(std::string_view text, const Font& font) const override;
   int ScreenWidth() const override;
