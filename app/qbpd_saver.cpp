@@ -100,7 +100,7 @@ class SaverWindow : public QRasterWindow {
     }
     QPainter painter(this);
     if (frame.empty()) {
-      painter.fillRect(rect(), Qt::black);
+      painter.fillRect(QRect(QPoint(0, 0), size()), Qt::black);
       return;
     }
     const QImage image(reinterpret_cast<const uchar*>(frame.pixels.data()),
