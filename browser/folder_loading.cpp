@@ -272,6 +272,20 @@ void frmMainWindow::LoadImagesOnFolderClick(std::string& folder, bool& result) {
   }
 
   const std::string commanded = UpperCase(s_.gsCommandLine);
+  // The thumbnails of the first photos may be made on the second core while
+  // this loop makes the others.
+  std::vector<std::string> first_photos;
+  for (const std::string& path : files) {
+    if (first_photos.size() > static_cast<size_t>(kLoadedDuringLoad)) {
+      break;
+    }
+    if ((commanded.empty() || commanded != UpperCase(path)) &&
+        IsPhotoExtension(UpperExtension(path))) {
+      first_photos.push_back(path);
+    }
+  }
+  app_.images().PrepareThumbnails(first_photos, kThumbnailSize,
+                                  kThumbnailQuality);
   bool past_ten = false;
   for (const std::string& path : files) {
     if (s_.gbQuitRequested) {

@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace qbpd {
 
@@ -93,6 +94,17 @@ class ImageOperations {
   // it; a hint not followed costs only the work. A photo changed after the
   // hint is turned as it is when ImageRotation comes. A library without it
   // ignores the hint.
+  // A hint that the thumbnails of `sources` (at `size` and `quality`) are
+  // about to be asked for in that order, so that some may be made ahead on
+  // another core; what is asked for later is the same as without it.
+  virtual void PrepareThumbnails(const std::vector<std::string>& sources,
+                                 int size,
+                                 int quality) {
+    (void)sources;
+    (void)size;
+    (void)quality;
+  }
+
   virtual void PrepareImageRotation(const std::string& source, int angle) {
     (void)source;
     (void)angle;

@@ -4,6 +4,7 @@
 #include "platform/image_operations.h"
 #include "platform/photo_kind.h"
 #include "platform/photo_writer.h"
+#include "platform/thumbnail_ahead.h"
 #include "platform/turn_ahead.h"
 #include "platform/vips_image_facts.h"
 #include "platform/vips_jpeg.h"
@@ -147,8 +148,13 @@ class VipsImageOperations final : public ImageOperations {
                            int size,
                            int quality) override {
     try {
-      const std::optional<std::vector<std::uint8_t>> jpeg =
-          MakeThumbnail(source, size, quality);
+      std::optional<std::vector<std::uint8_t>> jpeg;
+      if (thumbnails_ahead_) {
+        jpeg = thumbnails_ahead_->Take(source, AheadKind(size, quality));
+      }
+      if (!jpeg) {
+        jpeg = MakeThumbnail(source, size, quality);
+      }
       return jpeg && ReplaceFile(thumbnail, jpeg->data(), jpeg->size()) ? 1 : 0;
     } catch (const vips::VError&) {
       vips_error_clear();
@@ -179,22 +185,12 @@ class VipsImageOperations final : public ImageOperations {
         return 0;
       }
       const fs::path photo = Normalised(source);
-      struct stat status {};
-      if (::stat(photo.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
+      const std::optional<std::string> name = CacheName(photo, size, quality);
+      if (!name) {
         return 0;
       }
-      const std::string state = photo.string() + '\n' +
-                                std::to_string(status.st_size) + '\n' +
-                                std::to_string(status.st_mtim.tv_sec) + '.' +
-                                std::to_string(status.st_mtim.tv_nsec);
-      const std::string prefix = PhotoPrefix(photo);
-      const std::string suffix = ParameterSuffix(size, quality);
-      const std::string name = prefix + Hex(Fnv1a(state)) + suffix;
-      const fs::path entry = fs::path(cache_folder_) / name;
-
-      std::error_code error;
-      if (fs::is_regular_file(entry, error) &&
-          fs::file_size(entry, error) > 0 && !error) {
+      const fs::path entry = fs::path(cache_folder_) / *name;
+      if (CacheHolds(entry)) {
         buffer = entry.string();
         return 1;
       }
@@ -204,7 +200,8 @@ class VipsImageOperations final : public ImageOperations {
         return 0;
       }
       // The photo's older thumbnails are stale now.
-      RemoveStaleEntries(prefix + suffix, name);
+      RemoveStaleEntries(PhotoPrefix(photo) + ParameterSuffix(size, quality),
+                         *name);
       buffer = entry.string();
       return 1;
     } catch (const vips::VError&) {
@@ -230,6 +227,33 @@ class VipsImageOperations final : public ImageOperations {
     } catch (...) {
     }
     return 0;
+  }
+
+  void PrepareThumbnails(const std::vector<std::string>& sources,
+                         int size,
+                         int quality) override {
+    if (!thumbnails_ahead_) {
+      thumbnails_ahead_ = std::make_unique<ThumbnailAhead>();
+    }
+    const std::string cache = cache_folder_;
+    thumbnails_ahead_->Prepare(
+        sources, AheadKind(size, quality),
+        [cache, size, quality](const std::string& source)
+            -> std::optional<std::vector<std::uint8_t>> {
+          try {
+            // A thumbnail the cache holds needs no making.
+            const fs::path photo = Normalised(source);
+            const auto name = CacheName(photo, size, quality);
+            if (!name || CacheHolds(fs::path(cache) / *name)) {
+              return std::nullopt;
+            }
+            return MakeThumbnail(source, size, quality);
+          } catch (const vips::VError&) {
+            vips_error_clear();
+          } catch (...) {
+          }
+          return std::nullopt;
+        });
   }
 
   void PrepareImageRotation(const std::string& source, int angle) override {
@@ -329,6 +353,33 @@ class VipsImageOperations final : public ImageOperations {
     fs::permissions(cache_folder_, fs::perms::owner_all,
                     fs::perm_options::replace, error);
     return true;
+  }
+
+  static std::string AheadKind(int size, int quality) {
+    return std::to_string(size) + 'q' + std::to_string(quality);
+  }
+
+  // The cache entry's name for the photo as it is now (its path, size and
+  // modification time); none when it is no plain file.
+  static std::optional<std::string> CacheName(const fs::path& photo,
+                                              int size,
+                                              int quality) {
+    struct stat status {};
+    if (::stat(photo.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
+      return std::nullopt;
+    }
+    const std::string state = photo.string() + '\n' +
+                              std::to_string(status.st_size) + '\n' +
+                              std::to_string(status.st_mtim.tv_sec) + '.' +
+                              std::to_string(status.st_mtim.tv_nsec);
+    return PhotoPrefix(photo) + Hex(Fnv1a(state)) +
+           ParameterSuffix(size, quality);
+  }
+
+  static bool CacheHolds(const fs::path& entry) {
+    std::error_code error;
+    return fs::is_regular_file(entry, error) &&
+           fs::file_size(entry, error) > 0 && !error;
   }
 
   // The encoded JPEG thumbnail of `source`, or nothing when the file is no
@@ -503,6 +554,8 @@ class VipsImageOperations final : public ImageOperations {
   std::string cache_folder_;
   std::optional<CacheIndex> index_;
   TurnAhead ahead_;
+  // Made on first use: most image libraries never make a folder's thumbnails.
+  std::unique_ptr<ThumbnailAhead> thumbnails_ahead_;
   guint log_handler_;
 };
 

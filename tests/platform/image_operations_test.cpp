@@ -420,5 +420,54 @@ TEST_F(ImageOperationsTest, DeletesThumbnailsOfOnePhotoOrOneFolder) {
   EXPECT_TRUE(fs::exists(ta));
 }
 
+// Thumbnails made ahead on the second core are the ones made in turn: for
+// every photo of a folder (a changed one, a broken one, one the cache holds
+// among them), in both the plain and the cached way.
+TEST_F(ImageOperationsTest, ThumbnailsMadeAheadAreTheOnesMadeInTurn) {
+  std::vector<std::string> sources;
+  for (int i = 0; i < 7; ++i) {
+    const fs::path photo = photos() / ("p" + std::to_string(i) + ".jpg");
+    WritePhoto(photo, 300 + 20 * i, 200);
+    sources.push_back(photo.string());
+  }
+  std::ofstream(photos() / "p7.jpg") << "not a photo";
+  sources.push_back((photos() / "p7.jpg").string());
+  const auto plain = MakeVipsImageOperations((temp_ / "cache-plain").string());
+  std::vector<std::string> expected;
+  for (const std::string& source : sources) {
+    const fs::path target = thumbs() / "expected.jpg";
+    fs::remove(target);
+    plain->GenerateThumbnailExt(source, target.string(), kSize, kQuality);
+    expected.push_back(fs::exists(target) ? ReadFile(target) : "");
+  }
+
+  images_->PrepareThumbnails(sources, kSize, kQuality);
+  // The photo made ahead first changes before it is asked for: its new
+  // picture is the one given.
+  WritePhoto(sources[1], 500, 100);
+  const fs::path changed = thumbs() / "changed.jpg";
+  plain->GenerateThumbnailExt(sources[1], changed.string(), kSize, kQuality);
+  expected[1] = ReadFile(changed);
+  for (std::size_t i = 0; i < sources.size(); ++i) {
+    const fs::path target = thumbs() / ("t" + std::to_string(i) + ".jpg");
+    const int made = images_->GenerateThumbnailExt(sources[i], target.string(),
+                                                   kSize, kQuality);
+    EXPECT_EQ(made, expected[i].empty() ? 0 : 1) << i;
+    EXPECT_EQ(fs::exists(target) ? ReadFile(target) : "", expected[i]) << i;
+  }
+
+  // The cached way, one thumbnail already in the cache.
+  const std::string held = Cached(sources[3]);
+  ASSERT_FALSE(held.empty());
+  images_->PrepareThumbnails(sources, kSize, kQuality);
+  for (std::size_t i = 0; i + 1 < sources.size(); ++i) {
+    const std::string entry = Cached(sources[i]);
+    ASSERT_FALSE(entry.empty()) << i;
+    EXPECT_EQ(ReadFile(entry), expected[i]) << i;
+  }
+  EXPECT_EQ(Cached(sources[3]), held);
+  EXPECT_EQ(Cached(sources.back()), "");
+}
+
 }  // namespace
 }  // namespace qbpd

@@ -1,0 +1,73 @@
+#ifndef QBPD_PLATFORM_THUMBNAIL_AHEAD_H_
+#define QBPD_PLATFORM_THUMBNAIL_AHEAD_H_
+
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace qbpd {
+
+// Thumbnails of a folder's first photos made on a second thread while the
+// caller makes the others: of the photos it is told, it makes every other
+// one from the second on (the caller makes the first, the third, ...), so
+// that two cores share the first load. A thumbnail made ahead is handed
+// over only if its photo is unchanged since (size and modification time);
+// otherwise, and for any photo it was not told, the caller makes it as
+// before. Nothing is written: the caller writes what it takes.
+class ThumbnailAhead {
+ public:
+  using Bytes = std::vector<std::uint8_t>;
+  // Makes the thumbnail of a photo; nullopt when it can't or needn't (say,
+  // because the cache holds it already).
+  using Maker = std::function<std::optional<Bytes>(const std::string& source)>;
+
+  // At most `depth` thumbnails are kept made and not yet taken.
+  explicit ThumbnailAhead(std::size_t depth = 6);
+  ~ThumbnailAhead();
+  ThumbnailAhead(const ThumbnailAhead&) = delete;
+  ThumbnailAhead& operator=(const ThumbnailAhead&) = delete;
+
+  // Forgets what it was told before, and works on `sources` with `maker`;
+  // `kind` names the maker's parameters, which Take must name alike.
+  void Prepare(const std::vector<std::string>& sources,
+               const std::string& kind,
+               Maker maker);
+  // The thumbnail made ahead for `source`, waiting while it is being made;
+  // nullopt when there is none to hand over. A photo not yet begun is taken
+  // off the list (the caller makes it).
+  std::optional<Bytes> Take(const std::string& source, const std::string& kind);
+
+ private:
+  struct Made {
+    std::optional<Bytes> bytes;
+    std::string state;
+  };
+  void Work();
+
+  const std::size_t depth_;
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  bool stopping_ = false;
+  std::string kind_;
+  Maker maker_;
+  std::deque<std::string> queue_;
+  std::string busy_;  // the photo being made, "" when none
+  std::map<std::string, Made> made_;
+  std::thread worker_;
+};
+
+// What the hand-over compares: a photo's size and modification time, ""
+// when it is no plain file.
+std::string PhotoFileState(const std::string& path);
+
+}  // namespace qbpd
+
+#endif  // QBPD_PLATFORM_THUMBNAIL_AHEAD_H_
