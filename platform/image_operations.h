@@ -131,9 +131,12 @@ class ImageOperations {
 };
 
 // The real library over libvips. `cache_folder` holds the persistent
-// thumbnail cache of the cache-on store; it is made on first use.
+// thumbnail cache of the cache-on store; it is made on first use. Without
+// `thumbnails_ahead`, PrepareThumbnails is ignored and every thumbnail is
+// made in turn on the caller's thread (the benchmarks compare the two).
 std::unique_ptr<ImageOperations> MakeVipsImageOperations(
-    std::string cache_folder);
+    std::string cache_folder,
+    bool thumbnails_ahead = true);
 
 // Writes a JPEG test photo of `width` x `height`: a colour gradient whose
 // hue follows `seed`, so that neighbouring photos differ. For the headless

@@ -130,8 +130,9 @@ void IgnoreLogMessage(const gchar*, GLogLevelFlags, const gchar*, gpointer) {}
 
 class VipsImageOperations final : public ImageOperations {
  public:
-  explicit VipsImageOperations(std::string cache_folder)
+  VipsImageOperations(std::string cache_folder, bool thumbnails_ahead)
       : cache_folder_(std::move(cache_folder)),
+        thumbnails_ahead_allowed_(thumbnails_ahead),
         log_handler_(g_log_set_handler(
             "VIPS",
             static_cast<GLogLevelFlags>(G_LOG_LEVEL_WARNING |
@@ -232,6 +233,9 @@ class VipsImageOperations final : public ImageOperations {
   void PrepareThumbnails(const std::vector<std::string>& sources,
                          int size,
                          int quality) override {
+    if (!thumbnails_ahead_allowed_) {
+      return;
+    }
     if (!thumbnails_ahead_) {
       thumbnails_ahead_ = std::make_unique<ThumbnailAhead>();
     }
@@ -552,6 +556,7 @@ class VipsImageOperations final : public ImageOperations {
   }
 
   std::string cache_folder_;
+  bool thumbnails_ahead_allowed_;
   std::optional<CacheIndex> index_;
   TurnAhead ahead_;
   // Made on first use: most image libraries never make a folder's thumbnails.
@@ -562,14 +567,16 @@ class VipsImageOperations final : public ImageOperations {
 }  // namespace
 
 std::unique_ptr<ImageOperations> MakeVipsImageOperations(
-    std::string cache_folder) {
+    std::string cache_folder,
+    bool thumbnails_ahead) {
   // Starting libvips again is harmless. Its operation cache stays off: every
   // thumbnail reads a different file, and cached loaders would keep photo
   // files open.
   if (VIPS_INIT("qbpd") == 0) {
     vips_cache_set_max(0);
   }
-  return std::make_unique<VipsImageOperations>(std::move(cache_folder));
+  return std::make_unique<VipsImageOperations>(std::move(cache_folder),
+                                               thumbnails_ahead);
 }
 
 }  // namespace qbpd

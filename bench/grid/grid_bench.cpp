@@ -42,6 +42,9 @@ struct Options {
   int height = 1500;
   int distinct = 20;
   std::string dir;
+  // Only the first load, with an empty cache, in turns with and without the
+  // thumbnails made ahead on the second core.
+  int compare_first_load = 0;
 };
 
 long PeakRssKb() {
@@ -56,7 +59,10 @@ struct Pass {
   long peak_kb = 0;
 };
 
-Pass ScrollThrough(const fs::path& root, const fs::path& folder) {
+Pass ScrollThrough(const fs::path& root,
+                   const fs::path& folder,
+                   bool thumbnails_ahead = true,
+                   bool scroll = true) {
   using namespace qbpd;
   PlatformServices services;
   services.settings = MakeMemorySettingsStore();
@@ -65,7 +71,8 @@ Pass ScrollThrough(const fs::path& root, const fs::path& folder) {
   services.places.cache = (root / "cache").string();
   services.places.desktop = (root / "Desktop").string();
   services.places.pictures = folder.parent_path().string();
-  services.images = MakeVipsImageOperations((root / "cache" / "t").string());
+  services.images = MakeVipsImageOperations((root / "cache" / "t").string(),
+                                            thumbnails_ahead);
   services.make_display = [] { return MakeVipsDisplayControl(); };
   SettingsStore& store = *services.settings;
   (void)store.Write(kSettingsKey, "LastOpenFolderInPreviousSession", "False");
@@ -89,7 +96,8 @@ Pass ScrollThrough(const fs::path& root, const fs::path& folder) {
   auto& window = app.forms().Get<frmMainWindow>();
   ScrollBar& bar = window.ctrlImageListVScroll;
   const int rows_per_page = window.getMaxNoImgsDisplayed() / 2;
-  for (int value = rows_per_page; value <= bar.Max(); value += rows_per_page) {
+  for (int value = rows_per_page; scroll && value <= bar.Max();
+       value += rows_per_page) {
     auto t0 = Clock::now();
     user::ScrollTo(bar, value);
     pass.page_ms.push_back(
@@ -139,6 +147,8 @@ int main(int argc, char** argv) {
       o.distinct = std::stoi(value);
     else if (flag == "--dir")
       o.dir = value;
+    else if (flag == "--compare-first-load")
+      o.compare_first_load = std::stoi(value);
   }
   fs::path root = o.dir.empty() ? fs::temp_directory_path() /
                                       ("grid-bench-" + std::to_string(getpid()))
@@ -147,6 +157,28 @@ int main(int argc, char** argv) {
   std::printf("making %d photos of %dx%d (%d distinct) in %s\n", o.photos,
               o.width, o.height, o.distinct, folder.c_str());
   qbpd::bench::MakePhotoFolder(folder, o.photos, o.distinct, o.width, o.height);
+  if (o.compare_first_load > 0) {
+    std::vector<double> one, two;
+    for (int round = 0; round < o.compare_first_load; ++round) {
+      for (bool ahead : {false, true}) {
+        fs::remove_all(root / "cache");
+        const double ms = ScrollThrough(root, folder, ahead, false).start_ms;
+        (ahead ? two : one).push_back(ms);
+        std::printf("  round %d, %s: first load %.0f ms\n", round + 1,
+                    ahead ? "two cores" : "one core", ms);
+      }
+    }
+    std::sort(one.begin(), one.end());
+    std::sort(two.begin(), two.end());
+    const double m1 = one[one.size() / 2], m2 = two[two.size() / 2];
+    std::printf(
+        "first load, median: one core %.0f ms, two cores %.0f ms "
+        "(%.2f of one core)\n",
+        m1, m2, m2 / m1);
+    if (o.dir.empty())
+      fs::remove_all(root);
+    return 0;
+  }
   Report("thumbnails made", ScrollThrough(root, folder));
   Report("thumbnails cached", ScrollThrough(root, folder));
   if (o.dir.empty())
