@@ -5,6 +5,7 @@
 #include "core/validations.h"
 #include "core/web_links.h"
 #include "online/online_common.h"
+#include "online/password_characters.h"
 #include "platform/forms/keys.h"
 
 namespace qbpd {
@@ -20,17 +21,6 @@ constexpr int kButtonWidth = 1200;
 constexpr int kButtonHeight = 390;
 constexpr std::string_view kOkButton = "26";
 constexpr std::string_view kCancelButton = "25";
-
-// Everything but blanks and tabs: the password's characters.
-CharacterGroups PasswordCharacters() {
-  CharacterGroups groups;
-  groups.letters = true;
-  groups.digits = true;
-  groups.quotes = true;
-  groups.punctuation = true;
-  groups.symbols = true;
-  return groups;
-}
 
 }  // namespace
 
@@ -148,12 +138,9 @@ void frmLogin::imgOK_Click() {
   const std::string before_password = s.gsUserPassword;
   s.gsUserEmail = email;
   const std::string password = TrimSpaces(txtPassword.Text());
-  const CharacterGroups allowed = PasswordCharacters();
-  for (unsigned char c : password) {
-    if (!IsValidCharacter(c, allowed)) {
-      Refuse("Please enter valid password", txtPassword);
-      return;
-    }
+  if (!IsValidPassword(password)) {
+    Refuse("Please enter valid password", txtPassword);
+    return;
   }
   s.gsUserPassword = password;
   if (s.gsUserEmail != before_email || s.gsUserPassword != before_password) {

@@ -165,6 +165,13 @@ INSTANTIATE_TEST_SUITE_P(
                   "Enter a valid email address starting aplhabet"},
         // Blanks inside a password are refused.
         LoginCase{"ann@example.com", "pass word",
+                  "Please enter valid password"},
+        // A blank of another script too, and a character of no group.
+        LoginCase{"ann@example.com", "pass\xE3\x80\x80word",
+                  "Please enter valid password"},
+        LoginCase{"ann@example.com",
+                  "\xC2\xA3"
+                  "5",
                   "Please enter valid password"}));
 
 // Each failure code of LoginUser and the text the login form shows.
@@ -240,6 +247,24 @@ TEST_F(ConnectTest, AFailedLoginCanBeCorrectedAndTriedAgain) {
   EXPECT_EQ(settings().Read(kSettingsKey, "AutoLogin"), "False");
   EXPECT_EQ(settings().Read(kSettingsKey, "EncryptedPassword"), "");
   EXPECT_EQ(session().gsAuthCode, "S1");
+}
+
+TEST_F(ConnectTest, APasswordIsJudgedByTheCharactersTyped) {
+  WritePhotos(1);
+  Start();
+  Select(1);
+  client().Queue(LoginOk());
+  client().Queue(Albums({""}, {""}));
+  QueueClick("frmMainWindow", "imgUpload");
+  QueueText("frmLogin", "txtEmailAdd", "ann@example.com");
+  // "Pässwörd": two letters of the code page's upper half, two bytes each.
+  QueueText("frmLogin", "txtPassword", "P\xC3\xA4ssw\xC3\xB6rd");
+  QueueClick("frmLogin", "imgOK");
+  QueueClick("frmUploadAlbumInfm", "imgCancel");
+  Run();
+  ASSERT_EQ(Operations(),
+            (std::vector<std::string>{"LoginUser", "GetAlbumList"}));
+  EXPECT_EQ(client().Calls()[0].Input("password"), "P\xC3\xA4ssw\xC3\xB6rd");
 }
 
 TEST_F(ConnectTest, ACancelWhileLoginUserWaitsEndsInTheTimer) {
