@@ -59,6 +59,9 @@ std::vector<std::string> ScriptedServiceClient::Operations() const {
 template <class Reply>
 Reply ScriptedServiceClient::Take(const char* operation, JsonValue inputs) {
   calls_.push_back(RecordedCall{operation, std::move(inputs)});
+  if (on_call_) {
+    on_call_(calls_.back());
+  }
   Script<Reply>& script = std::get<Script<Reply>>(scripts_);
   if (!script.queued.empty()) {
     Reply reply = std::move(script.queued.front());

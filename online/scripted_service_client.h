@@ -5,6 +5,7 @@
 #include "platform/json_value.h"
 
 #include <deque>
+#include <functional>
 #include <optional>
 #include <string>
 #include <tuple>
@@ -122,6 +123,10 @@ class ScriptedServiceClient final : public ctlExtAPI {
 
   // Replies queued and not yet taken, over all operations.
   size_t PendingReplies() const;
+  // Called with each call as it is made, before it waits or answers.
+  void OnCall(std::function<void(const RecordedCall&)> observer) {
+    on_call_ = std::move(observer);
+  }
 
   // --- what happened --------------------------------------------------------
   const std::vector<RecordedCall>& Calls() const { return calls_; }
@@ -257,6 +262,7 @@ class ScriptedServiceClient final : public ctlExtAPI {
   bool cancel_requested_ = false;
   int cancel_requests_ = 0;
   std::vector<RecordedCall> calls_;
+  std::function<void(const RecordedCall&)> on_call_;
   std::tuple<Script<LoginUserReply>,
              Script<GetUserInfoReply>,
              Script<GetPriceListReply>,

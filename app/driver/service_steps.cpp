@@ -86,6 +86,10 @@ Reply WithBase(const Answer& a) {
 
 void Runner::WireService(PlatformServices& services) {
   double_ = std::make_unique<ScriptedServiceClient>(*host_);
+  // Each call shows when it is made, in its place among the program's other
+  // lines (a message box that follows it, an inside step that runs while it
+  // waits), not when the program is next idle.
+  double_->OnCall([this](const RecordedCall&) { ReportServiceCalls(); });
   services.make_client = [this]() -> std::unique_ptr<ctlExtAPI> {
     if (use_double_) {
       return ForwardTo(*double_);
