@@ -20,8 +20,6 @@ constexpr std::string_view kDesktop = "Desktop";
 constexpr int kTreeButtonDown = 5;
 // Thumbnails made during a load; the others come as the grid scrolls.
 constexpr int kLoadedDuringLoad = 9;
-constexpr int kThumbnailSize = 85;
-constexpr int kThumbnailQuality = 70;
 constexpr int kFirstThumbnailTop = 100;
 // The panel grows by this much per row of two photos.
 constexpr double kPanelRowStep = 1585;
@@ -210,6 +208,24 @@ bool frmMainWindow::GenerateThumbnail(const std::string& source) {
   return app_.images().GenerateThumbnailExt(source, s_.gsThumbnailPath,
                                             kThumbnailSize,
                                             kThumbnailQuality) == 1;
+}
+
+bool frmMainWindow::AdoptThumbnail(const std::string& source,
+                                   const std::string& made) {
+  if (s_.gbCacheEnable) {
+    return GenerateThumbnail(source);
+  }
+  s_.gsThumbnailPath = s_.gsThumbnailFolder + FileNamePart(source) + ".jpg";
+  std::error_code error;
+  if (made.empty()) {
+    return false;
+  }
+  fs::rename(made, s_.gsThumbnailPath, error);
+  if (error) {
+    fs::remove(made, error);
+    return GenerateThumbnail(source);
+  }
+  return true;
 }
 
 void frmMainWindow::LoadImagesOnFolderClick(std::string& folder, bool& result) {

@@ -172,6 +172,16 @@ class frmMainWindow : public Form {
   void LoadImagesOnFolderClick(std::string& folder, bool& result);
   // Makes the thumbnail of one photo; its path goes to gsThumbnailPath.
   bool GenerateThumbnail(const std::string& source);
+  // The longer side and the JPEG quality of the window's thumbnails.
+  static constexpr int kThumbnailSize = 85;
+  static constexpr int kThumbnailQuality = 70;
+  // GenerateThumbnail with the work done elsewhere (on another core): `made`
+  // is a thumbnail of `source` that GenerateThumbnailExt wrote at the
+  // window's size and quality, "" when that failed. Without the cache it
+  // takes the place the window's own would take; with the cache, whose
+  // entries only the image library names, the cache is asked as usual (the
+  // work ahead then filled it with GenerateThumbnailAndBuffer).
+  bool AdoptThumbnail(const std::string& source, const std::string& made);
   void OpenCommandImage();
   void RefreshCurrentFolder();
   void ResetPhotoModel();

@@ -8,8 +8,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <chrono>
-#include <cmath>
 #include <filesystem>
 
 namespace qbpd {
@@ -21,25 +19,9 @@ constexpr int kFormWidth = 6000;
 constexpr int kFormHeight = 4200;
 constexpr int kFrameSize = 1800;
 constexpr int kBarWidth = 3000;
-constexpr int kUpload = 11;
-constexpr int kShare = 12;
-constexpr int kOrder = 13;
 constexpr int kSettleMs = 200;
-constexpr int kPauseMs = 1000;
-constexpr long kBytesPerSecond56k = 29491;  // 28.8 x 1024, rounded
-constexpr long kDslKilobytesPerSecond = 128;
-constexpr int kCaptionLimit = 2010;
-constexpr int kCaptionRoom = 1910;
 constexpr std::string_view kCancelButton = "25";
 constexpr long kBarColour = 0xC08040;
-
-std::string Split(long seconds) {
-  if (seconds > 60) {
-    return std::to_string(seconds / 60) + " mins and " +
-           std::to_string(seconds % 60) + " secs";
-  }
-  return std::to_string(seconds) + " secs";
-}
 
 bool IsJpegName(const std::string& path) {
   std::string ext = fs::path(path).extension().string();
@@ -57,7 +39,10 @@ bool IsJpegName(const std::string& path) {
 frmUploadImgs::frmUploadImgs(Application& app)
     : Form(app.host(), std::string(kName)),
       app_(app),
-      ExtAPI_(NewServiceClient(app)) {
+      ExtAPI_(NewServiceClient(app)),
+      mAhead(app.images(),
+             frmMainWindow::kThumbnailSize,
+             frmMainWindow::kThumbnailQuality) {
   Move(0, 0, kFormWidth, kFormHeight);
   lblHeading.Move(240, 200, kFormWidth - 480, 300);
   lblHeading.SetFontBold(true);
@@ -91,51 +76,6 @@ frmUploadImgs::frmUploadImgs(Application& app)
 
 frmUploadImgs::~frmUploadImgs() {
   RemoveCopies();
-}
-
-std::string frmUploadImgs::ModemCaption(long seconds) {
-  if (seconds < 10) {
-    return "56k Modem....Less than 10 seconds";
-  }
-  return "56k Modem...." + Split(seconds);
-}
-
-std::string frmUploadImgs::DslCaption(long seconds) {
-  if (seconds < 10) {
-    return "DSL cable....Less than 10 seconds";
-  }
-  return "DSL cable.... " + Split(seconds);
-}
-
-std::string frmUploadImgs::PhotoCaption(const std::string& name, int width) {
-  std::string doubled;
-  for (char c : name) {
-    doubled += c;
-    if (c == '&') {
-      doubled += '&';
-    }
-  }
-  if (width + 100 <= kCaptionLimit || width <= 0) {
-    return doubled;
-  }
-  const auto keep = static_cast<size_t>(
-      std::lround(static_cast<double>(doubled.size()) * kCaptionRoom / width));
-  return doubled.substr(0, std::min(keep, doubled.size())) + "...";
-}
-
-std::string frmUploadImgs::UploadUrl(const std::string& site_address,
-                                     const std::string& auth_code,
-                                     const std::string& album_id,
-                                     const std::string& album_name,
-                                     const std::string& tag,
-                                     const std::string& file) {
-  std::string url = site_address;
-  url.append("/exuploadimages?authcode=").append(auth_code);
-  url.append("&numimages=1&albumid=").append(album_id);
-  url.append("&albumname=").append(album_name);
-  url.append("&sourcecode=").append(tag);
-  url.append("&file=").append(file);
-  return url;
 }
 
 void frmUploadImgs::Form_Activate() {
@@ -176,70 +116,95 @@ void frmUploadImgs::NormalPointer() {
   host().SetMousePointer(kPointerDefault);
 }
 
-std::string frmUploadImgs::FileToSend(const std::string& photo) {
-  if (IsJpegName(photo)) {
-    return photo;
-  }
-  const std::string copy =
-      app_.session().gsTempLoc + fs::path(photo).stem().string() + ".jpg";
-  if (mNext && mNext->photo == photo) {
-    SettlePrefetch();
-    if (FileExists(copy)) {
-      return copy;
-    }
-  }
-  mCopies.insert(copy);
-  std::error_code error;
-  fs::remove(copy, error);
-  (void)app_.images().SaveImageAsJPEG(photo, copy);
-  return copy;
-}
-
-void frmUploadImgs::PrefetchCopy(int n, const std::string& current) {
+UploadAhead::Order frmUploadImgs::OrderFor(int n,
+                                           const std::string& photo) const {
   const Session& s = app_.session();
-  if (mNext || n > s.giUploadTotal) {
-    return;
+  UploadAhead::Order order;
+  order.photo = photo;
+  if (!IsJpegName(photo)) {
+    order.copy = s.gsTempLoc + fs::path(photo).stem().string() + ".jpg";
   }
-  const std::string photo = s.gcolOrderPhotos.Item(n);
-  if (photo.empty() || IsJpegName(photo) || !FileExists(photo)) {
-    return;
+  if (!s.gbCacheEnable) {
+    // A name no thumbnail of the window takes (theirs end in ".jpg").
+    const std::string& folder =
+        s.gsThumbnailFolder.empty() ? s.gsTempLoc : s.gsThumbnailFolder;
+    order.thumbnail = folder + "upload-" + std::to_string(n) + ".ahead";
   }
-  const std::string copy =
-      s.gsTempLoc + fs::path(photo).stem().string() + ".jpg";
-  if (copy == current) {
-    return;  // the current photo's own copy, still being sent
-  }
-  mCopies.insert(copy);
-  std::error_code error;
-  fs::remove(copy, error);
-  ImageOperations* images = &app_.images();
-  mNext = Prefetch{photo, copy,
-                   std::async(std::launch::async, [images, photo, copy] {
-                     return images->SaveImageAsJPEG(photo, copy);
-                   })};
+  return order;
 }
 
-void frmUploadImgs::SettlePrefetch() {
-  if (!mNext) {
-    return;
+void frmUploadImgs::AskAhead(int n, const std::string& sending) {
+  const Session& s = app_.session();
+  const int last = std::min(n + kPhotosAhead, s.giUploadTotal);
+  for (int k = std::max(mNextToAsk, n + 1); k <= last; ++k) {
+    const std::string photo = s.gcolOrderPhotos.Item(k);
+    if (photo.empty()) {
+      return;  // the run ends there
+    }
+    if (!FileExists(photo)) {
+      mNextToAsk = k + 1;  // skipped at its turn, or asked for then
+      continue;
+    }
+    UploadAhead::Order order = OrderFor(k, photo);
+    if (!order.copy.empty() &&
+        (order.copy == sending || mAhead.HoldsCopy(order.copy))) {
+      return;  // asked for when the copy of that name is gone
+    }
+    mAhead.Ask(k, std::move(order));
+    mNextToAsk = k + 1;
   }
-  using namespace std::chrono_literals;
-  while (mNext->made.wait_for(10ms) != std::future_status::ready) {
-    host().DoEvents();
-  }
-  mNext.reset();
 }
 
-void frmUploadImgs::ShowPhotoInWork(const std::string& file) {
+std::optional<UploadAhead::Made> frmUploadImgs::PreparePhoto(
+    int n,
+    const std::string& photo) {
+  for (int round = 0; round < 2; ++round) {
+    if (!mAhead.Asked(n)) {
+      if (n < mNextToAsk) {
+        // Passed over while it was missing: the photos asked for after it
+        // may hold its copy's name.
+        mAhead.Drop();
+      }
+      mAhead.Ask(n, OrderFor(n, photo));
+      mNextToAsk = n + 1;
+    }
+    std::optional<UploadAhead::Made> made =
+        mAhead.Take(n, [this](const std::function<bool()>& done) {
+          host().WaitForWork(done);
+        });
+    if (!made) {
+      return std::nullopt;
+    }
+    if (!made->order.copy.empty()) {
+      mCopies.insert(made->order.copy);
+    }
+    if (round == 1 || made->photo_stamp == FileStamp::Of(photo)) {
+      return made;
+    }
+    // The photo changed after its work was made: it is made again.
+    UploadAhead::Remove(*made);
+  }
+  return std::nullopt;
+}
+
+void frmUploadImgs::ShowPhotoInWork(const UploadAhead::Made& made) {
   auto* main = app_.forms().Find<frmMainWindow>();
-  if (main != nullptr && main->GenerateThumbnail(file)) {
-    const std::string& thumb = app_.session().gsThumbnailPath;
-    imgUpload.SetPicture(thumb);
-    const int width = app_.images().GetImageWidth(thumb) * kTwipsPerPixel;
-    const int height = app_.images().GetImageHeight(thumb) * kTwipsPerPixel;
-    imgUpload.Move((FraImageCont.Width() - width) / 2,
-                   (FraImageCont.Height() - height) / 2, width, height);
+  const std::string& thumbnail = made.order.thumbnail;
+  if (main == nullptr ||
+      !main->AdoptThumbnail(made.file(),
+                            made.thumbnail_made ? thumbnail : std::string())) {
+    if (!thumbnail.empty()) {
+      std::error_code error;
+      fs::remove(thumbnail, error);
+    }
+    return;
   }
+  const std::string& thumb = app_.session().gsThumbnailPath;
+  imgUpload.SetPicture(thumb);
+  const int width = app_.images().GetImageWidth(thumb) * kTwipsPerPixel;
+  const int height = app_.images().GetImageHeight(thumb) * kTwipsPerPixel;
+  imgUpload.Move((FraImageCont.Width() - width) / 2,
+                 (FraImageCont.Height() - height) / 2, width, height);
 }
 
 void frmUploadImgs::RunUpload() {
@@ -263,6 +228,8 @@ void frmUploadImgs::RunUpload() {
   mdicOrderIndex.RemoveAll();
   mSent.clear();
   mbLastFatal = false;
+  mNextToAsk = 1;
+  AskAhead(0, "");
 
   bool ran_to_end = true;
   for (int n = 1; n <= s.giUploadTotal; ++n) {
@@ -287,12 +254,16 @@ void frmUploadImgs::RunUpload() {
       ran_to_end = false;
       break;
     }
-    const std::string file = FileToSend(photo);
-    if (IsUnloaded()) {
+    const std::optional<UploadAhead::Made> made = PreparePhoto(n, photo);
+    if (IsUnloaded() || !made) {
       RemoveCopies();
+      if (!IsUnloaded()) {
+        Unload();
+      }
       return;
     }
-    ShowPhotoInWork(file);
+    const std::string file = made->file();
+    ShowPhotoInWork(*made);
     lblProgress.SetCaption(std::to_string(s.giUploadedCount + 1) + " of " +
                            std::to_string(s.giUploadTotal));
     const std::string name = fs::path(file).filename().string();
@@ -303,7 +274,7 @@ void frmUploadImgs::RunUpload() {
     }
     const std::string url = UploadUrl(s.gsSiteAddress, s.gsAuthCode,
                                       s.gsAlbumId, s.gsAlbumName, tag, file);
-    PrefetchCopy(n + 1, file);
+    AskAhead(n, file);
     msErrCode.clear();
     msErrText.clear();
     std::string album_id, image_id;
@@ -397,225 +368,8 @@ void frmUploadImgs::RunUpload() {
   }
 }
 
-void frmUploadImgs::FinishUpload() {
-  Session& s = app_.session();
-  NormalPointer();
-  TextGrid albums;
-  msErrCode.clear();
-  msErrText.clear();
-  (void)ExtAPI_->GetAlbumList(s.gsSiteUrl, s.gsAuthCode, albums, msErrCode,
-                              msErrText);
-  if (mbCancelRequested) {
-    Unload();
-    return;
-  }
-  Form& congrats = app_.forms().Get("frmUploadCongrats");
-  mbFinished = true;
-  congrats.Show(/*modal=*/true);
-  NormalPointer();
-  Unload();
-}
-
-void frmUploadImgs::FinishShare() {
-  Session& s = app_.session();
-  host().SetMousePointer(kPointerHourglass);
-  std::string accepted;
-  msErrCode.clear();
-  msErrText.clear();
-  const bool ok =
-      ExtAPI_->ShareAlbum(s.gsSiteUrl, s.gsAuthCode, s.gsAlbumId,
-                          s.gasShareEmails, s.gsShareSubject, s.gsShareMessage,
-                          s.gsShareAccess, accepted, msErrCode, msErrText);
-  NormalPointer();
-  if (mbCancelRequested) {
-    tmrCheck_Timer();
-    return;
-  }
-  if (!ok) {
-    host().MsgBox(msErrCode == kErrServiceFailed
-                      ? std::string("There is some problem with the server, "
-                                    "please try after some time...")
-                      : msErrText + ", Unable to share the photos.",
-                  kMbStop, s.gsAppTitle);
-    Unload();
-    return;
-  }
-  if (accepted.empty()) {
-    host().MsgBox("Unable to share the photos as given emails are invalid.",
-                  kMbStop, s.gsAppTitle);
-    Unload();
-    return;
-  }
-  for (std::string& email : s.gasShareEmails) {
-    email.clear();
-  }
-  size_t at = 0;
-  size_t i = 0;
-  while (true) {
-    const size_t comma = accepted.find(',', at);
-    const std::string part = accepted.substr(at, comma - at);
-    if (i < s.gasShareEmails.size()) {
-      s.gasShareEmails[i] = part;
-    } else {
-      s.gasShareEmails.push_back(part);
-    }
-    ++i;
-    if (comma == std::string::npos) {
-      break;
-    }
-    at = comma + 1;
-  }
-  if (app_.forms().IsRegistered("frmShareCongrats")) {
-    Form& congrats = app_.forms().Get("frmShareCongrats");
-    mbFinished = true;
-    congrats.Show(/*modal=*/true);
-  }
-  Unload();
-}
-
-void frmUploadImgs::FinishOrder() {
-  Session& s = app_.session();
-  host().SetMousePointer(kPointerHourglass);
-  if (mbCancelRequested) {
-    tmrCheck_Timer();
-    return;
-  }
-  msErrCode.clear();
-  msErrText.clear();
-  TextDictionary photos;
-  if (!ExtAPI_->GetAlbumPhotos(s.gsSiteUrl, s.gsAuthCode, s.gsAlbumId, photos,
-                               msErrCode, msErrText)) {
-    if (mbCancelRequested) {
-      tmrCheck_Timer();
-      return;
-    }
-    NormalPointer();
-    host().MsgBox("Unable to order the prints for printing.", kMbStop,
-                  s.gsAppTitle);
-    Unload();
-    return;
-  }
-  mdicOrderIndex = photos;
-  // RemoveEmptyOrderLines, PlaceOrder and ConfirmOrder follow here with the
-  // order's lines, which the print-order dialog fills; until it does, the
-  // run has no lines, their count differs from the album's photos, and the
-  // order stops with the message for that case.
-  NormalPointer();
-  host().MsgBox("Unable to order the prints for printing.", kMbStop,
-                s.gsAppTitle);
-  Unload();
-}
-
-void frmUploadImgs::WorkOutEstimates(int n) {
-  const Session& s = app_.session();
-  const long long r = mlTotalBytes - FileSize(s.gcolOrderPhotos.Item(n));
-  mlSeconds56k = static_cast<long>(r / kBytesPerSecond56k);
-  mlSecondsDsl = static_cast<long>(r / kDslKilobytesPerSecond / 1024);
-  ShowEstimates();
-}
-
-void frmUploadImgs::ShowEstimates() {
-  lblConnectonType_Time.SetCaption(ModemCaption(mlSeconds56k));
-  lblDSLConnection.SetCaption(DslCaption(mlSecondsDsl));
-  const bool run = mlSeconds56k >= 10;
-  if (tmrUpload.Enabled() != run) {
-    tmrUpload.SetEnabled(run);
-  }
-}
-
-void frmUploadImgs::tmrUpload_Timer() {
-  if (mlSeconds56k >= 1) {
-    --mlSeconds56k;
-  }
-  if (mlSecondsDsl >= 1) {
-    --mlSecondsDsl;
-  }
-  ShowEstimates();
-}
-
-void frmUploadImgs::UpdateUploadProgress() {
-  const Session& s = app_.session();
-  const int count = s.gcolOrderPhotos.Count();
-  if (count == 0) {
-    return;
-  }
-  const double percent = s.giUploadedCount * 100.0 / count;
-  lblPercentUploaded.SetCaption(std::to_string(std::lround(percent)) + "%");
-  ImgProgressBar.SetWidth(shpProgressBar.Width() * percent / 100);
-}
-
-void frmUploadImgs::ResetShareValues() {
-  Session& s = app_.session();
-  ResetShareTexts(app_);
-  s.gsShareRecipients.clear();
-  s.gsAlbumName.clear();
-}
-
-void frmUploadImgs::imgCancelconn_Click() {
-  Session& s = app_.session();
-  mbCancelRequested = true;
-  ShowButtonState(s, imgCancelconn, kCancelButton, kPicturePressed);
-  ResetShareValues();
-  if (!ExtAPI_->IsBusy()) {
-    host().Sleep(kPauseMs);
-    s.gbUserCancelled = true;
-    mbCancelRequested = true;
-    Unload();
-    return;
-  }
-  ExtAPI_->CancelRequest(true);
-  tmrCheck.SetEnabled(true);
-}
-
-void frmUploadImgs::tmrCheck_Timer() {
-  Session& s = app_.session();
-  if (!mbCancelRequested || !ExtAPI_->IsCancelled()) {
-    return;
-  }
-  s.gbUploadCancelled = true;
-  if (s.giUploadedCount > 0) {
-    s.gsInfoHead = s.giCurrentOperation == kShare
-                       ? "Sorry, Sharing Photo(s) has been cancelled."
-                   : s.giCurrentOperation == kOrder
-                       ? "Sorry, Your Order has been cancelled."
-                       : "Sorry, Uploading Photo(s) has been cancelled.";
-    s.gsInfoMessage.clear();
-    Unload();
-    app_.forms().Get("frmMsgInfrm").Show(/*modal=*/true);
-    s.gsInfoHead.clear();
-    s.gsInfoMessage.clear();
-    return;
-  }
-  Unload();
-}
-
-void frmUploadImgs::Form_QueryUnload(int& Cancel, int UnloadMode) {
-  if (UnloadMode != kUnloadFromUser || mbFinished) {
-    return;
-  }
-  mbCancelRequested = true;
-  ResetShareValues();
-  if (!ExtAPI_->IsBusy()) {
-    app_.session().gbUserCancelled = true;
-    return;
-  }
-  Cancel = 1;
-  ExtAPI_->CancelRequest(true);
-  tmrCheck_Timer();
-}
-
-void frmUploadImgs::Form_Unload(int& Cancel) {
-  (void)Cancel;
-  tmrUpload.SetEnabled(false);
-  RemoveCopies();
-  NormalPointer();
-}
-
 void frmUploadImgs::RemoveCopies() {
-  if (mNext) {
-    mNext->made.wait();
-    mNext.reset();
-  }
+  mAhead.Drop();
   for (const std::string& copy : mCopies) {
     std::error_code error;
     fs::remove(copy, error);

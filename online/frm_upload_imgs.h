@@ -3,10 +3,10 @@
 
 #include "core/application.h"
 #include "online/service_client.h"
+#include "online/upload_ahead.h"
 #include "platform/forms/controls.h"
 #include "platform/forms/form.h"
 
-#include <future>
 #include <memory>
 #include <optional>
 #include <set>
@@ -67,11 +67,24 @@ class frmUploadImgs : public Form {
   void Form_Unload(int& Cancel) override;
 
  private:
+  // The actions, by giCurrentOperation.
+  static constexpr int kUpload = 11;
+  static constexpr int kShare = 12;
+  static constexpr int kOrder = 13;
+  // How many photos past the current one have their work made ahead.
+  static constexpr int kPhotosAhead = 2;
+
   void RunUpload();
-  // The file to send for `photo`: the photo itself when it is a JPEG, else
-  // its JPEG copy in the temp folder ("" when none could be made).
-  std::string FileToSend(const std::string& photo);
-  void ShowPhotoInWork(const std::string& file);
+  // The work of photo `n` (`photo`), made ahead or now, on another core
+  // while the window answers: nothing when the run closed meanwhile.
+  std::optional<UploadAhead::Made> PreparePhoto(int n,
+                                                const std::string& photo);
+  // Asks for the work of the photos after `n` up to kPhotosAhead, in order,
+  // stopping at a photo whose copy would take the name of `sending` or of a
+  // copy still ahead.
+  void AskAhead(int n, const std::string& sending);
+  UploadAhead::Order OrderFor(int n, const std::string& photo) const;
+  void ShowPhotoInWork(const UploadAhead::Made& made);
   void WorkOutEstimates(int n);
   void ShowEstimates();
   void UpdateUploadProgress();
@@ -97,23 +110,15 @@ class frmUploadImgs : public Form {
   bool mbLastFatal = false;
   std::string msErrCode;
   std::string msErrText;
-  // The JPEG copies made in this run; removed when it ends.
+  // The JPEG copies taken in this run; removed when it ends.
   std::set<std::string> mCopies;
-  // The next photo's JPEG copy, made ahead on another core while the
-  // current photo is sent. Nothing the engine can see changes: the copy is
-  // a file only the engine reads, and it is thrown away with the run.
-  struct Prefetch {
-    std::string photo;
-    std::string copy;
-    std::future<int> made;
-  };
-  std::optional<Prefetch> mNext;
-  // Starts the copy of photo `n` ahead, when it needs one that doesn't share
-  // its name with `current`.
-  void PrefetchCopy(int n, const std::string& current);
-  // Waits for the copy made ahead, if any, keeping the window's events
-  // turning.
-  void SettlePrefetch();
+  // The copies and thumbnails of the next photos, made on another core while
+  // the current photo is sent. Nothing the engine can see changes: the files
+  // are the ones it would make at the photo's turn, and what the run didn't
+  // take is thrown away with it.
+  UploadAhead mAhead;
+  // The next photo whose work has not been asked for.
+  int mNextToAsk = 1;
   // The paths that reached the service, in this run.
   std::vector<std::string> mSent;
   // Order only: the service's image id to photo number (gdicOrderIndex).

@@ -177,6 +177,11 @@ class CurlTransport final : public HttpTransport {
                      static_cast<long>(options_.connect_timeout_ms));
     curl_easy_setopt(easy, CURLOPT_LOW_SPEED_LIMIT, options_.low_speed_bytes);
     curl_easy_setopt(easy, CURLOPT_LOW_SPEED_TIME, options_.low_speed_seconds);
+    if (options_.max_send_bytes_per_second > 0) {
+      curl_easy_setopt(
+          easy, CURLOPT_MAX_SEND_SPEED_LARGE,
+          static_cast<curl_off_t>(options_.max_send_bytes_per_second));
+    }
     if (!request.file && options_.total_timeout_ms > 0) {
       curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS,
                        static_cast<long>(options_.total_timeout_ms));

@@ -66,6 +66,9 @@ struct HttpTransportOptions {
   int total_timeout_ms = 120000;
   // How often the waiting request calls its pump.
   int pump_interval_ms = 10;
+  // Sending is held below this many bytes per second (0: no bound), to
+  // stand for a slow line.
+  long long max_send_bytes_per_second = 0;
 };
 
 // Sends one request at a time and waits for its answer on the calling thread.

@@ -1,8 +1,9 @@
 // The upload road through the program's forms against curl: the program on
 // the scripted host with the real client uploads N JPEG photos and M PNG
 // photos (sent as JPEG copies) through frmUploadImgs, and one curl process
-// posts the same JPEG files one request each, to the same qbpd-service in
-// the same run. See README.md in this folder.
+// posts the same JPEG files one request each, to the same qbpd-service, one
+// after the other in each of several rounds. A last run cancels in the
+// middle of a large photo sent over a throttled line. See README.md.
 #include "app/program/program.h"
 #include "browser/frm_main_window.h"
 #include "core/application.h"
@@ -23,11 +24,14 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <memory>
 #include <spawn.h>
 #include <sstream>
 #include <stdexcept>
@@ -49,8 +53,14 @@ constexpr char kDemoEmail[] = "demo@quillbay.test";
 struct Options {
   int jpegs = 100;
   int pngs = 10;
+  int rounds = 3;
   int width = 2048;
   int height = 1536;
+  // The cancel run: one photo of about this many MB sent at this many
+  // bytes a second, cancelled after this many seconds of its transfer.
+  int cancel_mb = 50;
+  long long slow_line = 1'000'000;
+  double cancel_after_s = 3.0;
   std::string curl = "curl";
 };
 
@@ -63,6 +73,10 @@ Options ParseOptions(int argc, char** argv) {
       o.jpegs = std::max(1, value);
     } else if (name == "--pngs") {
       o.pngs = std::max(0, value);
+    } else if (name == "--rounds") {
+      o.rounds = std::max(1, value);
+    } else if (name == "--cancel-mb") {
+      o.cancel_mb = std::max(0, value);
     } else if (name == "--curl") {
       o.curl = argv[i + 1];
     } else {
@@ -70,6 +84,98 @@ Options ParseOptions(int argc, char** argv) {
     }
   }
   return o;
+}
+
+double Since(Clock::time_point start) {
+  return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+// The scripted host, with the window's events timed on the real clock: every
+// pump (DoEvents, Sleep) and every idle step is a moment when a waiting event
+// would run, and the longest gap between two of them is the longest wait an
+// event could have had. Work on another core is waited for as the desktop
+// waits for it, pumping, not as scripts do.
+class TimedHost final : public ScriptedHost {
+ public:
+  void DoEvents() override {
+    Mark();
+    ScriptedHost::DoEvents();
+  }
+  void Sleep(int ms) override {
+    Mark();
+    ScriptedHost::Sleep(ms);
+  }
+  void WaitForWork(const std::function<bool()>& done) override {
+    Host::WaitForWork(done);
+  }
+  void Mark() {
+    const auto now = Clock::now();
+    if (measuring_) {
+      longest_ = std::max(longest_, now - last_);
+    }
+    last_ = now;
+  }
+  void Measure(bool on) {
+    Mark();
+    measuring_ = on;
+    if (on) {
+      longest_ = {};
+    }
+  }
+  double LongestMs() const {
+    return std::chrono::duration<double, std::milli>(longest_).count();
+  }
+
+ private:
+  bool measuring_ = false;
+  Clock::time_point last_ = Clock::now();
+  Clock::duration longest_{};
+};
+
+// When the photo transfers of the run started and ended.
+struct TransferLog {
+  std::string file;  // the photo in transfer, "" between transfers
+  Clock::time_point started;
+  Clock::time_point ended;
+};
+
+// The libcurl transport, optionally throttled, noting its file transfers.
+class LoggedTransport final : public HttpTransport {
+ public:
+  LoggedTransport(HttpTransportOptions options, TransferLog& log)
+      : inner_(MakeCurlTransport(options)), log_(log) {}
+  HttpResponse Perform(const HttpRequest& request, const Pump& pump) override {
+    if (request.file) {
+      log_.file = request.file->path;
+      log_.started = Clock::now();
+    }
+    HttpResponse response = inner_->Perform(request, pump);
+    if (request.file) {
+      log_.ended = Clock::now();
+      log_.file.clear();
+    }
+    return response;
+  }
+  void Cancel() override { inner_->Cancel(); }
+
+ private:
+  std::unique_ptr<HttpTransport> inner_;
+  TransferLog& log_;
+};
+
+// The peak of the bench's resident memory since the last reset, in MB.
+void ResetPeakMemory() {
+  std::ofstream("/proc/self/clear_refs") << "5";
+}
+double PeakMemoryMb() {
+  std::ifstream in("/proc/self/status");
+  std::string line;
+  while (std::getline(in, line)) {
+    if (line.rfind("VmHWM:", 0) == 0) {
+      return std::atof(line.c_str() + 6) / 1024.0;
+    }
+  }
+  return 0;
 }
 
 // Seconds of one curl process posting every file in the field "File", one
@@ -124,52 +230,30 @@ std::pair<double, int> PostWithCurl(const Options& o,
   return {seconds, ok};
 }
 
-int Main(int argc, char** argv) {
-  const Options o = ParseOptions(argc, argv);
-  VIPS_INIT("upload_road_bench");
-  testing::TempDir scratch;
-  const fs::path folder = scratch.path() / "Pictures" / "Photos";
-  fs::create_directories(folder);
-  std::vector<std::string> jpegs;
-  double jpeg_bytes = 0;
-  for (int i = 0; i < o.jpegs; ++i) {
-    const std::string jpeg = testing::MakeJpeg(
-        o.width, o.height, static_cast<std::uint32_t>(i + 1), 95);
-    const fs::path path = folder / ("IMG_" + std::to_string(1000 + i) + ".jpg");
-    std::ofstream(path, std::ios::binary) << jpeg;
-    jpegs.push_back(path.string());
-    jpeg_bytes += static_cast<double>(jpeg.size());
-  }
-  double png_bytes = 0;
-  for (int i = 0; i < o.pngs; ++i) {
-    const fs::path path = folder / ("DRAW_" + std::to_string(i) + ".png");
-    vips::VImage::gaussnoise(o.width, o.height)
-        .cast(VIPS_FORMAT_UCHAR)
-        .bandjoin({vips::VImage::black(o.width, o.height) + i * 20,
-                   vips::VImage::black(o.width, o.height) + 128})
-        .cast(VIPS_FORMAT_UCHAR)
-        .pngsave(path.c_str());
-    png_bytes += static_cast<double>(fs::file_size(path));
-  }
-  std::printf("%d JPEG photos (%.1f MB), %d PNG photos (%.1f MB)\n", o.jpegs,
-              jpeg_bytes / 1e6, o.pngs, png_bytes / 1e6);
+// One program, started with the stored demo login and `folder` as the folder
+// it opens, on a TimedHost; its transport logs into `log`.
+struct Program {
+  TimedHost* host = nullptr;
+  std::unique_ptr<Application> app;
+};
 
-  testing::ServiceProcess service(QBPD_SERVICE_PROGRAM,
-                                  scratch.path() / "service", {"--seed-demo"});
-  if (!service.ok()) {
-    throw std::runtime_error(service.error());
-  }
-
+Program StartProgram(const fs::path& home,
+                     const fs::path& folder,
+                     const testing::ServiceProcess& service,
+                     HttpTransportOptions transport,
+                     TransferLog& log) {
   PlatformServices services;
   services.settings = MakeMemorySettingsStore();
-  services.places.config = (scratch.path() / "config").string();
-  services.places.data = (scratch.path() / "data").string();
-  services.places.cache = (scratch.path() / "cache").string();
-  services.places.desktop = (scratch.path() / "Desktop").string();
-  services.places.pictures = (scratch.path() / "Pictures").string();
-  services.images =
-      MakeVipsImageOperations((scratch.path() / "cache" / "t").string());
+  services.places.config = (home / "config").string();
+  services.places.data = (home / "data").string();
+  services.places.cache = (home / "cache").string();
+  services.places.desktop = (home / "Desktop").string();
+  services.places.pictures = folder.parent_path().string();
+  services.images = MakeVipsImageOperations((home / "cache" / "t").string());
   services.make_display = [] { return MakeVipsDisplayControl(); };
+  services.make_transport = [transport, &log] {
+    return std::make_unique<LoggedTransport>(transport, log);
+  };
   SettingsStore& store = *services.settings;
   const auto write = [&store](std::string_view key, std::string_view name,
                               const std::string& value) {
@@ -188,46 +272,220 @@ int Main(int argc, char** argv) {
   write(kSettingsKey, "UserName", kDemoEmail);
   write(kSettingsKey, "EncryptedPassword",
         EncryptPassword(service.demo_password()));
-  auto owned = std::make_unique<ScriptedHost>();
-  ScriptedHost& host = *owned;
-  Application app(std::move(owned), std::move(services), RegisterProgram);
-  host.SetIdleHook([&app] { app.forms().CollectGarbage(); });
+  auto owned = std::make_unique<TimedHost>();
+  Program program;
+  program.host = owned.get();
+  program.app = std::make_unique<Application>(
+      std::move(owned), std::move(services), RegisterProgram);
+  Application& app = *program.app;
+  program.host->SetIdleHook([&app, &program] {
+    program.host->Mark();
+    app.forms().CollectGarbage();
+  });
   app.Start("");
-  host.Run();
-  host.Advance(500);
+  program.host->Run();
+  program.host->Advance(500);
+  return program;
+}
+
+struct RoadRun {
+  double seconds = 0;
+  int uploaded = 0;
+  int selected = 0;
+  double longest_wait_ms = 0;
+  double peak_mb = 0;
+  std::string auth_code;
+};
+
+// Every photo of `folder` up the road: Upload, a new album, the transfer
+// screen, the result page; timed from the click on Upload to the result page.
+RoadRun RunRoad(const fs::path& home,
+                const fs::path& folder,
+                const testing::ServiceProcess& service) {
+  TransferLog log;
+  Program program = StartProgram(home, folder, service, {}, log);
+  Application& app = *program.app;
+  TimedHost& host = *program.host;
   auto& main = app.forms().Get<frmMainWindow>();
   user::Click(main.imgSelectAll);
-  const int selected = app.session().gdicSelectedPhotos.Count();
-
+  RoadRun run;
+  run.selected = app.session().gdicSelectedPhotos.Count();
   Clock::time_point shown;
   host.Queue("upload", [&main] { user::Click(main.imgUpload); });
   host.Queue("continue", [&app] {
     user::Click(app.forms().Get("frmUploadAlbumInfm").control("imgContinue"));
   });
-  host.Queue("result", [&app, &shown] {
+  host.Queue("result", [&app, &host, &shown] {
     shown = Clock::now();
+    host.Measure(false);
     user::Click(app.forms().Get("frmUploadCongrats").control("imgOK"));
   });
+  ResetPeakMemory();
   const auto start = Clock::now();
+  host.Measure(true);
   host.Run();
-  const double road_seconds =
-      std::chrono::duration<double>(shown - start).count();
-  const int uploaded = app.session().giUploadedCount;
-  std::printf("road: %d of %d photos in %.2f s, %.1f MB/s\n", uploaded,
-              selected, road_seconds,
-              (jpeg_bytes + png_bytes) / 1e6 / road_seconds);
-
-  const auto [curl_seconds, curl_ok] =
-      PostWithCurl(o, service.base(), app.session().gsAuthCode, jpegs,
-                   scratch.path() / "curl.txt");
-  std::printf("curl: %d of %d JPEG files in %.2f s, %.1f MB/s\n", curl_ok,
-              o.jpegs, curl_seconds, jpeg_bytes / 1e6 / curl_seconds);
-  // The road also converts and sends the PNG photos; its throughput is
-  // counted over the JPEG files alone, so that this work only costs it.
-  std::printf("road / curl throughput over the JPEG files: %.3f\n",
-              curl_seconds / road_seconds);
+  run.seconds = std::chrono::duration<double>(shown - start).count();
+  run.longest_wait_ms = host.LongestMs();
+  run.peak_mb = PeakMemoryMb();
+  run.uploaded = app.session().giUploadedCount;
+  run.auth_code = app.session().gsAuthCode;
   app.End();
-  return uploaded == selected && curl_ok == o.jpegs ? 0 : 1;
+  return run;
+}
+
+struct CancelRun {
+  double transfer_ended_ms = -1;  // click to the transfer's end
+  double notice_ms = -1;          // click to the cancel notice on screen
+  double sent_s = 0;              // how long the large photo went before
+  double longest_wait_ms = 0;
+  double peak_mb = 0;
+  int uploaded = 0;
+};
+
+// A small photo and then a large one over a line of `o.slow_line` bytes a
+// second; Cancel is clicked `o.cancel_after_s` into the large one's transfer.
+CancelRun RunCancel(const Options& o,
+                    const fs::path& home,
+                    const fs::path& folder,
+                    const std::string& large,
+                    const testing::ServiceProcess& service) {
+  TransferLog log;
+  HttpTransportOptions slow;
+  slow.max_send_bytes_per_second = o.slow_line;
+  Program program = StartProgram(home, folder, service, slow, log);
+  Application& app = *program.app;
+  TimedHost& host = *program.host;
+  auto& main = app.forms().Get<frmMainWindow>();
+  user::Click(main.imgSelectAll);
+  CancelRun run;
+  Clock::time_point clicked;
+  Clock::time_point noticed;
+  host.Queue("upload", [&main] { user::Click(main.imgUpload); });
+  host.Queue("continue", [&app] {
+    user::Click(app.forms().Get("frmUploadAlbumInfm").control("imgContinue"));
+  });
+  // Looks at every pump of the transfer screen until the large photo has
+  // gone long enough, then clicks Cancel.
+  std::function<void()> look;
+  look = [&] {
+    if (log.file != large || Since(log.started) < o.cancel_after_s) {
+      host.QueueInside("look", look, /*skip_pumps=*/1);
+      return;
+    }
+    run.sent_s = Since(log.started);
+    clicked = Clock::now();
+    user::Click(app.forms().Get("frmUploadImgs").control("imgCancelconn"));
+    host.Queue("notice", [&app, &host, &noticed] {
+      noticed = Clock::now();
+      host.Measure(false);
+      user::Click(app.forms().Get("frmMsgInfrm").control("imgOK"));
+    });
+  };
+  host.QueueInside("look", look, /*skip_pumps=*/1);
+  ResetPeakMemory();
+  host.Measure(true);
+  host.Run();
+  run.longest_wait_ms = host.LongestMs();
+  run.peak_mb = PeakMemoryMb();
+  if (clicked != Clock::time_point{}) {
+    run.transfer_ended_ms =
+        std::chrono::duration<double, std::milli>(log.ended - clicked).count();
+    run.notice_ms =
+        std::chrono::duration<double, std::milli>(noticed - clicked).count();
+  }
+  run.uploaded = app.session().giUploadedCount;
+  app.End();
+  return run;
+}
+
+double Median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  return values.empty() ? 0 : values[values.size() / 2];
+}
+
+int Main(int argc, char** argv) {
+  const Options o = ParseOptions(argc, argv);
+  VIPS_INIT("upload_road_bench");
+  testing::TempDir scratch;
+  const fs::path folder = scratch.path() / "Pictures" / "Photos";
+  fs::create_directories(folder);
+  std::vector<std::string> jpegs;
+  double jpeg_bytes = 0;
+  for (int i = 0; i < o.jpegs; ++i) {
+    const std::string jpeg = testing::MakeJpeg(
+        o.width, o.height, static_cast<std::uint32_t>(i + 1), 95);
+    const fs::path path = folder / ("IMG_" + std::to_string(1000 + i) + ".jpg");
+    std::ofstream(path, std::ios::binary) << jpeg;
+    jpegs.push_back(path.string());
+    jpeg_bytes += static_cast<double>(jpeg.size());
+  }
+  // PNG photos of the same kind of picture, decoded from JPEGs of their own.
+  double png_bytes = 0;
+  for (int i = 0; i < o.pngs; ++i) {
+    const fs::path path = folder / ("DRAW_" + std::to_string(i) + ".png");
+    const std::string jpeg = testing::MakeJpeg(
+        o.width, o.height, static_cast<std::uint32_t>(5000 + i), 95);
+    vips::VImage::new_from_buffer(jpeg.data(), jpeg.size(), "")
+        .pngsave(path.c_str(), vips::VImage::option()->set("compression", 1));
+    png_bytes += static_cast<double>(fs::file_size(path));
+  }
+  std::printf("%d JPEG photos (%.1f MB), %d PNG photos (%.1f MB)\n", o.jpegs,
+              jpeg_bytes / 1e6, o.pngs, png_bytes / 1e6);
+
+  testing::ServiceProcess service(QBPD_SERVICE_PROGRAM,
+                                  scratch.path() / "service", {"--seed-demo"});
+  if (!service.ok()) {
+    throw std::runtime_error(service.error());
+  }
+
+  bool all_sent = true;
+  std::vector<double> ratios;
+  for (int round = 1; round <= o.rounds; ++round) {
+    const RoadRun road = RunRoad(
+        scratch.path() / ("home" + std::to_string(round)), folder, service);
+    const auto [curl_seconds, curl_ok] = PostWithCurl(
+        o, service.base(), road.auth_code, jpegs, scratch.path() / "curl.txt");
+    // The road also converts and sends the PNG photos; its throughput is
+    // counted over the JPEG files alone, so that this work only costs it.
+    const double ratio = curl_seconds / road.seconds;
+    ratios.push_back(ratio);
+    std::printf(
+        "round %d: road %d of %d photos in %.2f s (%.1f MB/s of JPEG), "
+        "longest event wait %.1f ms, peak memory %.0f MB; curl %d of %d in "
+        "%.2f s (%.1f MB/s); road / curl %.3f\n",
+        round, road.uploaded, road.selected, road.seconds,
+        jpeg_bytes / 1e6 / road.seconds, road.longest_wait_ms, road.peak_mb,
+        curl_ok, o.jpegs, curl_seconds, jpeg_bytes / 1e6 / curl_seconds, ratio);
+    all_sent = all_sent && road.uploaded == road.selected && curl_ok == o.jpegs;
+  }
+  std::printf("road / curl throughput over the JPEG files: median %.3f\n",
+              Median(ratios));
+
+  if (o.cancel_mb > 0) {
+    const fs::path cancel_folder = scratch.path() / "Pictures" / "Cancel";
+    fs::create_directories(cancel_folder);
+    fs::copy_file(jpegs.front(), cancel_folder / "A_small.jpg");
+    // Fine noise at quality 95 takes about 1.4 bytes a pixel.
+    const int side =
+        static_cast<int>(std::sqrt(o.cancel_mb * 1e6 / 1.4 * 4 / 3) + 0.5);
+    std::string big = testing::MakeJpeg(side, side * 3 / 4, 99991, 95);
+    const fs::path large = cancel_folder / "B_large.jpg";
+    std::ofstream(large, std::ios::binary) << big;
+    const double big_mb = static_cast<double>(big.size()) / 1e6;
+    std::string().swap(big);
+    const CancelRun cancel = RunCancel(o, scratch.path() / "home-cancel",
+                                       cancel_folder, large.string(), service);
+    std::printf(
+        "cancel: %.1f MB photo at %.2f MB/s, clicked %.2f s into its "
+        "transfer: transfer ended %.1f ms after the click, the cancel notice "
+        "%.1f ms after it; longest event wait %.1f ms; peak memory %.0f MB; "
+        "%d photo uploaded\n",
+        big_mb, static_cast<double>(o.slow_line) / 1e6, cancel.sent_s,
+        cancel.transfer_ended_ms, cancel.notice_ms, cancel.longest_wait_ms,
+        cancel.peak_mb, cancel.uploaded);
+    all_sent = all_sent && cancel.notice_ms >= 0 && cancel.uploaded == 1;
+  }
+  return all_sent ? 0 : 1;
 }
 
 }  // namespace

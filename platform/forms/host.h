@@ -2,9 +2,11 @@
 #define QBPD_PLATFORM_FORMS_HOST_H_
 
 #include <chrono>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 namespace qbpd {
@@ -104,6 +106,18 @@ class Host {
   virtual void DoEvents() = 0;
   // Waits `ms` milliseconds while events keep being pumped.
   virtual void Sleep(int ms) = 0;
+  // Waits until `done` answers true while work runs on another thread. The
+  // window keeps answering: this pumps events every few milliseconds. The
+  // scripted host waits without pumping, as for work of no virtual time, so
+  // that a script's steps land where they would land without the work.
+  virtual void WaitForWork(const std::function<bool()>& done) {
+    while (!done()) {
+      DoEvents();
+      if (!done()) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+      }
+    }
+  }
 
   // A timer control's Enabled or Interval changed (or it is going away, with
   // `removed` set). Enabling or changing the interval starts a new period.

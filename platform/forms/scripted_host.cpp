@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <thread>
 
 namespace qbpd {
 namespace {
@@ -254,6 +255,12 @@ void ScriptedHost::DoEvents() {
 
 void ScriptedHost::Sleep(int ms) {
   Advance(std::max(0, ms));
+}
+
+void ScriptedHost::WaitForWork(const std::function<bool()>& done) {
+  while (!done()) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
 }
 
 void ScriptedHost::Advance(long long ms) {

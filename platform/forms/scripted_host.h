@@ -109,6 +109,8 @@ class ScriptedHost : public Host {
   void PopupMenu(Form& form, Menu& menu, int x, int y) override;
   void DoEvents() override;
   void Sleep(int ms) override;
+  // Blocks until `done` without a pump: the work takes no virtual time.
+  void WaitForWork(const std::function<bool()>& done) override;
   void TimerChanged(Timer& timer, bool removed) override;
   LocalTime Now() const override;
   long long TickCount() const override { return now_ms_; }

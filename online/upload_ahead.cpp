@@ -1,0 +1,184 @@
+#include "online/upload_ahead.h"
+
+#include <filesystem>
+#include <sys/stat.h>
+#include <utility>
+
+namespace qbpd {
+
+namespace fs = std::filesystem;
+
+FileStamp FileStamp::Of(const std::string& path) {
+  struct stat status {};
+  if (path.empty() || ::stat(path.c_str(), &status) != 0) {
+    return {};
+  }
+  return {static_cast<long long>(status.st_size),
+          static_cast<long long>(status.st_mtim.tv_sec),
+          static_cast<long long>(status.st_mtim.tv_nsec)};
+}
+
+UploadAhead::UploadAhead(ImageOperations& images,
+                         int thumbnail_size,
+                         int thumbnail_quality)
+    : images_(images),
+      thumbnail_size_(thumbnail_size),
+      thumbnail_quality_(thumbnail_quality) {}
+
+UploadAhead::~UploadAhead() {
+  {
+    std::lock_guard<std::mutex> lock(mutex_);
+    stop_ = true;
+    queue_.clear();
+  }
+  asked_.notify_all();
+  if (worker_.joinable()) {
+    worker_.join();
+  }
+  for (const auto& [n, made] : done_) {
+    Remove(made);
+  }
+}
+
+void UploadAhead::Ask(int n, Order order) {
+  {
+    std::lock_guard<std::mutex> lock(mutex_);
+    queue_.emplace_back(n, std::move(order));
+    if (!worker_.joinable()) {
+      worker_ = std::thread([this] { Work(); });
+    }
+  }
+  asked_.notify_all();
+}
+
+bool UploadAhead::Asked(int n) const {
+  std::lock_guard<std::mutex> lock(mutex_);
+  if ((running_ == n && running_generation_ == generation_) ||
+      done_.count(n) > 0) {
+    return true;
+  }
+  for (const auto& [queued, order] : queue_) {
+    if (queued == n) {
+      return true;
+    }
+  }
+  return false;
+}
+
+bool UploadAhead::HoldsCopy(const std::string& copy) const {
+  std::lock_guard<std::mutex> lock(mutex_);
+  // Work dropped meanwhile counts too: it removes its copy when it ends.
+  if (running_ != 0 && running_copy_ == copy) {
+    return true;
+  }
+  for (const auto& [n, made] : done_) {
+    if (made.order.copy == copy) {
+      return true;
+    }
+  }
+  for (const auto& [n, order] : queue_) {
+    if (order.copy == copy) {
+      return true;
+    }
+  }
+  return false;
+}
+
+std::optional<UploadAhead::Made> UploadAhead::Take(int n, const Wait& wait) {
+  if (!Asked(n)) {
+    return std::nullopt;
+  }
+  unsigned generation = 0;
+  {
+    std::lock_guard<std::mutex> lock(mutex_);
+    generation = generation_;
+  }
+  wait([this, n, generation] {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return done_.count(n) > 0 || generation_ != generation;
+  });
+  std::lock_guard<std::mutex> lock(mutex_);
+  auto it = done_.find(n);
+  if (it == done_.end()) {
+    return std::nullopt;
+  }
+  Made made = std::move(it->second);
+  done_.erase(it);
+  return made;
+}
+
+void UploadAhead::Drop() {
+  std::map<int, Made> dropped;
+  {
+    std::lock_guard<std::mutex> lock(mutex_);
+    ++generation_;
+    queue_.clear();
+    dropped.swap(done_);
+  }
+  for (const auto& [n, made] : dropped) {
+    Remove(made);
+  }
+}
+
+void UploadAhead::Remove(const Made& made) {
+  std::error_code error;
+  if (!made.order.copy.empty()) {
+    fs::remove(made.order.copy, error);
+  }
+  if (!made.order.thumbnail.empty()) {
+    fs::remove(made.order.thumbnail, error);
+  }
+}
+
+void UploadAhead::Work() {
+  std::unique_lock<std::mutex> lock(mutex_);
+  while (true) {
+    asked_.wait(lock, [this] { return stop_ || !queue_.empty(); });
+    if (stop_) {
+      return;
+    }
+    auto [n, order] = std::move(queue_.front());
+    queue_.pop_front();
+    running_ = n;
+    running_copy_ = order.copy;
+    running_generation_ = generation_;
+    const unsigned generation = generation_;
+    lock.unlock();
+    Made made = Make(order);
+    lock.lock();
+    running_ = 0;
+    running_copy_.clear();
+    if (stop_ || generation != generation_) {
+      // Dropped meanwhile: its files go before the next photo's work starts,
+      // so they can't take the place of a later copy of the same name.
+      Remove(made);
+      continue;
+    }
+    done_.emplace(n, std::move(made));
+  }
+}
+
+UploadAhead::Made UploadAhead::Make(const Order& order) const {
+  Made made;
+  made.order = order;
+  made.photo_stamp = FileStamp::Of(order.photo);
+  if (!order.copy.empty()) {
+    std::error_code error;
+    fs::remove(order.copy, error);
+    made.copy_made = images_.SaveImageAsJPEG(order.photo, order.copy) == 1;
+  }
+  const std::string& file = made.file();
+  if (order.thumbnail.empty()) {
+    std::string buffer;
+    made.thumbnail_made =
+        images_.GenerateThumbnailAndBuffer(file, buffer, thumbnail_size_,
+                                           thumbnail_quality_) != 0;
+  } else {
+    made.thumbnail_made =
+        images_.GenerateThumbnailExt(file, order.thumbnail, thumbnail_size_,
+                                     thumbnail_quality_) == 1;
+  }
+  return made;
+}
+
+}  // namespace qbpd
