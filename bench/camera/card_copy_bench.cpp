@@ -26,8 +26,8 @@ int main(int argc, char** argv) {
   qbpd::MakeFolders(destination);
   auto last_pump = Clock::now();
   double longest_ms = 0;
-  const qbpd::CardCopyReport report = qbpd::CopyFilesInto(
-      files, destination, move, *transfer, [&] {
+  const qbpd::CardCopyReport report =
+      qbpd::CopyFilesInto(files, destination, move, *transfer, [&] {
         const auto now = Clock::now();
         longest_ms = std::max(
             longest_ms,
