@@ -128,6 +128,26 @@ void frmNetConn::Form_Activate() {
   WorkerFailed(LoginFailureText(msErrCode, msErrText));
 }
 
+// After a service call: a cancel asked for meanwhile closes the window, and
+// a failure shows its label (the connection's, the service's text, or
+// `when_silent` when the service gave none). True when the preparation goes
+// on.
+bool frmNetConn::AfterCall(bool ok, const char* when_silent) {
+  if (mbCancelPending) {
+    mbFinished = true;
+    Unload();
+    return false;
+  }
+  if (!ok) {
+    WorkerFailed(msErrCode == kErrNoConnection
+                     ? std::string(kCheckConnectionLabel)
+                 : msErrText.empty() ? std::string(when_silent)
+                                     : msErrText);
+    return false;
+  }
+  return true;
+}
+
 void frmNetConn::WorkerFailed(const std::string& text) {
   Session& s = app_.session();
   mbFinished = true;
@@ -171,15 +191,7 @@ void frmNetConn::UploadWorker() {
   msErrText.clear();
   const bool ok = ExtAPI_->GetAlbumList(s.gsSiteUrl, s.gsAuthCode, albums,
                                         msErrCode, msErrText);
-  if (mbCancelPending) {
-    mbFinished = true;
-    Unload();
-    return;
-  }
-  if (!ok) {
-    WorkerFailed(msErrCode == kErrNoConnection
-                     ? std::string(kCheckConnectionLabel)
-                     : msErrText);
+  if (!AfterCall(ok)) {
     return;
   }
   s.gasAlbums = albums.ToRows();
@@ -223,15 +235,7 @@ void frmNetConn::ShareWorker() {
   const bool ok =
       ExtAPI_->GetUserInfo(s.gsSiteUrl, s.gsAuthCode, account_type, profile,
                            address, card, msErrCode, msErrText);
-  if (mbCancelPending) {
-    mbFinished = true;
-    Unload();
-    return;
-  }
-  if (!ok) {
-    WorkerFailed(msErrCode == kErrNoConnection
-                     ? std::string(kCheckConnectionLabel)
-                     : msErrText);
+  if (!AfterCall(ok)) {
     return;
   }
   s.gsAccountStatus = account_type;
@@ -260,16 +264,7 @@ void frmNetConn::OrderWorker() {
   msErrText.clear();
   bool ok = ExtAPI_->GetUserInfo(s.gsSiteUrl, s.gsAuthCode, account_type,
                                  profile, address, card, msErrCode, msErrText);
-  if (mbCancelPending) {
-    mbFinished = true;
-    Unload();
-    return;
-  }
-  if (!ok) {
-    WorkerFailed(msErrCode == kErrNoConnection
-                     ? std::string(kCheckConnectionLabel)
-                 : msErrText.empty() ? "Unable to get user information"
-                                     : msErrText);
+  if (!AfterCall(ok, "Unable to get user information")) {
     return;
   }
   s.gsAccountStatus = account_type;
@@ -278,16 +273,7 @@ void frmNetConn::OrderWorker() {
   msErrCode.clear();
   msErrText.clear();
   ok = ExtAPI_->GetPriceList(s.gsSiteUrl, prices, rates, msErrCode, msErrText);
-  if (mbCancelPending) {
-    mbFinished = true;
-    Unload();
-    return;
-  }
-  if (!ok) {
-    WorkerFailed(msErrCode == kErrNoConnection
-                     ? std::string(kCheckConnectionLabel)
-                 : msErrText.empty() ? "Unable to connect the site"
-                                     : msErrText);
+  if (!AfterCall(ok, "Unable to connect the site")) {
     return;
   }
   if (!s.gbUserCancelled) {

@@ -51,6 +51,7 @@ class frmNetConn : public Form {
   // The failure path of the preparations: `text` goes to the login form, or
   // into a plain box after a sign-up.
   void WorkerFailed(const std::string& text);
+  bool AfterCall(bool ok, const char* when_silent = "");
   // The photos of the selection that still exist, in gcolOrderPhotos;
   // those that are gone leave the selection and set file gone.
   void CollectOrderPhotos();
