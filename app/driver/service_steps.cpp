@@ -10,6 +10,7 @@
 #include "online/scripted_service_client.h"
 #include "platform/forms/scripted_host.h"
 #include "platform/internet_check.h"
+#include "platform/local_service.h"
 #include "platform/loopback_port.h"
 
 #include <tuple>
@@ -75,6 +76,29 @@ Answer ParseAnswer(const std::vector<Token>& t, size_t i) {
   return a;
 }
 
+// The run's connection to the reference service on this machine: while the
+// double answers, no service is started or waited for (the double stands
+// in for it, and the run must not depend on what listens on this machine).
+class DoubleAwareConnection : public ServiceConnection {
+ public:
+  DoubleAwareConnection(std::unique_ptr<ServiceConnection> inner,
+                        const bool& use_double)
+      : inner_(std::move(inner)), use_double_(use_double) {}
+
+  std::string Prepare(const std::string& address,
+                      ServiceNeed need,
+                      const Pump& pump) override {
+    if (use_double_ || !inner_) {
+      return std::string();
+    }
+    return inner_->Prepare(address, need, pump);
+  }
+
+ private:
+  std::unique_ptr<ServiceConnection> inner_;
+  const bool& use_double_;
+};
+
 template <class Reply>
 Reply WithBase(const Answer& a) {
   Reply r;
@@ -101,6 +125,8 @@ void Runner::WireService(PlatformServices& services) {
   services.internet_check = [this](const std::string& address) {
     return use_double_ ? connection_up_ : CheckInternetConnection(address);
   };
+  services.service = std::make_unique<DoubleAwareConnection>(
+      std::move(services.service), use_double_);
 }
 
 void Runner::ReportServiceCalls() {
