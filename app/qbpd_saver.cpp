@@ -20,6 +20,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <memory>
+#include <xcb/xcb.h>
 
 namespace qbpd {
 namespace {
@@ -49,6 +50,25 @@ std::string DefaultIni() {
   return (folder.empty() ? places.data : folder) + "/scr.ini";
 }
 
+// The size of another program's window, asked of the X server: Qt doesn't
+// learn the size of a window it didn't make. Empty when it can't be told.
+QSize ForeignWindowSize(WId id) {
+  auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+  if (x11 == nullptr || x11->connection() == nullptr) {
+    return QSize();
+  }
+  xcb_connection_t* connection = x11->connection();
+  xcb_get_geometry_reply_t* reply = xcb_get_geometry_reply(
+      connection, xcb_get_geometry(connection, static_cast<xcb_drawable_t>(id)),
+      nullptr);
+  if (reply == nullptr) {
+    return QSize();
+  }
+  const QSize size(reply->width, reply->height);
+  std::free(reply);
+  return size;
+}
+
 class SaverWindow : public QRasterWindow {
  public:
   SaverWindow(SaverShow show, const SaverOptions& options)
@@ -60,8 +80,11 @@ class SaverWindow : public QRasterWindow {
         QGuiApplication::quit();
         return;
       }
-      if (embedded_ != nullptr && embedded_->size() != size()) {
-        resize(embedded_->size());
+      if (embedded_ != nullptr) {
+        const QSize given = ForeignWindowSize(embedded_->winId());
+        if (!given.isEmpty() && given != size()) {
+          resize(given);
+        }
       }
       update();
     });
@@ -71,7 +94,8 @@ class SaverWindow : public QRasterWindow {
   void EmbedIn(QWindow* parent) {
     embedded_ = parent;
     setParent(parent);
-    setGeometry(QRect(QPoint(0, 0), parent->size()));
+    const QSize given = ForeignWindowSize(parent->winId());
+    setGeometry(QRect(QPoint(0, 0), given.isEmpty() ? parent->size() : given));
   }
 
   const std::vector<double>& FrameTimes() const { return frame_times_; }
@@ -190,6 +214,12 @@ int main(int argc, char** argv) {
     window.EmbedIn(parent);
     window.show();
   } else {
+    // The screen's whole area is asked for directly as well: without a
+    // window manager nobody answers the full-screen request, and the window
+    // would keep its default size in the corner.
+    if (QScreen* screen = QGuiApplication::primaryScreen()) {
+      window.setGeometry(screen->geometry());
+    }
     window.showFullScreen();
   }
   const int status = app.exec();

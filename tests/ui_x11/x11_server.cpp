@@ -50,7 +50,8 @@ class Server {
       close(ready[0]);
       const std::string fd = std::to_string(ready[1]);
       execl(program.c_str(), "Xvfb", "-displayfd", fd.c_str(), "-nolisten",
-            "tcp", "-screen", "0", "1280x1024x24", static_cast<char*>(nullptr));
+            "tcp", "-noreset", "-screen", "0", "1280x1024x24",
+            static_cast<char*>(nullptr));
       _exit(127);
     }
     close(ready[1]);
