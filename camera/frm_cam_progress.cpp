@@ -20,8 +20,9 @@ constexpr char kMessage[] =
 frmCamProgress::frmCamProgress(Application& app)
     : Form(app.host(), std::string(kName)), app_(app) {
   Move(0, 0, kFormWidth, kFormHeight);
-  lblMessage.Move(kMargin, kMargin, kFormWidth - 2 * kMargin, 300);
+  lblMessage.Move(kMargin, kMargin, kFormWidth - 2 * kMargin, 510);
   lblMessage.SetCaption(kMessage);
+  lblMessage.SetWordWrap(true);
   ctlProgCam.Move(kMargin, 780, kFormWidth - 2 * kMargin, 300);
   ctlProgCam.SetMin(0);
   ctlProgCam.SetMax(100);

@@ -29,6 +29,7 @@ frmCameraCopy::frmCameraCopy(Application& app)
   Move(0, 0, kFormWidth, kFormHeight);
   lblMessage.Move(kMargin, kMargin, kFormWidth - 2 * kMargin, 840);
   lblMessage.SetCaption(kMessage);
+  lblMessage.SetWordWrap(true);
   chkDisplayCameraCopyImages.Move(kMargin, 1230, kFormWidth - 2 * kMargin, 300);
   chkDisplayCameraCopyImages.SetCaption(kShowAgain);
   const int top = kFormHeight - kButtonHeight - 660;

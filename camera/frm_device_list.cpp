@@ -27,6 +27,7 @@ frmDeviceList::frmDeviceList(Application& app)
   Move(0, 0, kFormWidth, kFormHeight);
   lblDescription.Move(kMargin, kMargin, kFormWidth - 2 * kMargin, 630);
   lblDescription.SetCaption(kDescription);
+  lblDescription.SetWordWrap(true);
   cboDeviceList.Move(kMargin, 960, kFormWidth - 2 * kMargin, 315);
   cboDeviceList.SetStyle(kListOnly);
   const int top = kFormHeight - kButtonHeight - 720;

@@ -11,7 +11,7 @@ namespace qbpd {
 namespace {
 
 constexpr int kFormWidth = 6000;
-constexpr int kFormHeight = 6300;
+constexpr int kFormHeight = 6600;
 constexpr int kMargin = 240;
 constexpr int kStripTop = 840;
 constexpr int kStripHeight = 3300;
