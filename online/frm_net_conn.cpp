@@ -268,6 +268,14 @@ void frmNetConn::OrderWorker() {
     return;
   }
   s.gsAccountStatus = account_type;
+  mOrderData = PrintOrderData();
+  mOrderData.gsaUserName = profile;
+  mOrderData.gsaUserAddress = address;
+  mOrderData.gsaUserCard = card;
+  mOrderData.gsaUserName.resize(5);
+  mOrderData.gsaUserAddress.resize(8);
+  mOrderData.gsaShipTo.resize(8);
+  mOrderData.gsaUserCard.resize(5);
   PriceTierDictionary prices;
   TextGrid rates;
   msErrCode.clear();
@@ -276,6 +284,8 @@ void frmNetConn::OrderWorker() {
   if (!AfterCall(ok, "Unable to connect the site")) {
     return;
   }
+  mOrderData.gdicPriceTiers = std::move(prices);
+  mOrderData.gsaShippingBands = std::move(rates);
   if (!s.gbUserCancelled) {
     HandOver("frmOrdPrints");
   }

@@ -2,6 +2,7 @@
 #define QBPD_ONLINE_FRM_NET_CONN_H_
 
 #include "core/application.h"
+#include "online/order_data.h"
 #include "online/service_client.h"
 #include "platform/forms/control_array.h"
 #include "platform/forms/controls.h"
@@ -34,6 +35,9 @@ class frmNetConn : public Form {
   Timer Timer1{*this, "Timer1"};
 
   ctlExtAPI& ExtAPI() { return *ExtAPI_; }
+  // A print order's account records and price data, fetched by the
+  // preparations, handed over to the order dialog (once).
+  PrintOrderData TakeOrderData() { return std::move(mOrderData); }
 
  protected:
   void Form_Load() override;
@@ -70,6 +74,7 @@ class frmNetConn : public Form {
   bool mbHandingOver = false;
   bool mbFileGone = false;
   int miAnimationStep = -1;
+  PrintOrderData mOrderData;
 };
 
 }  // namespace qbpd

@@ -2,6 +2,7 @@
 #define QBPD_ONLINE_FRM_UPLOAD_IMGS_H_
 
 #include "core/application.h"
+#include "online/order_data.h"
 #include "online/service_client.h"
 #include "online/upload_ahead.h"
 #include "platform/forms/controls.h"
@@ -61,6 +62,11 @@ class frmUploadImgs : public Form {
                                const std::string& tag,
                                const std::string& file);
 
+  // The print order to place after the upload (action 13): its lines,
+  // ship-to and coupon state, as the order dialog leaves them.
+  void TakeOrder(PrintOrderData order) { mOrder = std::move(order); }
+  const PrintOrderData& Order() const { return mOrder; }
+
  protected:
   void Form_Activate() override;
   void Form_QueryUnload(int& Cancel, int UnloadMode) override;
@@ -91,6 +97,9 @@ class frmUploadImgs : public Form {
   void FinishUpload();
   void FinishShare();
   void FinishOrder();
+  // The end of an order that can't go on: `text` in a stop box, then the
+  // window closes.
+  void OrderFailed(const std::string& text);
   void tmrUpload_Timer();
   // The cancel step (the handler of tmrCheck, also called directly).
   void tmrCheck_Timer();
@@ -123,6 +132,10 @@ class frmUploadImgs : public Form {
   std::vector<std::string> mSent;
   // Order only: the service's image id to photo number (gdicOrderIndex).
   TextDictionary mdicOrderIndex;
+  // The order total of the last PlaceOrder (kept, never shown).
+  double mdOrderTotal = 0;
+  // Order only: the order the dialog handed over.
+  PrintOrderData mOrder;
 };
 
 }  // namespace qbpd

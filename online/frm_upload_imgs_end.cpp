@@ -88,6 +88,12 @@ void frmUploadImgs::FinishShare() {
   Unload();
 }
 
+void frmUploadImgs::OrderFailed(const std::string& text) {
+  NormalPointer();
+  host().MsgBox(text, kMbStop, app_.session().gsAppTitle);
+  Unload();
+}
+
 void frmUploadImgs::FinishOrder() {
   Session& s = app_.session();
   host().SetMousePointer(kPointerHourglass);
@@ -98,26 +104,52 @@ void frmUploadImgs::FinishOrder() {
   msErrCode.clear();
   msErrText.clear();
   TextDictionary photos;
-  if (!ExtAPI_->GetAlbumPhotos(s.gsSiteUrl, s.gsAuthCode, s.gsAlbumId, photos,
-                               msErrCode, msErrText)) {
-    if (mbCancelRequested) {
-      tmrCheck_Timer();
-      return;
-    }
-    NormalPointer();
-    host().MsgBox("Unable to order the prints for printing.", kMbStop,
-                  s.gsAppTitle);
-    Unload();
+  const bool listed = ExtAPI_->GetAlbumPhotos(
+      s.gsSiteUrl, s.gsAuthCode, s.gsAlbumId, photos, msErrCode, msErrText);
+  if (mbCancelRequested) {
+    tmrCheck_Timer();
+    return;
+  }
+  if (!listed || photos.Count() != s.gcolOrderPhotos.Count()) {
+    OrderFailed("Unable to order the prints for printing.");
     return;
   }
   mdicOrderIndex = photos;
-  // RemoveEmptyOrderLines, PlaceOrder and ConfirmOrder follow here with the
-  // order's lines, which the print-order dialog fills; until it does, the
-  // run has no lines, their count differs from the album's photos, and the
-  // order stops with the message for that case.
+  mOrder.gdicOrderIndex = photos;
+  msErrCode.clear();
+  msErrText.clear();
+  const bool placed = ExtAPI_->PlaceOrder(
+      s.gsSiteUrl, s.gsAuthCode, s.gsUserCode, s.gsCouponCode,
+      mOrder.gcolOrderLines, mOrder.gdicOrderIndex, mOrder.gsaSizeTotals,
+      mOrder.gsaFreePrints, s.gsOrderId, mOrder.msShipping, mOrder.gsaOrderTax,
+      mOrder.gsaCouponResult, mOrder.mdCostOfPrints, mdOrderTotal, msErrCode,
+      msErrText, mOrder.gbShipToOther ? &mOrder.gsaShipTo : nullptr);
+  if (mbCancelRequested) {
+    tmrCheck_Timer();
+    return;
+  }
+  if (!placed) {
+    OrderFailed("Unable to order the photos for printing");
+    return;
+  }
+  msErrCode.clear();
+  msErrText.clear();
+  const bool confirmed =
+      ExtAPI_->ConfirmOrder(s.gsSiteUrl, s.gsAuthCode, s.gsOrderId,
+                            s.gsCouponCode, msErrCode, msErrText);
+  if (mbCancelRequested) {
+    tmrCheck_Timer();
+    return;
+  }
+  if (!confirmed) {
+    OrderFailed("Unable to order the photos for printing\n" + msErrText);
+    return;
+  }
   NormalPointer();
-  host().MsgBox("Unable to order the prints for printing.", kMbStop,
-                s.gsAppTitle);
+  Form& congrats = app_.forms().Get("frmUploadCongrats");
+  mbFinished = true;
+  congrats.Show(/*modal=*/true);
+  NormalPointer();
   Unload();
 }
 

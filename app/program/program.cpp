@@ -18,6 +18,7 @@
 #include "presentation/frm_photo_info.h"
 #include "presentation/frm_slide_show.h"
 #include "presentation/frm_wallpaper.h"
+#include "printorder/printorder_forms.h"
 #include "screensaver/screensaver_forms.h"
 
 #include <cstdio>
@@ -40,6 +41,7 @@ void RegisterProgram(Application& app) {
   app.forms().Register<frmRotate>(
       [a] { return std::make_unique<frmRotate>(*a); });
   RegisterOnlineForms(app);
+  RegisterPrintOrderForms(app);
   app.forms().Register<frmPhotoInfo>(
       [a] { return std::make_unique<frmPhotoInfo>(*a); });
   app.forms().Register<frmSlideShow>(
