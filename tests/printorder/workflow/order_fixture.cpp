@@ -62,8 +62,11 @@ PlaceOrderReply Quote(const std::vector<std::string>& quantities,
 
 void OrderTest::OpenOrder(int photos,
                           GetUserInfoReply account,
-                          const std::string& express) {
-  WritePhotos(photos);
+                          const std::string& express,
+                          bool write_photos) {
+  if (write_photos) {
+    WritePhotos(photos);
+  }
   Start();
   if (!express.empty()) {
     ASSERT_TRUE(settings().Write(session().gsPrefKey + "ExpressPrints",

@@ -31,7 +31,8 @@ class OrderTest : public OnlineTest {
  protected:
   void OpenOrder(int photos,
                  GetUserInfoReply account,
-                 const std::string& express = "");
+                 const std::string& express = "",
+                 bool write_photos = true);
   frmOrdPrints& dialog() { return app().forms().Get<frmOrdPrints>(); }
   // Queues `check` to run on the open dialog.
   void OnDialog(const std::string& what,
