@@ -108,9 +108,6 @@ json ServiceCore::PlaceOrder(std::int64_t account, const json& request) {
   }
 
   const Quote quote = PriceOrder(input);
-  if (quote.total_prints == 0) {
-    return Failure("4002");
-  }
 
   json out_lines = json::array();
   for (size_t i = 0; i < lines.size(); ++i) {
@@ -149,6 +146,16 @@ json ServiceCore::PlaceOrder(std::int64_t account, const json& request) {
                         {"orderTax", order_tax},
                         {"costOfPrints", FormatAmount(quote.cost_of_prints)},
                         {"orderTotal", FormatAmount(quote.total)}};
+  json out = summary;
+  out["orderLines"] = out_lines;
+  out["orderIndex"] = index;
+  // An order without prints is only a price quote (the order dialog asks
+  // for one when it opens with every quantity at 0): nothing is stored and
+  // there is no order to confirm.
+  if (quote.total_prints == 0) {
+    out["orderId"] = "";
+    return Ok(out);
+  }
   db_->Prepare(
          "INSERT INTO orders (account_id, status, coupon, photo_keys, summary, "
          "used_free, created) VALUES (?, 'quoted', ?, ?, ?, ?, ?)")
@@ -159,9 +166,6 @@ json ServiceCore::PlaceOrder(std::int64_t account, const json& request) {
       .BindInt(5, quote.free_prints.empty() ? 0 : 1)
       .Bind(6, Now())
       .Run();
-  json out = summary;
-  out["orderLines"] = out_lines;
-  out["orderIndex"] = index;
   out["orderId"] = std::to_string(db_->LastInsertId());
   return Ok(out);
 }

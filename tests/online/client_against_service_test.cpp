@@ -590,11 +590,12 @@ TEST_F(ClientAgainstServiceTest, QuoteAppliesOneCouponAndRefusesOthers) {
   EXPECT_EQ(fixed.gsaCouponResult[3], "1");
   EXPECT_NEAR(fixed.mdCostOfPrints, 12.50 - 2.50 - 5.00, kCents);
 
-  // An order without prints is no order.
+  // Without prints it is a price quote only: first-tier prices, no order.
   const auto [empty_lines, empty_index] = OrderOf({0, 0});
   const Quote nothing = PlaceOrder("", empty_lines, empty_index);
-  EXPECT_FALSE(nothing.ok);
-  EXPECT_EQ(nothing.errCode, "4002");
+  EXPECT_TRUE(nothing.ok);
+  EXPECT_EQ(nothing.gsOrderId, "");
+  EXPECT_EQ(nothing.gsaSizeTotals(0, 1), "0.29");
 }
 
 TEST_F(ClientAgainstServiceTest, ShippingAddsASurchargePerStartedTwentyFive) {

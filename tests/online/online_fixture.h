@@ -10,6 +10,7 @@
 #include "platform/display_model.h"
 #include "platform/forms/scripted_host.h"
 #include "platform/forms/user_input.h"
+#include "platform/http_transport.h"
 #include "platform/image_operations.h"
 #include "platform/launcher.h"
 #include "platform/places.h"
@@ -104,6 +105,8 @@ class OnlineTest : public ::testing::Test {
   std::string site_ = kSite;
   std::string address_ = kAddress;
   bool real_client_ = false;
+  // With the real client: the transport under it (none is libcurl).
+  std::function<std::unique_ptr<HttpTransport>()> make_transport_;
 
  private:
   testing::TempDir dir_;

@@ -347,8 +347,15 @@ TEST_F(ServiceTest, OrderQuoteArithmetic) {
                      c.shipping)
         << c.prints;
   }
+  // No prints: a price quote with nothing to confirm.
   json empty = {{"authCode", code}, {"orderLines", {Line("k", 0, 0, 0, 0)}}};
-  EXPECT_EQ(Call("PlaceOrder", empty).second["errCode"], "4002");
+  const json zero = Call("PlaceOrder", empty).second;
+  EXPECT_EQ(zero["ok"], true);
+  EXPECT_EQ(zero["orderId"], "");
+  EXPECT_EQ(zero["sizeTotals"][0][1], "0.29");
+  EXPECT_EQ(Call("ConfirmOrder", {{"authCode", code}, {"orderId", ""}})
+                .second["errCode"],
+            "4001");
 }
 
 TEST_F(ServiceTest, ConfirmNeedsUploadedPhotos) {
