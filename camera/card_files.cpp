@@ -2,9 +2,14 @@
 
 #include "camera/camera_lines.h"
 #include "platform/file_transfer.h"
+#include "platform/transfer_ahead.h"
 
 #include <algorithm>
+#include <deque>
 #include <filesystem>
+#include <map>
+#include <memory>
+#include <set>
 
 namespace qbpd {
 namespace fs = std::filesystem;
@@ -41,48 +46,125 @@ std::vector<std::string> ListFolderFiles(const std::string& folder) {
   return files;
 }
 
+namespace {
+
+// Files copied at once: while one is flushed and read back, the next one is
+// read and written.
+constexpr std::size_t kThreads = 2;
+// How far the copies may run ahead of the results taken.
+constexpr std::size_t kAhead = 4;
+
+bool ExistsIn(const std::string& folder, const std::string& name) {
+  std::error_code ignored;
+  return fs::exists(folder + "/" + name, ignored);
+}
+
+void Record(CardCopyReport& report, const TransferResult& result) {
+  if (result.ok()) {
+    ++report.done;
+    if (result.status == TransferStatus::kSourceKept) {
+      ++report.kept;
+    }
+  } else {
+    ++report.failed;
+    report.errors.push_back(result.error);
+  }
+}
+
+}  // namespace
+
 CardCopyReport CopyFilesInto(const std::vector<std::string>& files,
                              const std::string& destination,
                              bool move,
                              FileTransfer& transfer,
-                             const std::function<void()>& after_each) {
+                             const std::function<void()>& after_each,
+                             const WaitForTransfers& wait) {
   CardCopyReport report;
   std::string folder = destination;
   if (!folder.empty() && folder.back() == '/') {
     folder.pop_back();
   }
-  for (const std::string& source : files) {
-    const std::string name = fs::path(source).filename().string();
-    TransferResult result;
-    if (move) {
-      std::string target_name = name;
-      // Another process may take the free name meanwhile; the move never
-      // replaces, so it tries the next one.
-      for (int attempt = 0; attempt < 3; ++attempt) {
-        target_name = FreeFileName(target_name, [&](const std::string& n) {
-          std::error_code ignored;
-          return fs::exists(folder + "/" + n, ignored);
+  // The copies run on threads of their own when the transfer can make one
+  // for each; otherwise each runs on this thread when its result is taken.
+  std::vector<std::unique_ptr<FileTransfer>> own;
+  for (std::size_t i = 0; i < kThreads; ++i) {
+    if (std::unique_ptr<FileTransfer> t = transfer.Another()) {
+      own.push_back(std::move(t));
+    }
+  }
+  std::unique_ptr<TransferAhead> ahead;
+  if (own.size() == kThreads) {
+    ahead = std::make_unique<TransferAhead>(std::move(own));
+  }
+  std::deque<TransferAhead::Job> here;
+  // Names given to moves whose results are not taken yet.
+  std::set<std::string> given;
+  // For copies: the last job writing each name. Two card files of one name
+  // replace each other in the list's order, so a second waits for the first.
+  std::map<std::string, std::size_t> last_of;
+  std::vector<std::string> targets(files.size());
+  std::size_t added = 0;
+  std::size_t taken = 0;
+  while (taken < files.size()) {
+    const std::size_t window = ahead ? kAhead : 1;
+    while (added < files.size() && added - taken < window) {
+      const std::string& source = files[added];
+      const std::string name = fs::path(source).filename().string();
+      std::string target = name;
+      if (move) {
+        target = FreeFileName(name, [&](const std::string& n) {
+          return given.count(n) > 0 || ExistsIn(folder, n);
         });
-        result = transfer.Move(source, folder + "/" + target_name);
-        if (result.status != TransferStatus::kTargetExists) {
+        given.insert(target);
+      } else {
+        const auto last = last_of.find(target);
+        if (last != last_of.end() && last->second >= taken) {
           break;
         }
+        last_of[target] = added;
       }
-      if (result.ok() && target_name != name) {
+      targets[added] = target;
+      TransferAhead::Job job = [source, path = folder + "/" + target,
+                                move](FileTransfer& t) {
+        return move ? t.Move(source, path) : t.Copy(source, path);
+      };
+      if (ahead) {
+        ahead->Add(std::move(job));
+      } else {
+        here.push_back(std::move(job));
+      }
+      ++added;
+    }
+    TransferResult result;
+    if (ahead) {
+      if (wait) {
+        wait([&] { return ahead->NextReady(); });
+      }
+      result = *ahead->TakeNext();
+    } else {
+      result = here.front()(transfer);
+      here.pop_front();
+    }
+    const std::string& source = files[taken];
+    if (move) {
+      given.erase(targets[taken]);
+      // Another process may take the free name meanwhile; the move never
+      // replaces, so it tries the next one.
+      for (int attempt = 1;
+           attempt < 3 && result.status == TransferStatus::kTargetExists;
+           ++attempt) {
+        targets[taken] =
+            FreeFileName(targets[taken], [&](const std::string& n) {
+              return given.count(n) > 0 || ExistsIn(folder, n);
+            });
+        result = transfer.Move(source, folder + "/" + targets[taken]);
+      }
+      if (result.ok() && targets[taken] != fs::path(source).filename()) {
         ++report.renamed;
       }
-    } else {
-      result = transfer.Copy(source, folder + "/" + name);
     }
-    if (result.ok()) {
-      ++report.done;
-      if (result.status == TransferStatus::kSourceKept) {
-        ++report.kept;
-      }
-    } else {
-      ++report.failed;
-      report.errors.push_back(result.error);
-    }
+    Record(report, result);
+    ++taken;
     if (after_each) {
       after_each();
     }

@@ -30,12 +30,17 @@ struct CardCopyReport {
 // Copies (move false: a file of the same name is replaced, as two card files
 // of one name replace each other) or moves (move true: a taken name gets a
 // free one) every file of `files` into `destination`, under its own name.
-// `after_each` runs after every file (progress, events).
+// `after_each` runs after every file, in the list's order (progress,
+// events). With a transfer that works on other threads, two files are
+// copied at once there, and `wait` is how this thread waits for the next
+// result (the host's WaitForWork, events turning); none waits plainly.
+using WaitForTransfers = std::function<void(const std::function<bool()>&)>;
 CardCopyReport CopyFilesInto(const std::vector<std::string>& files,
                              const std::string& destination,
                              bool move,
                              FileTransfer& transfer,
-                             const std::function<void()>& after_each);
+                             const std::function<void()>& after_each,
+                             const WaitForTransfers& wait = {});
 
 }  // namespace qbpd
 

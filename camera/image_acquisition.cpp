@@ -5,8 +5,10 @@
 #include "platform/drive_tokens.h"
 #include "platform/file_transfer.h"
 #include "platform/places.h"
+#include "platform/transfer_ahead.h"
 
 #include <filesystem>
+#include <memory>
 #include <vector>
 
 namespace qbpd {
@@ -84,27 +86,50 @@ ImageAcquisitionResult RunImageAcquisition(const ImageAcquisitionRun& run) {
     result.error = "Cannot make the folder " + destination;
   }
   int number = 1;
-  std::string content;
-  for (std::size_t i = 0; !failed && i < files.size(); ++i) {
-    if (run.stop_requested && run.stop_requested()) {
-      stopped = true;
-      break;
+  // The saves (flush, read back) run on a thread of their own when the
+  // transfer can make one, while the next photo comes from the camera; the
+  // camera itself is used from this thread only.
+  std::unique_ptr<TransferAhead> ahead;
+  if (std::unique_ptr<FileTransfer> own = run.transfer->Another()) {
+    std::vector<std::unique_ptr<FileTransfer>> threads;
+    threads.push_back(std::move(own));
+    ahead = std::make_unique<TransferAhead>(std::move(threads));
+  }
+  std::size_t added = 0;
+  std::size_t taken = 0;
+  // A save that failed ends the run; the saves under way when a photo could
+  // not be fetched are still taken.
+  bool save_failed = false;
+  // Takes the next save's result: a name taken meanwhile gets the next
+  // number; a saved photo may then be deleted from the camera.
+  auto take = [&](const std::string& content_if_here) {
+    const CameraFile& file = files[taken];
+    TransferResult saved =
+        ahead ? *ahead->TakeNext()
+              : run.transfer->Save(
+                    content_if_here,
+                    destination + "/" + PictureName(base, number++, file.name));
+    while (saved.status == TransferStatus::kTargetExists) {
+      if (ahead) {
+        // The content went with the job; the file is fetched again.
+        std::string again;
+        if (!camera->Download(file, again, result.error)) {
+          failed = save_failed = true;
+          return;
+        }
+        saved = run.transfer->Save(
+            again, destination + "/" + PictureName(base, number++, file.name));
+      } else {
+        saved = run.transfer->Save(
+            content_if_here,
+            destination + "/" + PictureName(base, number++, file.name));
+      }
     }
-    const CameraFile& file = files[i];
-    if (!camera->Download(file, content, result.error)) {
-      failed = true;
-      break;
-    }
-    TransferResult saved;
-    do {
-      const std::string target =
-          destination + "/" + PictureName(base, number++, file.name);
-      saved = run.transfer->Save(content, target);
-    } while (saved.status == TransferStatus::kTargetExists);
+    ++taken;
     if (!saved.ok()) {
-      failed = true;
+      failed = save_failed = true;
       result.error = saved.error;
-      break;
+      return;
     }
     ++result.copied;
     if (run.delete_from_camera) {
@@ -115,8 +140,42 @@ ImageAcquisitionResult RunImageAcquisition(const ImageAcquisitionRun& run) {
       }
     }
     if (run.progress) {
-      run.progress(static_cast<int>(i) + 1, static_cast<int>(files.size()));
+      run.progress(static_cast<int>(taken), static_cast<int>(files.size()));
     }
+  };
+  for (std::size_t i = 0; !failed && i < files.size(); ++i) {
+    if (run.stop_requested && run.stop_requested()) {
+      stopped = true;
+      break;
+    }
+    const CameraFile& file = files[i];
+    std::string content;
+    if (!camera->Download(file, content, result.error)) {
+      failed = true;
+      break;
+    }
+    if (!ahead) {
+      take(content);
+      continue;
+    }
+    // The name is given now, in the photos' order; a name taken on the disk
+    // is passed over as the save would pass over it.
+    std::string target;
+    std::error_code ignored;
+    do {
+      target = destination + "/" + PictureName(base, number++, file.name);
+    } while (std::filesystem::exists(target, ignored));
+    ahead->Add([content = std::move(content), target](FileTransfer& t) {
+      return t.Save(content, target);
+    });
+    ++added;
+    // One save may wait while the next photo is fetched.
+    while (!failed && added - taken > 1) {
+      take("");
+    }
+  }
+  while (ahead && !save_failed && taken < added) {
+    take("");
   }
   // The program reads "310" after its first wait; the last answer must not
   // replace it before then, or the program would miss the transfer's start.

@@ -255,12 +255,14 @@ void CopyCardFiles(Application& app,
     bar->SetValue(0);
   }
   const CardCopyReport report = CopyFilesInto(
-      s.gsaCardFiles, destination, mode != kCopyMode, app.file_transfer(), [&] {
+      s.gsaCardFiles, destination, mode != kCopyMode, app.file_transfer(),
+      [&] {
         if (bar != nullptr && bar->Value() < bar->Max()) {
           bar->SetValue(bar->Value() + 1);
         }
         app.host().DoEvents();
-      });
+      },
+      [&](const std::function<bool()>& done) { app.host().WaitForWork(done); });
   s.gbFilesCopied = true;
   ShowFolderInTree(main, destination);
   if (report.failed > 0) {

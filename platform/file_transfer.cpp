@@ -72,6 +72,9 @@ class VerifiedFileTransfer final : public FileTransfer {
                       const std::string& target) override {
     return Transfer(source, target, /*move=*/true);
   }
+  std::unique_ptr<FileTransfer> Another() override {
+    return std::make_unique<VerifiedFileTransfer>();
+  }
 
  private:
   TransferResult Transfer(const std::string& source,

@@ -57,6 +57,9 @@ class FileTransfer {
   // a copy is; never replaces a file (kTargetExists).
   [[nodiscard]] virtual TransferResult Save(const std::string& content,
                                             const std::string& target) = 0;
+  // A transfer of the same kind for another thread (each thread needs its
+  // own), or none when this one works only on the caller's thread.
+  virtual std::unique_ptr<FileTransfer> Another() { return nullptr; }
 };
 
 std::unique_ptr<FileTransfer> MakeVerifiedFileTransfer();

@@ -17,9 +17,12 @@ namespace fs = std::filesystem;
 using testing::FakeCameraConnection;
 using testing::ReadFile;
 
-class ImageAcquisitionTest : public ::testing::Test {
+// Each case runs with the saves one at a time and with them on a thread of
+// their own while the next photo is fetched.
+class ImageAcquisitionTest : public ::testing::TestWithParam<bool> {
  protected:
   ImageAcquisitionTest() {
+    transfer_.on_threads = GetParam();
     fs::create_directories(dir_ / "data");
     for (int i = 1; i <= 5; ++i) {
       camera_.photos.push_back(
@@ -67,7 +70,7 @@ class ImageAcquisitionTest : public ::testing::Test {
   std::vector<std::string> answers_;
 };
 
-TEST_F(ImageAcquisitionTest, CopiesEveryPhotoAsTheBaseNameNumbered) {
+TEST_P(ImageAcquisitionTest, CopiesEveryPhotoAsTheBaseNameNumbered) {
   const ImageAcquisitionResult r = Run("Cam (disk:/c)*" + Out() + "*Picture");
   EXPECT_EQ(r.code, "300");
   EXPECT_EQ(r.copied, 5);
@@ -81,7 +84,7 @@ TEST_F(ImageAcquisitionTest, CopiesEveryPhotoAsTheBaseNameNumbered) {
   EXPECT_EQ(opened_, std::vector<std::string>{"Cam (disk:/c)"});
 }
 
-TEST_F(ImageAcquisitionTest, ATakenNameGetsTheNextNumberAndNothingIsReplaced) {
+TEST_P(ImageAcquisitionTest, ATakenNameGetsTheNextNumberAndNothingIsReplaced) {
   fs::create_directories(dir_ / "out");
   std::ofstream(dir_ / "out/Picture 2.JPG") << "mine";
   const ImageAcquisitionResult r = Run("Cam*" + Out() + "*Picture");
@@ -91,7 +94,7 @@ TEST_F(ImageAcquisitionTest, ATakenNameGetsTheNextNumberAndNothingIsReplaced) {
   EXPECT_EQ(ReadFile(dir_ / "out/Picture 6.JPG"), "photo 5");
 }
 
-TEST_F(ImageAcquisitionTest, DeletesOnlyWhenAskedAndOnlyVerifiedCopies) {
+TEST_P(ImageAcquisitionTest, DeletesOnlyWhenAskedAndOnlyVerifiedCopies) {
   delete_ = true;
   transfer_.fail["Picture 4.JPG"] = TransferStatus::kVerifyFailed;
   const ImageAcquisitionResult r = Run("Cam*" + Out() + "*Picture");
@@ -106,7 +109,7 @@ TEST_F(ImageAcquisitionTest, DeletesOnlyWhenAskedAndOnlyVerifiedCopies) {
   EXPECT_EQ(ReadFile(Answer()), "400 \n");
 }
 
-TEST_F(ImageAcquisitionTest, ACameraPulledOutMidwayIsAFailureWithWholeCopies) {
+TEST_P(ImageAcquisitionTest, ACameraPulledOutMidwayIsAFailureWithWholeCopies) {
   delete_ = true;
   camera_.fail_download_from = 3;
   const ImageAcquisitionResult r = Run("Cam*" + Out() + "*Picture");
@@ -120,7 +123,7 @@ TEST_F(ImageAcquisitionTest, ACameraPulledOutMidwayIsAFailureWithWholeCopies) {
   EXPECT_EQ(files, 2);
 }
 
-TEST_F(ImageAcquisitionTest, NothingToDoFailuresAndAStop) {
+TEST_P(ImageAcquisitionTest, NothingToDoFailuresAndAStop) {
   camera_.photos.clear();
   EXPECT_EQ(Run("Cam*" + Out() + "*Picture").code, "410");
   EXPECT_EQ(ReadFile(Answer()), "410 \n");
@@ -141,12 +144,16 @@ TEST_F(ImageAcquisitionTest, NothingToDoFailuresAndAStop) {
   EXPECT_EQ(stopped.copied, 1);
 }
 
-TEST_F(ImageAcquisitionTest, ADriveTokenIsItsMediumAsAFolderCamera) {
+TEST_P(ImageAcquisitionTest, ADriveTokenIsItsMediumAsAFolderCamera) {
   std::ofstream(dir_ / "data/Drives.dat") << "E:\t/media/u/CARD\n";
   Run("E:*" + Out() + "*Picture");
   EXPECT_EQ(opened_, std::vector<std::string>{"disk:/media/u/CARD"});
   EXPECT_EQ(Run("F:*" + Out() + "*Picture").code, "400");
 }
+
+INSTANTIATE_TEST_SUITE_P(OneAtATimeAndAhead,
+                         ImageAcquisitionTest,
+                         ::testing::Bool());
 
 }  // namespace
 }  // namespace qbpd

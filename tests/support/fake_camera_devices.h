@@ -76,8 +76,20 @@ class FakeFileTransfer final : public FileTransfer {
     return Faulted(target, [&] { return real_->Save(content, target); });
   }
 
+  // With `on_threads`, the transfers of other threads fail as this one
+  // does (each records its own calls).
+  std::unique_ptr<FileTransfer> Another() override {
+    if (!on_threads) {
+      return nullptr;
+    }
+    auto other = std::make_unique<FakeFileTransfer>();
+    other->fail = fail;
+    return other;
+  }
+
   // File name (not path) to the status its transfer fails with.
   std::map<std::string, TransferStatus> fail;
+  bool on_threads = false;
   std::vector<std::string> calls;
 
  private:

@@ -1,0 +1,128 @@
+// The card copy with its transfers on threads of their own: every file
+// arrives whole under the name the one-at-a-time copy would give it, the
+// results come back in the list's order, and failures are counted where
+// they happened.
+#include "camera/card_files.h"
+#include "platform/file_transfer.h"
+#include "tests/support/fake_camera_devices.h"
+#include "tests/support/temp_dir.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace qbpd {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::FakeFileTransfer;
+using testing::ReadFile;
+using testing::TempDir;
+
+// `count` files of distinct content in DCIM/100TEST, and in DCIM/101TEST a
+// second IMG_0001.JPG of its own content.
+std::vector<std::string> MakeCard(TempDir& dir, int count) {
+  for (int i = 1; i <= count; ++i) {
+    char name[32];
+    std::snprintf(name, sizeof name, "IMG_%04d.JPG", i);
+    dir.WriteFile(std::string("card/DCIM/100TEST/") + name,
+                  std::string(20000 + i * 37, static_cast<char>('a' + i % 26)));
+  }
+  dir.WriteFile("card/DCIM/101TEST/IMG_0001.JPG", "the second card file");
+  return ListFolderFiles((dir / "card").string());
+}
+
+// Waits as a host does, counting the waits.
+struct CountingWait {
+  int waits = 0;
+  void operator()(const std::function<bool()>& done) {
+    ++waits;
+    while (!done()) {
+      std::this_thread::yield();
+    }
+  }
+};
+
+TEST(CardCopyAheadTest, CopiesEveryFileWithTheLaterOfTwoNamesWinning) {
+  TempDir dir;
+  const std::vector<std::string> files = MakeCard(dir, 30);
+  fs::create_directories(dir / "out");
+  auto transfer = MakeVerifiedFileTransfer();
+  int after = 0;
+  CountingWait wait;
+  const CardCopyReport report = CopyFilesInto(
+      files, (dir / "out").string(), /*move=*/false, *transfer,
+      [&] { ++after; }, std::ref(wait));
+  EXPECT_EQ(report.done, 31);
+  EXPECT_EQ(report.failed, 0);
+  EXPECT_EQ(after, 31);
+  // One name, two card files: the one later in the list is what stays.
+  EXPECT_EQ(ReadFile(dir / "out/IMG_0001.JPG"), "the second card file");
+  for (int i = 2; i <= 30; ++i) {
+    char name[32];
+    std::snprintf(name, sizeof name, "IMG_%04d.JPG", i);
+    EXPECT_TRUE(ReadFile(dir / "out" / name) ==
+                ReadFile(dir / "card/DCIM/100TEST" / name))
+        << name;
+  }
+  int in_out = 0;
+  for ([[maybe_unused]] const auto& e : fs::directory_iterator(dir / "out")) {
+    ++in_out;
+  }
+  EXPECT_EQ(in_out, 30);  // no temporary file left beside them
+}
+
+TEST(CardCopyAheadTest, AMoveGivesFreeNamesAndDeletesOnlyWhatArrived) {
+  TempDir dir;
+  const std::vector<std::string> files = MakeCard(dir, 12);
+  // The destination holds photos of those names already.
+  dir.WriteFile("out/IMG_0003.JPG", "kept photo");
+  dir.WriteFile("out/IMG_0001.JPG", "kept photo one");
+  auto transfer = MakeVerifiedFileTransfer();
+  const std::string third = ReadFile(dir / "card/DCIM/100TEST/IMG_0003.JPG");
+  const CardCopyReport report = CopyFilesInto(
+      files, (dir / "out").string(), /*move=*/true, *transfer, [] {},
+      CountingWait());
+  EXPECT_EQ(report.done, 13);
+  EXPECT_EQ(report.failed, 0);
+  EXPECT_EQ(report.renamed, 3);  // IMG_0003, and both IMG_0001s
+  EXPECT_EQ(ReadFile(dir / "out/IMG_0003.JPG"), "kept photo");
+  EXPECT_TRUE(ReadFile(dir / "out/IMG_0003_001.JPG") == third);
+  EXPECT_EQ(ReadFile(dir / "out/IMG_0001.JPG"), "kept photo one");
+  EXPECT_TRUE(fs::exists(dir / "out/IMG_0001_001.JPG"));
+  EXPECT_TRUE(fs::exists(dir / "out/IMG_0001_002.JPG"));
+  EXPECT_TRUE(ListFolderFiles((dir / "card").string()).empty());
+}
+
+TEST(CardCopyAheadTest, FailuresOnTheThreadsAreCountedInTheListsOrder) {
+  TempDir dir;
+  const std::vector<std::string> files = MakeCard(dir, 10);
+  fs::create_directories(dir / "out");
+  FakeFileTransfer transfer;
+  transfer.on_threads = true;
+  transfer.fail["IMG_0004.JPG"] = TransferStatus::kSourceFailed;
+  transfer.fail["IMG_0009.JPG"] = TransferStatus::kVerifyFailed;
+  int after = 0;
+  const CardCopyReport report = CopyFilesInto(
+      files, (dir / "out").string(), /*move=*/true, transfer, [&] { ++after; },
+      CountingWait());
+  EXPECT_EQ(report.done, 9);
+  EXPECT_EQ(report.failed, 2);
+  ASSERT_EQ(report.errors.size(), 2u);
+  EXPECT_EQ(report.errors[0], "injected failure of IMG_0004.JPG");
+  EXPECT_EQ(report.errors[1], "injected failure of IMG_0009.JPG");
+  EXPECT_EQ(after, 11);
+  // The failed moves left their sources; the others went.
+  EXPECT_TRUE(fs::exists(dir / "card/DCIM/100TEST/IMG_0004.JPG"));
+  EXPECT_TRUE(fs::exists(dir / "card/DCIM/100TEST/IMG_0009.JPG"));
+  EXPECT_FALSE(fs::exists(dir / "card/DCIM/100TEST/IMG_0005.JPG"));
+  // Nothing ran on the caller's own transfer: the threads did the work.
+  EXPECT_TRUE(transfer.calls.empty());
+}
+
+}  // namespace
+}  // namespace qbpd
