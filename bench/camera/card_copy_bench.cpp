@@ -44,8 +44,8 @@ int main(int argc, char** argv) {
       }
     }
   };
-  const qbpd::CardCopyReport report = qbpd::CopyFilesInto(
-      files, destination, move, *transfer, pump, wait);
+  const qbpd::CardCopyReport report =
+      qbpd::CopyFilesInto(files, destination, move, *transfer, pump, wait);
   const double seconds =
       std::chrono::duration<double>(Clock::now() - start).count();
   std::printf("files %d failed %d seconds %.3f longest_event_wait_ms %.1f\n",
