@@ -358,6 +358,8 @@ void frmOrdPrints::imgS2Back_Click() {
   }
   if (miPreviousStep == 1) {
     ShowStep(1, true);
+    // No longer the first showing of step 1: Back leads to this step.
+    imgS1Back.SetVisible(true);
     if (msExpressChoice == "CS") {
       mbLoading = true;
       opt4x6singles.SetValue(false);

@@ -125,6 +125,7 @@ void frmOrdPrints::imgS2Continue_Click() {
       miPreviousStep = 2;
       miCurrentStep = 1;
       ShowStep(1, true);
+      imgS1Back.SetVisible(true);
     }
     lblHead.SetCaption("edit print order");
   } else {
