@@ -200,5 +200,37 @@ TEST_F(OrderRoad, TheAlbumIsNamedByTodaysDate) {
   }
 }
 
+TEST_F(OrderRoad, FreePrintsInThreeRowsShowAsThreeLinesAndTaxAtZeroIsHidden) {
+  OpenOrder(1, Account("FUL"), "4x6Singles");
+  PlaceOrderReply quote = ThreeSingles();
+  quote.freePrints = TextGrid::FromRows({{"1", "0.29", "4 x 6"},
+                                         {"2", "1.98", "5 x 7"},
+                                         {"1", "3.99", "8 x 10"}});
+  quote.orderTax = TextGrid::FromRows({{"OR", "0", "0"}});
+  client().Queue(quote);
+  OnDialog("step 1", [](frmOrdPrints& d) {
+    EXPECT_EQ(d.lblS1FreePrintsLabel.Caption(),
+              "1 4 x 6 Print(s)\n2 5 x 7 Print(s)\n1 8 x 10 Print(s)");
+    EXPECT_EQ(d.lblS1FreePrintsCost.Caption(), "0.29\n1.98\n3.99");
+    EXPECT_EQ(d.lblS1FreePrintsLabel.Height(), 3 * 195);
+    EXPECT_FALSE(d.lblS1TaxCostLabel.Visible());
+    EXPECT_EQ(d.lblS1TaxCostLabel.Caption(), "0% Tax will be added ");
+  });
+  QueueClick("frmOrdPrints", "imgS1Continue");
+  OnDialog("review", [](frmOrdPrints& d) {
+    EXPECT_EQ(d.lblS3FreePrintsQty.Caption(), "1\n2\n1");
+    EXPECT_EQ(d.lblS3FreePrintsHead.Caption(),
+              "4 x 6 prints\n5 x 7 prints\n8 x 10 prints");
+    EXPECT_EQ(d.lblS3FreePrintsVal.Caption(), "0.29\n1.98\n3.99");
+    EXPECT_FALSE(d.lblS3TaxHead.Visible());
+    EXPECT_EQ(d.lblS3TaxVal.Caption(), "0.00");
+    // 0.87 + 1.99 + nothing for tax.
+    EXPECT_EQ(d.lblS3ORderTotalVal.Caption(), "$2.86");
+  });
+  QueueClick("frmOrdPrints", "imgS3Cancel");
+  Run();
+  EXPECT_EQ(Find("frmOrdPrints"), nullptr);
+}
+
 }  // namespace
 }  // namespace qbpd::testing_support
