@@ -114,6 +114,9 @@ class Session {
   KeyedCollection<std::string> gcolOrderPhotos;
   // Share recipients; after a share the accepted ones.
   std::vector<std::string> gasShareEmails;
+  // The account's profile from GetUserInfo: (0) e-mail address, (1) first
+  // name, (2) last name.
+  std::vector<std::string> gsaUserName;
   // The upload engine.
   int giUploadedCount = 0;
   int giUploadTotal = 0;

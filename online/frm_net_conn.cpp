@@ -239,6 +239,7 @@ void frmNetConn::ShareWorker() {
     return;
   }
   s.gsAccountStatus = account_type;
+  s.gsaUserName = profile;
   CollectOrderPhotos();
   if (s.gcolOrderPhotos.Count() == 0) {
     NoPhotosLeft();

@@ -1,8 +1,11 @@
 #include "online/online_forms.h"
 
 #include "core/application.h"
+#include "online/frm_address_book.h"
 #include "online/frm_login.h"
 #include "online/frm_net_conn.h"
+#include "online/frm_share_congrats.h"
+#include "online/frm_share_info.h"
 #include "online/frm_upload_album_infm.h"
 #include "online/frm_upload_congrats.h"
 #include "online/frm_upload_imgs.h"
@@ -22,6 +25,12 @@ void RegisterOnlineForms(Application& app) {
       [a] { return std::make_unique<frmUploadImgs>(*a); });
   app.forms().Register<frmUploadCongrats>(
       [a] { return std::make_unique<frmUploadCongrats>(*a); });
+  app.forms().Register<frmShareInfo>(
+      [a] { return std::make_unique<frmShareInfo>(*a); });
+  app.forms().Register<frmAddressBook>(
+      [a] { return std::make_unique<frmAddressBook>(*a); });
+  app.forms().Register<frmShareCongrats>(
+      [a] { return std::make_unique<frmShareCongrats>(*a); });
   app.forms().Register<frmWebContent>(
       [a] { return std::make_unique<frmWebContent>(*a); });
 }

@@ -241,6 +241,17 @@ std::optional<Step> Runner::ParseServiceStep(const std::vector<Token>& t) {
   } else if (op == "GetUserInfo") {
     auto r = WithBase<GetUserInfoReply>(a);
     r.accountType = a.values.empty() ? "FUL" : a.values[0];
+    // Behind the type: the profile's e-mail address, first and last name.
+    r.profile.assign(a.values.begin() + (a.values.empty() ? 0 : 1),
+                     a.values.end());
+    queue = [give, r] { give(r); };
+  } else if (op == "GetAddressBook") {
+    auto r = WithBase<GetAddressBookReply>(a);
+    r.emails = a.values;
+    queue = [give, r] { give(r); };
+  } else if (op == "RegisterUser") {
+    auto r = WithBase<RegisterUserReply>(a);
+    r.result = a.values;
     queue = [give, r] { give(r); };
   } else if (op == "ShareAlbum") {
     auto r = WithBase<ShareAlbumReply>(a);
