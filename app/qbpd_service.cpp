@@ -28,12 +28,15 @@ struct Arguments {
   bool seed_demo = false;
   // Serve through nginx, as facing a network.
   bool front = false;
+  // Share invitations go through this SMTP relay, not into the maildir.
+  std::string mail_relay;
 };
 
 void PrintUsage() {
   std::fprintf(stderr,
                "usage: qbpd-service --port N --data-dir DIR [--seed-demo] "
-               "[--listen ADDR] [--upgrade-version V] [--front]\n");
+               "[--listen ADDR] [--upgrade-version V] [--front] "
+               "[--mail-relay smtp://HOST:PORT]\n");
 }
 
 bool ParseArguments(int argc, char** argv, Arguments& args) {
@@ -57,6 +60,8 @@ bool ParseArguments(int argc, char** argv, Arguments& args) {
       args.data_dir = argv[++i];
     } else if (arg == "--listen" && has_value) {
       args.listen = argv[++i];
+    } else if (arg == "--mail-relay" && has_value) {
+      args.mail_relay = argv[++i];
     } else if (arg == "--upgrade-version" && has_value) {
       args.upgrade_version = argv[++i];
     } else {
@@ -98,6 +103,7 @@ int main(int argc, char** argv) {
     options.data_dir = args.data_dir;
     options.seed_demo = args.seed_demo;
     options.upgrade_version = args.upgrade_version;
+    options.mail_relay = args.mail_relay;
     qbpd::service::ServiceCore core(options);
     qbpd::service::Server server(core, args.front);
     // Behind the front the service itself listens on a loopback port of

@@ -78,8 +78,9 @@ Server::Server(ServiceCore& core, bool behind_front)
                 return;
               }
               try {
-                const auto answer = service->Call(req.matches[1].str(), request,
-                                                  ClientOf(req, behind_front));
+                const auto answer =
+                    service->Call(req.matches[1].str(), request,
+                                  ClientOf(req, behind_front), BaseOf(req));
                 if (!answer) {
                   SendJson(res, kNotFound, Failure("9999"));
                   return;
@@ -132,25 +133,33 @@ Server::Server(ServiceCore& core, bool behind_front)
              SendPage(res, service->OrderStatusPage(req.matches[1].str(),
                                                     req.matches[2].str()));
            });
-  http.Get(R"(/photo/([^/]*)/u_=([^/]*))",
+  http.Get(R"(/sharedalbum/([0-9a-f]+))",
            [service](const httplib::Request& req, httplib::Response& res) {
-             const PhotoAnswer answer =
-                 service->Photo(req.matches[1].str(), req.matches[2].str());
-             if (!answer.file) {
-               SendPage(res, answer.refusal);
-               return;
-             }
-             std::ifstream in(answer.file->path, std::ios::binary);
-             std::string content(std::istreambuf_iterator<char>(in), {});
-             if (!in.is_open() || in.bad()) {
-               SendPage(res, NotFound("Photo not found"));
-               return;
-             }
-             // The type is the one the upload checked; a browser must not
-             // guess another from the bytes.
-             res.set_header("X-Content-Type-Options", "nosniff");
-             res.set_content(content, answer.file->mime.c_str());
+             SendPage(res, service->SharedAlbumPage(req.matches[1].str()));
            });
+  http.Get(
+      R"(/(photo/([^/]*)/u_=([^/]*)|sharedalbum/([0-9a-f]+)/photo/([^/]*)))",
+      [service](const httplib::Request& req, httplib::Response& res) {
+        const PhotoAnswer answer =
+            req.matches[2].matched
+                ? service->Photo(req.matches[2].str(), req.matches[3].str())
+                : service->SharedPhoto(req.matches[4].str(),
+                                       req.matches[5].str());
+        if (!answer.file) {
+          SendPage(res, answer.refusal);
+          return;
+        }
+        std::ifstream in(answer.file->path, std::ios::binary);
+        std::string content(std::istreambuf_iterator<char>(in), {});
+        if (!in.is_open() || in.bad()) {
+          SendPage(res, NotFound("Photo not found"));
+          return;
+        }
+        // The type is the one the upload checked; a browser must not
+        // guess another from the bytes.
+        res.set_header("X-Content-Type-Options", "nosniff");
+        res.set_content(content, answer.file->mime.c_str());
+      });
   http.Get("/download/upgrade.xml", [service](const httplib::Request& req,
                                               httplib::Response& res) {
     res.set_content(service->UpgradeXml(BaseOf(req)), "application/xml");

@@ -5,12 +5,20 @@
 #include "service/db.h"
 #include "service/request.h"
 #include "service/service_core.h"
+#include "service/share_mail.h"
 
 #include <set>
 
 namespace qbpd::service {
 
 using nlohmann::json;
+
+namespace {
+
+// The secret in a share's link: whoever holds the link sees the album.
+constexpr std::size_t kShareTokenBytes = 24;
+
+}  // namespace
 
 json ServiceCore::GetAlbumList(std::int64_t account) {
   json ids = json::array();
@@ -58,13 +66,16 @@ std::optional<std::int64_t> ServiceCore::OwnAlbum(std::int64_t account,
   return *id;
 }
 
-json ServiceCore::ShareAlbum(std::int64_t account, const json& request) {
+json ServiceCore::ShareAlbum(std::int64_t account,
+                             const json& request,
+                             const std::string& base,
+                             Lock& lock) {
   const auto album = OwnAlbum(account, Text(request, "albumId"));
   if (!album) {
     return Failure("3001");
   }
   const std::string access = Trim(Text(request, "access")) == "1" ? "1" : "0";
-  std::vector<std::string> accepted;
+  std::vector<std::string> valid;
   std::set<std::string> seen;
   for (const auto& entry : TextArray(request, "emails")) {
     const std::string email = Trim(entry);
@@ -75,7 +86,54 @@ json ServiceCore::ShareAlbum(std::int64_t account, const json& request) {
     if (!IsValidEmail(email) || !seen.insert(lower).second) {
       continue;
     }
-    accepted.push_back(email);
+    valid.push_back(email);
+  }
+  const std::string token = RandomHex(kShareTokenBytes);
+  ShareMail mail;
+  {
+    // The statements end here, before the lock is given up.
+    auto sender = db_->Prepare(
+        "SELECT first_name, last_name, email FROM accounts WHERE id = ?");
+    sender.Bind(1, account);
+    sender.Step();
+    mail.sender_name = Trim(sender.Text(0) + " " + sender.Text(1));
+    mail.sender_email = sender.Text(2);
+    auto album_row = db_->Prepare("SELECT name FROM albums WHERE id = ?");
+    album_row.Bind(1, *album);
+    album_row.Step();
+    mail.album_name = album_row.Text(0);
+  }
+  mail.subject = DecodeShareText(Text(request, "subject"));
+  mail.message = DecodeShareText(Text(request, "message"));
+  mail.link = (base.empty() ? std::string("http://127.0.0.1") : base) +
+              "/sharedalbum/" + token;
+  mail.full_access = access == "1";
+  mail.date = Now();
+
+  // The mail may go to a relay over the network: no other request waits
+  // for it.
+  std::vector<std::string> accepted;
+  lock.unlock();
+  bool failed = false;
+  for (size_t i = 0; i < valid.size() && !failed; ++i) {
+    mail.recipient = valid[i];
+    mail.id = token + "." + std::to_string(i + 1);
+    std::string error;
+    switch (
+        mail_->Deliver(kMailFrom, valid[i], ComposeShareMail(mail), error)) {
+      case Delivery::kDelivered:
+        accepted.push_back(valid[i]);
+        break;
+      case Delivery::kRefused:
+        break;
+      case Delivery::kFailed:
+        failed = true;
+        break;
+    }
+  }
+  lock.lock();
+  if (failed) {
+    return Failure("9999");
   }
   Transaction transaction(*db_);
   db_->Prepare(
@@ -88,6 +146,13 @@ json ServiceCore::ShareAlbum(std::int64_t account, const json& request) {
       .Bind(5, Join(accepted, ","))
       .Bind(6, Now())
       .Run();
+  const std::int64_t share = db_->LastInsertId();
+  if (!accepted.empty()) {
+    db_->Prepare("INSERT INTO share_links (token, share_id) VALUES (?, ?)")
+        .Bind(1, token)
+        .Bind(2, share)
+        .Run();
+  }
   for (const auto& email : accepted) {
     db_->Prepare(
            "INSERT OR IGNORE INTO address_book (account_id, email) VALUES "

@@ -65,6 +65,9 @@ CREATE TABLE IF NOT EXISTS shares (
   album_id INTEGER NOT NULL REFERENCES albums(id),
   access TEXT NOT NULL, subject TEXT NOT NULL, message TEXT NOT NULL,
   accepted TEXT NOT NULL, created INTEGER NOT NULL);
+CREATE TABLE IF NOT EXISTS share_links (
+  token TEXT PRIMARY KEY,
+  share_id INTEGER NOT NULL REFERENCES shares(id));
 CREATE TABLE IF NOT EXISTS price_tiers (
   size INTEGER NOT NULL, lower INTEGER NOT NULL, upper INTEGER NOT NULL,
   price TEXT NOT NULL);
@@ -102,6 +105,12 @@ ServiceCore::ServiceCore(ServiceOptions options)
     throw std::runtime_error("libsodium could not start");
   }
   PrepareDataFolder(options_.data_dir);
+  mail_ = options_.mail ? options_.mail
+          : options_.mail_relay.empty()
+              ? std::shared_ptr<MailDelivery>(
+                    MakeMaildirDelivery(options_.data_dir / "mail"))
+              : std::shared_ptr<MailDelivery>(
+                    MakeSmtpDelivery(options_.mail_relay));
   // SQLite gives its journal and shared-memory files the mode of the
   // database file, so a private database keeps them private too.
   MakePrivateFile(options_.data_dir / "service.db");
@@ -328,7 +337,8 @@ std::string ServiceCore::NewSession(std::int64_t account) {
 
 std::optional<json> ServiceCore::Call(const std::string& operation,
                                       const json& request,
-                                      const std::string& client) {
+                                      const std::string& client,
+                                      const std::string& base) {
   CheckRequestShape(operation, request);
   Lock lock(mutex_);
   if (operation == "LoginUser") {
@@ -360,7 +370,7 @@ std::optional<json> ServiceCore::Call(const std::string& operation,
     return GetAddressBook(*account);
   }
   if (operation == "ShareAlbum") {
-    return ShareAlbum(*account, request);
+    return ShareAlbum(*account, request, base, lock);
   }
   if (operation == "GetAlbumPhotos") {
     return GetAlbumPhotos(*account, request);

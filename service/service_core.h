@@ -2,6 +2,7 @@
 #define QBPD_SERVICE_SERVICE_CORE_H_
 
 #include "service/login_throttle.h"
+#include "service/mail_delivery.h"
 
 #include <nlohmann/json.hpp>
 
@@ -49,6 +50,11 @@ struct ServiceOptions {
   // Failed logins per account and per client address.
   ThrottlePolicy account_throttle;
   ThrottlePolicy address_throttle{.free_failures = 10, .lock_after = 50};
+  // Where share invitations go: an SMTP relay ("smtp://host:port"); when
+  // empty, the maildir "mail" in the data folder.
+  std::string mail_relay;
+  // Takes the place of both (tests).
+  std::shared_ptr<MailDelivery> mail;
 };
 
 struct PageResult {
@@ -84,9 +90,12 @@ class ServiceCore {
   // `client` is the address the request came from ("" when unknown).
   // Throws BadRequest for a request of the wrong shape; an unknown operation
   // gives std::nullopt.
+  // `base` is the scheme, host and port the client used; the links of
+  // share invitations start with it.
   std::optional<nlohmann::json> Call(const std::string& operation,
                                      const nlohmann::json& request,
-                                     const std::string& client = "");
+                                     const std::string& client = "",
+                                     const std::string& base = "");
 
   // One uploaded photo with the query values of the upload URL.
   nlohmann::json Upload(const std::map<std::string, std::string>& query,
@@ -105,6 +114,11 @@ class ServiceCore {
   PageResult OrderStatusPage(const std::string& order_id,
                              const std::string& code);
   PhotoAnswer Photo(const std::string& image_id, const std::string& code);
+  // What the recipients of a share see: the album behind the share's
+  // token, and its photos by the same token (404 for anything else).
+  PageResult SharedAlbumPage(const std::string& token);
+  PhotoAnswer SharedPhoto(const std::string& token,
+                          const std::string& image_id);
 
   // `base` is the scheme, host and port the client used.
   std::string UpgradeXml(const std::string& base) const;
@@ -132,7 +146,9 @@ class ServiceCore {
   nlohmann::json GetAlbumList(std::int64_t account);
   nlohmann::json GetAddressBook(std::int64_t account);
   nlohmann::json ShareAlbum(std::int64_t account,
-                            const nlohmann::json& request);
+                            const nlohmann::json& request,
+                            const std::string& base,
+                            Lock& lock);
   nlohmann::json GetAlbumPhotos(std::int64_t account,
                                 const nlohmann::json& request);
   nlohmann::json PlaceOrder(std::int64_t account,
@@ -157,6 +173,7 @@ class ServiceCore {
                                        PageResult& refusal);
 
   ServiceOptions options_;
+  std::shared_ptr<MailDelivery> mail_;
   std::string new_demo_password_;
   std::mutex mutex_;
   std::unique_ptr<Db> db_;

@@ -180,6 +180,79 @@ PhotoAnswer ServiceCore::Photo(const std::string& image_id,
           {}};
 }
 
+namespace {
+
+// The share of a link's token: its album and access, when the token is one
+// the service gave out.
+struct SharedAlbum {
+  std::int64_t album;
+  std::string name;
+  bool full_access;
+};
+
+std::optional<SharedAlbum> FindShare(Db& db, const std::string& token) {
+  if (token.empty() || token.size() > 128) {
+    return std::nullopt;
+  }
+  auto find = db.Prepare(
+      "SELECT shares.album_id, albums.name, shares.access FROM share_links "
+      "JOIN shares ON share_links.share_id = shares.id JOIN albums ON "
+      "shares.album_id = albums.id WHERE share_links.token = ?");
+  find.Bind(1, token);
+  if (!find.Step()) {
+    return std::nullopt;
+  }
+  return SharedAlbum{find.Int(0), find.Text(1), find.Text(2) == "1"};
+}
+
+}  // namespace
+
+PageResult ServiceCore::SharedAlbumPage(const std::string& token) {
+  std::lock_guard lock(mutex_);
+  const auto share = FindShare(*db_, token);
+  if (!share) {
+    return NotFound("Album not found");
+  }
+  std::string body = "<ul class=\"photos\">\n";
+  auto rows =
+      db_->Prepare("SELECT id FROM photos WHERE album_id = ? ORDER BY id");
+  rows.Bind(1, share->album);
+  int count = 0;
+  while (rows.Step()) {
+    ++count;
+    const std::string src =
+        "/sharedalbum/" + token + "/photo/" + ImageId(rows.Int(0));
+    body += "<li><img src=\"" + EscapeHtml(src) + "\" width=\"200\" alt=\"\">";
+    if (share->full_access) {
+      body += "<br><a href=\"" + EscapeHtml(src) + "\" download>download</a>";
+    }
+    body += "</li>\n";
+  }
+  body += "</ul>\n<p>" + std::to_string(count) + " photo(s), " +
+          (share->full_access ? "full access" : "restricted access") + "</p>";
+  return {200, HtmlPage(share->name, body)};
+}
+
+PhotoAnswer ServiceCore::SharedPhoto(const std::string& token,
+                                     const std::string& image_id) {
+  std::lock_guard lock(mutex_);
+  const auto share = FindShare(*db_, token);
+  const auto image = ParseImageId(image_id);
+  if (!share || !image) {
+    return {std::nullopt, NotFound("Photo not found")};
+  }
+  auto find = db_->Prepare(
+      "SELECT stored_name, mime FROM photos WHERE id = ? AND album_id = ?");
+  find.Bind(1, *image).Bind(2, share->album);
+  if (!find.Step()) {
+    return {std::nullopt, NotFound("Photo not found")};
+  }
+  return {PhotoFile{options_.data_dir / "photos" /
+                        std::to_string(share->album) / find.Text(0),
+                    find.Text(1)},
+          {}};
+}
+
 std::string ServiceCore::UpgradeXml(const std::string& base) const {
   const std::string file = UpgradeFile();
   return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<upgrade>\n"
