@@ -4,6 +4,7 @@
 #include "online/frm_address_book.h"
 #include "online/frm_login.h"
 #include "online/frm_net_conn.h"
+#include "online/frm_registration.h"
 #include "online/frm_share_congrats.h"
 #include "online/frm_share_info.h"
 #include "online/frm_upload_album_infm.h"
@@ -25,6 +26,8 @@ void RegisterOnlineForms(Application& app) {
       [a] { return std::make_unique<frmUploadImgs>(*a); });
   app.forms().Register<frmUploadCongrats>(
       [a] { return std::make_unique<frmUploadCongrats>(*a); });
+  app.forms().Register<frmRegistration>(
+      [a] { return std::make_unique<frmRegistration>(*a); });
   app.forms().Register<frmShareInfo>(
       [a] { return std::make_unique<frmShareInfo>(*a); });
   app.forms().Register<frmAddressBook>(

@@ -129,7 +129,8 @@ TEST_F(ShareRoadTest, AShareLandsAsOneMailForEachAcceptedAddress) {
 
   // The link opens the album, its name escaped, without any session.
   std::smatch link;
-  const std::string body = DecodeQp(mails[0]);
+  const std::string body =
+      DecodeQp(mails[0].substr(mails[0].find("\r\n\r\n") + 4));
   ASSERT_TRUE(std::regex_search(body, link,
                                 std::regex("http://[^ \n]*/sharedalbum/"
                                            "[0-9a-f]+")));
