@@ -1,10 +1,9 @@
 // Sharing and sign-up in the desktop program under the offscreen platform,
-// against a real qbpd-service: the share form, the result page, the
-// address book that the share filled, and the three steps of sign-up, each
+// against a real qbpd-service: the share form, the result page and the
+// three steps of sign-up, each
 // on screen and saved as a screenshot (tests/ui/screenshots/share_*.png and
 // signup_*.png).
 #include "core/settings.h"
-#include "online/frm_address_book.h"
 #include "online/frm_login.h"
 #include "online/frm_registration.h"
 #include "online/frm_share_congrats.h"
@@ -122,33 +121,6 @@ TEST_F(ShareSignUpSmokeTest, ShareFormResultAndAddressBook) {
                       done = true;
                       user::Click(page.imgOK);
                     }});
-  Run(steps, main_->imgShare, done);
-
-  // The next share has the address book, which the first one filled.
-  done = false;
-  steps = std::make_shared<std::vector<ScreenStep>>();
-  steps->push_back({[this] { return Ready("frmShareInfo"); },
-                    [this] {
-                      auto& form = app_->forms().Get<frmShareInfo>();
-                      EXPECT_TRUE(form.imgAddressBook.Visible());
-                      user::Click(form.imgAddressBook);
-                    }});
-  steps->push_back({[this] { return Ready("frmAddressBook"); },
-                    [this] {
-                      auto& book = app_->forms().Get<frmAddressBook>();
-                      book.lstEmailList.SetSelected(1, true);
-                      Shot("frmAddressBook", "share_address_book");
-                      user::Click(book.imgContinue);
-                    }});
-  steps->push_back(
-      {[this] { return Ready("frmShareInfo") && !Ready("frmAddressBook"); },
-       [this, &done] {
-         auto& form = app_->forms().Get<frmShareInfo>();
-         EXPECT_EQ(form.txtTo.Text(), "cy@example.org");
-         Shot("frmShareInfo", "share_info_from_book");
-         done = true;
-         user::Click(form.imgCancel);
-       }});
   Run(steps, main_->imgShare, done);
 }
 
