@@ -106,6 +106,7 @@ frmMainWindow::frmMainWindow(Application& app)
   WireCommands();
   WirePresentationCommands();
   WireScreensaverCommands();
+  WirePreferencesCommands();
   On("mnuHHelp", "Click", &frmMainWindow::mnuHHelp_Click);
   SetHelpContextID(kHelpBrowsing);
   SetKeyPreview(true);

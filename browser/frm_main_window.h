@@ -236,6 +236,12 @@ class frmMainWindow : public Form {
   // information, the slide show and Full Screen, the wallpaper ------------
   void WirePresentationCommands();
   void WireScreensaverCommands();
+  // The Preferences entry (preferences_commands.cpp).
+  void WirePreferencesCommands();
+  // The preferences dialog's new values taken up: the default zoom mode
+  // ("F" or "O"), the recent folders cut to giNoOfRecentFolders (settings
+  // and menu), and the folder on show loaded again.
+  void TakeUpPreferences(const std::string& zoom_mode);
   // The end of a slide show: clicks the thumbnail of photo `index`, as a
   // person would, so that the photo shows on the main window.
   void ShowPhotoAfterSlideShow(int index) { ClickThumbnail(index); }

@@ -35,6 +35,12 @@ Application::Application(std::unique_ptr<Host> host,
   if (!services_.screensaver) {
     services_.screensaver = MakeDesktopScreensaver(nullptr, {}, "");
   }
+  if (!services_.default_viewer) {
+    services_.default_viewer = MakeNoDefaultViewer();
+  }
+  if (!services_.autostart) {
+    services_.autostart = MakeNoAutostart();
+  }
   // F1 on any form opens the help at that form's topic. A help that can't
   // be opened is, like any unplanned failure, not shown to the user.
   forms_.SetHelpHandler([this](Form& form, int context) {

@@ -4,6 +4,7 @@
 #include "core/session.h"
 #include "platform/camera_devices.h"
 #include "platform/clipboard.h"
+#include "platform/default_viewer.h"
 #include "platform/desktop_screensaver.h"
 #include "platform/file_transfer.h"
 #include "platform/forms/display_control.h"
@@ -14,6 +15,7 @@
 #include "platform/launcher.h"
 #include "platform/local_service.h"
 #include "platform/places.h"
+#include "platform/session_autostart.h"
 #include "platform/settings_store.h"
 #include "platform/single_instance.h"
 #include "platform/wallpaper.h"
@@ -75,6 +77,12 @@ struct PlatformServices {
   std::unique_ptr<CameraDevices> camera_devices;
   // Copies and moves card files, verified; none is the real one.
   std::unique_ptr<FileTransfer> file_transfer;
+  // The desktop's default viewer of JPEG photos; none knows no desktop, and
+  // every change fails.
+  std::unique_ptr<DefaultViewer> default_viewer;
+  // Whether the device monitor starts with the session; none knows no
+  // session, and every change fails.
+  std::unique_ptr<SessionAutostart> autostart;
 };
 
 // One run of the program: the host it talks to, the platform services, the
@@ -108,6 +116,8 @@ class Application {
   CameraDevices& camera_devices() { return *services_.camera_devices; }
   FileTransfer& file_transfer() { return *services_.file_transfer; }
   DesktopScreensaver& screensaver() { return *services_.screensaver; }
+  DefaultViewer& default_viewer() { return *services_.default_viewer; }
+  SessionAutostart& autostart() { return *services_.autostart; }
   // A new picture model for a photo view; null when the run has none.
   std::shared_ptr<DisplayControl> NewDisplayControl() const {
     return services_.make_display ? services_.make_display() : nullptr;

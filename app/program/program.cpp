@@ -12,9 +12,12 @@
 #include "core/settings.h"
 #include "editor/frm_rotate.h"
 #include "online/online_forms.h"
+#include "platform/default_viewer.h"
 #include "platform/display_model.h"
 #include "platform/local_service.h"
+#include "platform/session_autostart.h"
 #include "platform/wallpaper.h"
+#include "preferences/frm_preferences.h"
 #include "presentation/frm_photo_info.h"
 #include "presentation/frm_slide_show.h"
 #include "presentation/frm_wallpaper.h"
@@ -57,6 +60,8 @@ void RegisterProgram(Application& app) {
   app.forms().Register<frmCamProgress>(
       [a] { return std::make_unique<frmCamProgress>(*a); });
   RegisterScreensaverForms(app);
+  app.forms().Register<frmPreferences>(
+      [a] { return std::make_unique<frmPreferences>(*a); });
   app.SetEntryForm("frmSplash");
 }
 
@@ -97,6 +102,12 @@ PlatformServices MakePlatformServices(std::unique_ptr<SettingsStore> settings,
       MakeDesktopScreensaver(MakeSpawnRunner(), ProcessEnvironment(),
                              services.places.program + "/qbpd-saver");
   services.make_display = [] { return MakeVipsDisplayControl(); };
+  const std::string config_home = XdgConfigHome();
+  services.default_viewer =
+      MakeXdgDefaultViewer(config_home, "quillbay-picture-desk.desktop",
+                           services.places.config + "/jpeg-viewer-before");
+  services.autostart =
+      MakeXdgAutostart(config_home, services.places.program + "/qbpd-devmon");
   services.camera_devices = MakeLinuxCameraDevices(
       services.places.program + "/qbpd-imgacq", services.places.data);
   return services;

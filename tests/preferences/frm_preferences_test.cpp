@@ -1,0 +1,741 @@
+#include "preferences/frm_preferences.h"
+
+#include "core/settings.h"
+#include "platform/forms/user_input.h"
+#include "tests/browser/main_window_fixture.h"
+#include "tests/support/fake_default_viewer.h"
+#include "tests/support/fake_session_autostart.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+namespace qbpd {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::FakeDefaultViewer;
+using testing::FakeSessionAutostart;
+using testing_support::MainWindowTest;
+
+class PreferencesTest : public MainWindowTest {
+ protected:
+  PreferencesTest() {
+    viewer_ = owned_viewer_.get();
+    autostart_ = owned_autostart_.get();
+    adjust_services_ = [this](PlatformServices& services) {
+      services.default_viewer = std::move(owned_viewer_);
+      services.autostart = std::move(owned_autostart_);
+    };
+    base_ = (photos().parent_path() / "Camera").string();
+    Set(kDisplayKey, "SlideshowImageIntervalInSeconds", "5");
+    Set(kDisplayKey, "ExplorerCloseIntervalInSeconds", "30");
+    Set(kCameraTransferKey, "BaseFolder", base_);
+    Set(kCameraTransferKey, "FolderName", "1");
+    Set(kCameraTransferKey, "PhotoName", "0");
+    Set(kCameraTransferKey, "DetectUSBDevices", "True");
+  }
+
+  void Set(std::string_view key, std::string name, std::string value) {
+    extra_settings_.emplace_back(std::string(key), name, value);
+  }
+  std::string Setting(std::string_view key, std::string_view name) {
+    return app().settings().Read(key, name);
+  }
+  frmPreferences& prefs() { return app().forms().Get<frmPreferences>(); }
+
+  // Opens the dialog from the Edit menu; `steps` then run on it.
+  void Open() {
+    host().Queue("open", [this] { user::PickMenu(main().mnuEPref); });
+  }
+  void Do(std::function<void(frmPreferences&)> step) {
+    host().Queue("step", [this, step] { step(prefs()); });
+  }
+  // The next message box says `text`; OK answers it.
+  void Told(const std::string& text) {
+    host().QueueMsgBoxAnswer("told", [text](const MsgBoxCall& call) {
+      EXPECT_EQ(call.prompt, text);
+      EXPECT_EQ(call.style, kMbInformation);
+      return 1;
+    });
+  }
+  void Ok() {
+    Do([](frmPreferences& f) { user::Click(f.cmdOK); });
+  }
+  void Cancel() {
+    Do([](frmPreferences& f) { user::Click(f.cmdCancel); });
+  }
+  bool PrefsOpen() { return app().forms().Find("frmPreferences") != nullptr; }
+
+  std::unique_ptr<FakeDefaultViewer> owned_viewer_ =
+      std::make_unique<FakeDefaultViewer>("org.gnome.eog.desktop");
+  std::unique_ptr<FakeSessionAutostart> owned_autostart_ =
+      std::make_unique<FakeSessionAutostart>();
+  FakeDefaultViewer* viewer_ = nullptr;
+  FakeSessionAutostart* autostart_ = nullptr;
+  std::string base_;
+};
+
+TEST_F(PreferencesTest, LoadShowsEveryStoredValue) {
+  Set(kDisplayKey, "ZoomSettings", "fittowidth");
+  Set(kSettingsKey, "UserName", "  ann@example.com ");
+  // The stored password ends in its NUL, as one read back does.
+  Set(kSettingsKey, "EncryptedPassword", EncryptPassword("secret") + '\0');
+  Set(kSettingsKey, "AutoLogin", "TRUE");
+  Set(kSettingsKey, "LastOpenFolderInPreviousSession", "True");
+  Set(kExpressPrintsKey, "ExpressPrints", "4x6Doubles");
+  Set(kCameraTransferKey, "DeleteImagesStatus", "true");
+  Set(kCameraTransferKey, "DisplayDialogtoCopy", "FALSE");
+  Set(kCameraTransferKey, "DetectUSBDevices", "False");
+  Set("Classes\\.jpg", "", "QBPDJPG ");
+  Start();
+  Open();
+  Do([](frmPreferences& f) {
+    EXPECT_EQ(f.Caption(), "Preferences");
+    EXPECT_EQ(f.tbsPref.TabCount(), 4);
+    EXPECT_EQ(f.tbsPref.TabCaption(4), "Camera Transfer");
+    EXPECT_TRUE(f.fraDisplay.Visible());
+    EXPECT_FALSE(f.fraAccount.Visible());
+    EXPECT_TRUE(f.optFitToWidth.Value());
+    EXPECT_EQ(f.txtSlideShowImageInterval.Text(), "5");
+    EXPECT_EQ(f.sliderImageInterval.Value(), 5);
+    EXPECT_EQ(f.chkDefViewer.Value(), 1);
+    EXPECT_EQ(f.chkCloseExplorer.Value(), 1);
+    EXPECT_EQ(f.txtExpCloseTime.Text(), "30");
+    EXPECT_TRUE(f.txtExpCloseTime.Enabled());
+    EXPECT_EQ(f.txtRecentFolders.Text(), "5");
+    EXPECT_EQ(f.txtLogin.Text(), "ann@example.com");
+    EXPECT_EQ(f.txtPassword.Text(), "secret");
+    EXPECT_EQ(f.txtPassword.ShownText(), "******");
+    EXPECT_EQ(f.chkAutoLogin.Value(), 1);
+    EXPECT_EQ(f.chkLastOpenFolder.Value(), 1);
+    EXPECT_FALSE(f.txtStartUpFolder.Enabled());
+    EXPECT_FALSE(f.cmdBrowseFolder.Enabled());
+    EXPECT_TRUE(f.opt4x6Doubles.Value());
+    EXPECT_EQ(f.cboFolderName.ListIndex(), 1);
+    EXPECT_EQ(f.cboPhotoName.ListIndex(), 0);
+    EXPECT_EQ(f.chkDeleteImagesFromCamera.Value(), 1);
+    EXPECT_EQ(f.chkDisplayCameraCopyImages.Value(), 0);
+    EXPECT_EQ(f.ChkDetectUSB.Value(), 0);
+    EXPECT_FALSE(f.chkDisplayCameraCopyImages.Enabled());
+    EXPECT_EQ(f.lblExpCloseCont.Caption(),
+              "Automatically close the \"get photos\" folder display after    "
+              "           seconds");
+    EXPECT_EQ(f.chkDefViewer.Caption(),
+              "Make Quillbay Picture Desk my default viewer for jpeg photos "
+              "(.jpg, .jpe. .jpeg files).");
+  });
+  Cancel();
+  host().Run();
+  EXPECT_FALSE(PrefsOpen());
+}
+
+TEST_F(PreferencesTest, MissingValuesGiveTheDesignedState) {
+  Set(kDisplayKey, "ExplorerCloseIntervalInSeconds", "");
+  Set(kDisplayKey, "ZoomSettings", "");
+  Set(kCameraTransferKey, "DetectUSBDevices", "maybe");
+  Start();
+  Open();
+  Do([](frmPreferences& f) {
+    EXPECT_TRUE(f.optOriginalSize.Value());
+    EXPECT_EQ(f.chkCloseExplorer.Value(), 0);
+    EXPECT_EQ(f.txtExpCloseTime.Text(), "");
+    EXPECT_FALSE(f.txtExpCloseTime.Enabled());
+    EXPECT_EQ(f.chkDefViewer.Value(), 0);
+    // Neither "True" nor "False": the box stays as designed.
+    EXPECT_EQ(f.ChkDetectUSB.Value(), 1);
+    EXPECT_FALSE(f.opt4x6Singles.Value() || f.opt4x6Doubles.Value() ||
+                 f.opt5x7Singles.Value());
+  });
+  Cancel();
+  host().Run();
+}
+
+TEST_F(PreferencesTest, SliderAndTextMirrorEachOther) {
+  Start();
+  Open();
+  Do([](frmPreferences& f) {
+    user::ScrollTo(f.sliderImageInterval, 17);
+    EXPECT_EQ(f.txtSlideShowImageInterval.Text(), "17");
+    f.txtSlideShowImageInterval.SetText("9");
+    EXPECT_EQ(f.sliderImageInterval.Value(), 9);
+    // A text that isn't a number in range leaves the slider.
+    f.txtSlideShowImageInterval.SetText("");
+    EXPECT_EQ(f.sliderImageInterval.Value(), 9);
+  });
+  Cancel();
+  host().Run();
+}
+
+TEST_F(PreferencesTest, NumberFieldsDropEveryOtherKey) {
+  Start();
+  Open();
+  Do([](frmPreferences& f) {
+    user::TypeKeys(f.txtSlideShowImageInterval, "{BACKSPACE}a-+.1x");
+    EXPECT_EQ(f.txtSlideShowImageInterval.Text(), "1");
+    user::TypeKeys(f.txtSlideShowImageInterval, "{BACKSPACE}2");
+    EXPECT_EQ(f.txtSlideShowImageInterval.Text(), "2");
+    // Backspace is dropped in the two other fields; a blank passes.
+    user::TypeKeys(f.txtExpCloseTime, "{BACKSPACE}q");
+    EXPECT_EQ(f.txtExpCloseTime.Text(), "30");
+    f.txtRecentFolders.SetText("");
+    user::TypeKeys(f.txtRecentFolders, "4 ");
+    EXPECT_EQ(f.txtRecentFolders.Text(), "4 ");
+  });
+  Cancel();
+  host().Run();
+}
+
+TEST_F(PreferencesTest, CloseExplorerBoxGivesTenAndEmptiesTheField) {
+  Set(kDisplayKey, "ExplorerCloseIntervalInSeconds", "");
+  Start();
+  Open();
+  Do([](frmPreferences& f) {
+    user::Click(f.chkCloseExplorer);
+    EXPECT_EQ(f.txtExpCloseTime.Text(), "10");
+    EXPECT_TRUE(f.txtExpCloseTime.Enabled());
+    EXPECT_EQ(f.txtExpCloseTime.BackColor(), 0xFFFFFF);
+    user::Click(f.chkCloseExplorer);
+    EXPECT_EQ(f.txtExpCloseTime.Text(), "");
+    EXPECT_FALSE(f.txtExpCloseTime.Enabled());
+    EXPECT_NE(f.txtExpCloseTime.BackColor(), 0xFFFFFF);
+  });
+  Cancel();
+  host().Run();
+}
+
+TEST_F(PreferencesTest, SmallEventsSetTheirFields) {
+  Start();
+  Open();
+  Do([](frmPreferences& f) {
+    user::SelectTab(f.tbsPref, frmPreferences::kFoldersTab);
+    user::Click(f.chkLastOpenFolder);
+    EXPECT_FALSE(f.txtStartUpFolder.Enabled());
+    user::Click(f.chkLastOpenFolder);
+    EXPECT_TRUE(f.cmdBrowseFolder.Enabled());
+    user::SelectTab(f.tbsPref, frmPreferences::kCameraTab);
+    user::Click(f.ChkDetectUSB);
+    EXPECT_FALSE(f.chkDisplayCameraCopyImages.Enabled());
+    user::Click(f.ChkDetectUSB);
+    EXPECT_TRUE(f.chkDisplayCameraCopyImages.Enabled());
+    user::SelectTab(f.tbsPref, frmPreferences::kAccountTab);
+    EXPECT_TRUE(f.fraAccount.Visible());
+    EXPECT_FALSE(f.fraCamera.Visible());
+    EXPECT_FALSE(f.fraCamera.Enabled());
+    // Both account fields filled tick the box; both emptied clear it.
+    user::TypeKeys(f.txtLogin, "  bob@example.com");
+    user::TypeKeys(f.txtPassword, "pw ");
+    user::Click(f.txtLogin);
+    EXPECT_EQ(f.txtPassword.Text(), "pw");
+    EXPECT_EQ(f.chkAutoLogin.Value(), 1);
+    f.txtLogin.SetText("");
+    f.txtPassword.SetText("");
+    user::Click(f.txtPassword);
+    user::Click(f.txtLogin);
+    EXPECT_EQ(f.chkAutoLogin.Value(), 0);
+  });
+  host().QueueDialogAnswer("folder", [](const std::string& title) {
+    EXPECT_EQ(title, "Desktop:");
+    return std::optional<std::string>("/srv/photos");
+  });
+  Do([](frmPreferences& f) {
+    user::SelectTab(f.tbsPref, frmPreferences::kCameraTab);
+    user::Click(f.cmdBrowseForBaseFolder);
+  });
+  Do([](frmPreferences& f) {
+    EXPECT_EQ(f.txtBaseFolder.Text(), "/srv/photos");
+  });
+  Cancel();
+  host().Run();
+}
+
+// --- leaving the slide interval, and the "Display" tab -------------------
+
+TEST_F(PreferencesTest, LeavingTheIntervalOutOfRangeSetsTheEdge) {
+  Start();
+  Open();
+  Do([](frmPreferences& f) {
+    f.txtSlideShowImageInterval.SetText("21");
+    f.txtSlideShowImageInterval.SetFocus();
+  });
+  Do([](frmPreferences& f) { user::Click(f.optOriginalSize); });
+  Told("Slide show photo interval should be between 2 and 20");
+  Do([](frmPreferences& f) {
+    EXPECT_EQ(f.txtSlideShowImageInterval.Text(), "20");
+    f.txtSlideShowImageInterval.SetText("1");
+    f.txtSlideShowImageInterval.SetFocus();
+  });
+  Do([](frmPreferences& f) { user::Click(f.optFitToWidth); });
+  Told("Slide show photo interval should be between 2 and 20");
+  Do([](frmPreferences& f) {
+    EXPECT_EQ(f.txtSlideShowImageInterval.Text(), "2");
+    EXPECT_EQ(f.tbsPref.SelectedTab(), frmPreferences::kDisplayTab);
+    // Leaving for Cancel judges nothing.
+    f.txtSlideShowImageInterval.SetText("40");
+    f.txtSlideShowImageInterval.SetFocus();
+  });
+  Cancel();
+  host().Run();
+  EXPECT_FALSE(PrefsOpen());
+  EXPECT_EQ(Setting(kDisplayKey, "SlideshowImageIntervalInSeconds"), "5");
+}
+
+TEST_F(PreferencesTest, LeavingTheDisplayTabChecksTheInterval) {
+  struct Case {
+    const char* text;
+    const char* message;
+  };
+  for (const Case& c :
+       {Case{"x", "Enter valid slide show photo interval. "},
+        Case{"", "Enter valid slide show photo interval. "},
+        Case{"1", "Slide show photo interval between 2 and 20"},
+        Case{"21", "Slide show photo interval between 2 and 20"},
+        Case{"-4", "Slide show photo interval between 2 and 20"}}) {
+    SCOPED_TRACE(c.text);
+    Start();
+    Open();
+    Do([&c](frmPreferences& f) {
+      f.txtSlideShowImageInterval.SetText(c.text);
+      user::SelectTab(f.tbsPref, frmPreferences::kAccountTab);
+    });
+    Told(c.message);
+    Do([&c](frmPreferences& f) {
+      EXPECT_EQ(f.tbsPref.SelectedTab(), frmPreferences::kDisplayTab);
+      EXPECT_TRUE(f.fraDisplay.Visible());
+      EXPECT_FALSE(f.fraAccount.Visible());
+      EXPECT_EQ(f.ActiveControl(), &f.txtSlideShowImageInterval);
+      EXPECT_EQ(f.txtSlideShowImageInterval.Text(), c.text);
+    });
+    Cancel();
+    host().Run();
+  }
+}
+
+// --- OK: the checks in their order ----------------------------------------
+
+struct OkCase {
+  const char* name;
+  std::function<void(frmPreferences&)> set;
+  const char* message;
+  int tab;
+  const char* field;
+};
+
+TEST_F(PreferencesTest, OkStopsAtTheFirstFailureOnItsTab) {
+  const std::string missing = "/nonexistent/qbpd-start";
+  const std::string file = (photos().parent_path() / "a-file").string();
+  const std::string blocked = "/proc/qbpd-no-such/Camera";
+  auto text = [](TextBox frmPreferences::*box, std::string value) {
+    return [box, value](frmPreferences& f) { (f.*box).SetText(value); };
+  };
+  using F = frmPreferences;
+  const std::vector<OkCase> cases = {
+      {"slide letters", text(&F::txtSlideShowImageInterval, "1a"),
+       "Enter numerics for slide show photo Interval", F::kDisplayTab,
+       "txtSlideShowImageInterval"},
+      {"slide blank inside", text(&F::txtSlideShowImageInterval, "1 2"),
+       "Enter numerics for slide show photo Interval", F::kDisplayTab,
+       "txtSlideShowImageInterval"},
+      {"slide negative", text(&F::txtSlideShowImageInterval, "-5"),
+       "photo interval for slide show should not be -ve values", F::kDisplayTab,
+       "txtSlideShowImageInterval"},
+      {"slide 21", text(&F::txtSlideShowImageInterval, "21"),
+       "Slide show photo interval between 2 and 20", F::kDisplayTab,
+       "txtSlideShowImageInterval"},
+      {"explorer empty", text(&F::txtExpCloseTime, ""),
+       "Enter time interval for automatic explorer close which should in "
+       "between 10 and 60",
+       F::kDisplayTab, "txtExpCloseTime"},
+      {"explorer 9", text(&F::txtExpCloseTime, "9"),
+       "Enter time interval for automatic explorer close which should in "
+       "between 10 and 60",
+       F::kDisplayTab, "txtExpCloseTime"},
+      {"explorer 61", text(&F::txtExpCloseTime, "61"),
+       "Enter time interval for automatic explorer close which should in "
+       "between 10 and 60",
+       F::kDisplayTab, "txtExpCloseTime"},
+      {"explorer 0", text(&F::txtExpCloseTime, "0"),
+       "Enter time interval for automatic explorer close which should in "
+       "between 10 and 60",
+       F::kDisplayTab, "txtExpCloseTime"},
+      {"explorer pasted", text(&F::txtExpCloseTime, "ten"),
+       "Enter time interval for automatic explorer close which should in "
+       "between 10 and 60",
+       F::kDisplayTab, "txtExpCloseTime"},
+      {"recent empty", text(&F::txtRecentFolders, ""),
+       "Enter numerics for number of Recent folders", F::kFoldersTab,
+       "txtRecentFolders"},
+      {"recent sign", text(&F::txtRecentFolders, "+"),
+       "Enter numerics for number of Recent folders", F::kFoldersTab,
+       "txtRecentFolders"},
+      {"recent 0", text(&F::txtRecentFolders, "0"),
+       "Number of Recent folders should be greater than 0", F::kFoldersTab,
+       "txtRecentFolders"},
+      {"recent -3", text(&F::txtRecentFolders, "-3"),
+       "Number of Recent folders should be greater than 0", F::kFoldersTab,
+       "txtRecentFolders"},
+      {"recent 11", text(&F::txtRecentFolders, "11"),
+       "Number of Recent folders should not be greater than 10", F::kFoldersTab,
+       "txtRecentFolders"},
+      {"start empty", text(&F::txtStartUpFolder, "   "), "Enter startup folder",
+       F::kFoldersTab, "txtStartUpFolder"},
+      {"start missing", text(&F::txtStartUpFolder, missing),
+       "Enter existing folder for startup folder", F::kFoldersTab,
+       "txtStartUpFolder"},
+      {"start a file", text(&F::txtStartUpFolder, file),
+       "Enter existing folder for startup folder", F::kFoldersTab,
+       "txtStartUpFolder"},
+      {"start NUL", text(&F::txtStartUpFolder, photos().string() + '\0' + "x"),
+       "Enter valid folder name for startup folder", F::kFoldersTab,
+       "txtStartUpFolder"},
+      {"login bad", text(&F::txtLogin, "ann at example"),
+       "Enter valid Login name", F::kAccountTab, "txtLogin"},
+      {"auto login empty",
+       [](F& f) {
+         f.chkAutoLogin.SetValue(1);
+         f.txtLogin.SetText("");
+       },
+       "Enter Login name", F::kAccountTab, "txtLogin"},
+      {"auto login bad",
+       [](F& f) {
+         f.chkAutoLogin.SetValue(1);
+         f.txtLogin.SetText("ann");
+       },
+       "Enter valid Login name", F::kAccountTab, "txtLogin"},
+      {"auto login no password",
+       [](F& f) {
+         f.chkAutoLogin.SetValue(1);
+         f.txtLogin.SetText("ann@example.com");
+         f.txtPassword.SetText("  ");
+       },
+       "Enter Password", F::kAccountTab, "txtPassword"},
+      {"base empty", text(&F::txtBaseFolder, ""), "Enter Base folder",
+       F::kCameraTab, "txtBaseFolder"},
+      {"base NUL", text(&F::txtBaseFolder, base_ + '\0'),
+       "Enter valid folder name for Base Folder", F::kCameraTab,
+       "txtBaseFolder"},
+      {"base can't be made", text(&F::txtBaseFolder, blocked),
+       "Could not create the default folder for camera.", F::kCameraTab,
+       "txtBaseFolder"},
+      {"base a file", text(&F::txtBaseFolder, file),
+       "Could not create the default folder for camera.", F::kCameraTab,
+       "txtBaseFolder"},
+  };
+  for (const OkCase& c : cases) {
+    SCOPED_TRACE(c.name);
+    Start();
+    std::ofstream(file) << "not a folder";
+    Open();
+    // The check fails from another tab than its own.
+    Do([&c](frmPreferences& f) {
+      user::SelectTab(f.tbsPref, c.tab == frmPreferences::kCameraTab
+                                     ? frmPreferences::kFoldersTab
+                                     : frmPreferences::kCameraTab);
+      c.set(f);
+    });
+    Ok();
+    Told(c.message);
+    Do([&c](frmPreferences& f) {
+      EXPECT_EQ(f.tbsPref.SelectedTab(), c.tab);
+      EXPECT_EQ(f.ActiveControl()->Name(), c.field);
+    });
+    Cancel();
+    host().Run();
+    EXPECT_FALSE(PrefsOpen());
+    EXPECT_EQ(Setting(kDisplayKey, "ZoomSettings"), "FitToWidth");
+    EXPECT_EQ(Setting(kCameraTransferKey, "FolderName"), "1");
+  }
+}
+
+TEST_F(PreferencesTest, ABadBaseFolderLeavesTheViewerAndExplorerWritten) {
+  Start();
+  Open();
+  Do([](frmPreferences& f) {
+    user::Click(f.chkDefViewer);
+    f.txtExpCloseTime.SetText("45");
+    f.txtBaseFolder.SetText("");
+  });
+  Ok();
+  Told("Enter Base folder");
+  Cancel();
+  host().Run();
+  EXPECT_EQ(Setting(kDisplayKey, "ExplorerCloseIntervalInSeconds"), "45");
+  EXPECT_EQ(main().tmrExplorer.Interval(), 45000);
+  EXPECT_EQ(Setting("Classes\\.jpeg", ""), "QBPDJPG");
+  EXPECT_EQ(viewer_->Handler(), FakeDefaultViewer::kProgram);
+  // Nothing after the failing check was written.
+  EXPECT_EQ(Setting(kDisplayKey, "ZoomSettings"), "FitToWidth");
+  EXPECT_EQ(Setting(kSettingsKey, "AutoLogin"), "");
+}
+
+TEST_F(PreferencesTest, OkWritesEveryValue) {
+  Set(kSettingsKey, "AutoLogin", "True");
+  Start();
+  session().gsAuthCode = "SESSION";
+  const std::string camera = base_ + "/New/Deeper";
+  Open();
+  Do([&camera](frmPreferences& f) {
+    user::Click(f.optOriginalSize);
+    user::ScrollTo(f.sliderImageInterval, 12);
+    user::Click(f.chkCloseExplorer);
+    user::SelectTab(f.tbsPref, frmPreferences::kAccountTab);
+    f.txtLogin.SetText(" ann@example.com ");
+    f.txtPassword.SetText("pass word");
+    user::Click(f.chkAutoLogin);
+    user::SelectTab(f.tbsPref, frmPreferences::kFoldersTab);
+    user::Click(f.opt5x7Singles);
+    user::SelectTab(f.tbsPref, frmPreferences::kCameraTab);
+    f.txtBaseFolder.SetText(camera + " ");
+    user::ChooseItem(f.cboFolderName, "Always ask me for a name");
+    user::ChooseItem(f.cboPhotoName, 1);
+    user::Click(f.chkDeleteImagesFromCamera);
+    user::Click(f.chkDisplayCameraCopyImages);
+  });
+  Ok();
+  host().Run();
+  EXPECT_FALSE(PrefsOpen());
+  EXPECT_EQ(Messages(), std::vector<std::string>{});
+  EXPECT_EQ(Setting(kDisplayKey, "ZoomSettings"), "OriginalSize");
+  EXPECT_EQ(Setting(kDisplayKey, "SlideshowImageIntervalInSeconds"), "12");
+  EXPECT_EQ(Setting(kDisplayKey, "ExplorerCloseIntervalInSeconds"), "");
+  EXPECT_FALSE(session().gbExplorerTimerOn);
+  EXPECT_FALSE(main().tmrExplorer.Enabled());
+  EXPECT_EQ(Setting(kSettingsKey, "UserName"), "ann@example.com");
+  EXPECT_EQ(Setting(kSettingsKey, "EncryptedPassword"),
+            EncryptPassword("pass word"));
+  EXPECT_EQ(Setting(kSettingsKey, "AutoLogin"), "False");
+  EXPECT_EQ(session().gsAuthCode, "");
+  EXPECT_EQ(Setting(kSettingsKey, "LastOpenFolderInPreviousSession"), "False");
+  EXPECT_EQ(Setting(kSettingsKey, "DefaultFolder"), photos().string());
+  EXPECT_EQ(Setting(kExpressPrintsKey, "ExpressPrints"), "5x7Singles");
+  EXPECT_EQ(Setting(kCameraTransferKey, "BaseFolder"), camera);
+  EXPECT_TRUE(fs::is_directory(camera));
+  EXPECT_EQ(Setting(kCameraTransferKey, "FolderName"), "2");
+  EXPECT_EQ(Setting(kCameraTransferKey, "PhotoName"), "1");
+  EXPECT_EQ(Setting(kCameraTransferKey, "DeleteImagesStatus"), "True");
+  EXPECT_EQ(Setting(kCameraTransferKey, "DisplayDialogtoCopy"), "False");
+  EXPECT_EQ(Setting(kCameraTransferKey, "DetectUSBDevices"), "True");
+  EXPECT_EQ(Setting("Classes\\.jpg", ""), "jpegfile");
+  // The main window takes the new zoom mode at once.
+  EXPECT_EQ(main().DefaultZoomMode(), "O");
+}
+
+TEST_F(PreferencesTest, AutoLoginOffWithBothEmptyWritesThemEmpty) {
+  Set(kSettingsKey, "UserName", "ann@example.com");
+  Set(kSettingsKey, "EncryptedPassword", EncryptPassword("pw") + '\0');
+  Start();
+  Open();
+  Do([](frmPreferences& f) {
+    f.txtLogin.SetText("");
+    f.txtPassword.SetText("");
+    f.chkAutoLogin.SetValue(0);
+  });
+  Ok();
+  host().Run();
+  EXPECT_EQ(Messages(), std::vector<std::string>{});
+  EXPECT_EQ(Setting(kSettingsKey, "UserName"), "");
+  EXPECT_EQ(Setting(kSettingsKey, "EncryptedPassword"), "");
+}
+
+TEST_F(PreferencesTest, ALastOpenFolderNeedsNoStartFolder) {
+  Set(kSettingsKey, "DefaultFolder", "/nonexistent/qbpd-gone");
+  Start();
+  Open();
+  Do([](frmPreferences& f) {
+    f.chkLastOpenFolder.SetValue(1);
+    f.txtStartUpFolder.SetText("/nonexistent/qbpd-gone");
+  });
+  Ok();
+  host().Run();
+  EXPECT_EQ(Messages(), std::vector<std::string>{});
+  EXPECT_EQ(Setting(kSettingsKey, "LastOpenFolderInPreviousSession"), "True");
+}
+
+TEST_F(PreferencesTest, ExplorerEdgesPassAndTheTimerTakesThem) {
+  for (const char* value : {"10", "60", " 25 "}) {
+    SCOPED_TRACE(value);
+    Start();
+    Open();
+    Do([value](frmPreferences& f) { f.txtExpCloseTime.SetText(value); });
+    Ok();
+    host().Run();
+    EXPECT_EQ(Messages(), std::vector<std::string>{});
+    const int seconds = std::stoi(value);
+    EXPECT_EQ(Setting(kDisplayKey, "ExplorerCloseIntervalInSeconds"),
+              std::to_string(seconds));
+    EXPECT_EQ(main().tmrExplorer.Interval(), seconds * 1000);
+    EXPECT_TRUE(session().gbExplorerTimerOn);
+  }
+}
+
+TEST_F(PreferencesTest, FewerRecentFoldersEmptyThePlacesAbove) {
+  Set(kDisplayKey, "NoOfRecentFolders", "6");
+  for (int n = 1; n <= 6; ++n) {
+    Set(kDisplayKey, "RecentFolder" + std::to_string(n),
+        "/nonexistent/" + std::to_string(n));
+  }
+  Start();
+  Open();
+  Do([](frmPreferences& f) { f.txtRecentFolders.SetText("2"); });
+  Ok();
+  host().Run();
+  EXPECT_EQ(Setting(kDisplayKey, "NoOfRecentFolders"), "2");
+  EXPECT_EQ(session().giNoOfRecentFolders, 2);
+  for (int n = 3; n <= 6; ++n) {
+    EXPECT_EQ(Setting(kDisplayKey, "RecentFolder" + std::to_string(n)), "");
+  }
+  EXPECT_LE(main().RecentFolders().Count(), 2);
+}
+
+TEST_F(PreferencesTest, MoreRecentFoldersEmptyTheNewPlaces) {
+  Set(kDisplayKey, "NoOfRecentFolders", "2");
+  Set(kDisplayKey, "RecentFolder4", "/stale/four");
+  Start();
+  Open();
+  Do([](frmPreferences& f) { f.txtRecentFolders.SetText("10"); });
+  Ok();
+  host().Run();
+  EXPECT_EQ(Setting(kDisplayKey, "NoOfRecentFolders"), "10");
+  EXPECT_EQ(Setting(kDisplayKey, "RecentFolder4"), "");
+  // The folder on show stays first in the list and the menu.
+  ASSERT_GE(main().RecentFolders().Count(), 1);
+  EXPECT_EQ(main().RecentFolders().Item(1), photos().string());
+}
+
+TEST_F(PreferencesTest, CancelAndEscapeWriteNothing) {
+  for (bool escape : {false, true}) {
+    Start();
+    Open();
+    Do([escape](frmPreferences& f) {
+      user::Click(f.optOriginalSize);
+      user::Click(f.chkDefViewer);
+      f.txtExpCloseTime.SetText("50");
+      f.txtRecentFolders.SetText("9");
+      if (escape) {
+        user::TypeKeys(f.txtRecentFolders, "{ESC}");
+      } else {
+        user::Click(f.cmdCancel);
+      }
+    });
+    host().Run();
+    EXPECT_FALSE(PrefsOpen());
+    EXPECT_EQ(Setting(kDisplayKey, "ZoomSettings"), "FitToWidth");
+    EXPECT_EQ(Setting(kDisplayKey, "ExplorerCloseIntervalInSeconds"), "30");
+    EXPECT_EQ(Setting(kDisplayKey, "NoOfRecentFolders"), "5");
+    EXPECT_EQ(Setting("Classes\\.jpg", ""), "");
+    EXPECT_TRUE(viewer_->Calls().empty());
+    EXPECT_EQ(main().DefaultZoomMode(), "F");
+  }
+}
+
+TEST_F(PreferencesTest, EnterActsAsOk) {
+  Start();
+  Open();
+  Do([](frmPreferences& f) {
+    user::SelectTab(f.tbsPref, frmPreferences::kFoldersTab);
+    f.txtRecentFolders.SetText("");
+    user::TypeKeys(f.txtRecentFolders, "7{ENTER}");
+  });
+  host().Run();
+  EXPECT_FALSE(PrefsOpen());
+  EXPECT_EQ(Setting(kDisplayKey, "NoOfRecentFolders"), "7");
+}
+
+// --- the desktop: default viewer and the monitor's autostart -------------
+
+TEST_F(PreferencesTest, TheDefaultViewerFollowsTheBoxBothWays) {
+  Start();
+  Open();
+  Do([](frmPreferences& f) { user::Click(f.chkDefViewer); });
+  Ok();
+  host().Run();
+  EXPECT_EQ(viewer_->Handler(), FakeDefaultViewer::kProgram);
+  for (const char* key : {"Classes\\.jpg", "Classes\\.jpe", "Classes\\.jpeg"}) {
+    EXPECT_EQ(Setting(key, ""), "QBPDJPG");
+  }
+  Open();
+  Do([](frmPreferences& f) {
+    EXPECT_EQ(f.chkDefViewer.Value(), 1);
+    user::Click(f.chkDefViewer);
+  });
+  Ok();
+  host().Run();
+  EXPECT_EQ(viewer_->Handler(), "org.gnome.eog.desktop");
+  EXPECT_EQ(Setting("Classes\\.jpe", ""), "jpegfile");
+}
+
+TEST_F(PreferencesTest, AFailingDesktopIsRecordedAndTheRestWritten) {
+  viewer_->Fail();
+  autostart_->Fail();
+  Start();
+  Open();
+  Do([](frmPreferences& f) {
+    user::Click(f.chkDefViewer);
+    user::SelectTab(f.tbsPref, frmPreferences::kCameraTab);
+    user::Click(f.ChkDetectUSB);
+  });
+  Ok();
+  host().Run();
+  EXPECT_FALSE(PrefsOpen());
+  EXPECT_EQ(Messages(), std::vector<std::string>{});
+  ASSERT_EQ(host().FailedHandlers().size(), 2u);
+  EXPECT_NE(host().FailedHandlers()[0].find("mimeapps.list"),
+            std::string::npos);
+  EXPECT_NE(host().FailedHandlers()[1].find("autostart"), std::string::npos);
+  EXPECT_EQ(Setting(kCameraTransferKey, "DetectUSBDevices"), "False");
+  EXPECT_EQ(Setting(kDisplayKey, "ZoomSettings"), "FitToWidth");
+}
+
+TEST_F(PreferencesTest, DetectUsbTurnsTheMonitorsAutostart) {
+  Start();
+  Open();
+  Do([](frmPreferences& f) {
+    user::SelectTab(f.tbsPref, frmPreferences::kCameraTab);
+    user::Click(f.ChkDetectUSB);
+  });
+  Ok();
+  host().Run();
+  EXPECT_EQ(autostart_->Calls(), std::vector<bool>{false});
+  EXPECT_FALSE(autostart_->DeviceMonitorStarts());
+  Open();
+  Ok();
+  host().Run();
+  // Unchanged: the entry isn't written again.
+  EXPECT_EQ(autostart_->Calls(), std::vector<bool>{false});
+  Open();
+  Do([](frmPreferences& f) {
+    user::SelectTab(f.tbsPref, frmPreferences::kCameraTab);
+    user::Click(f.ChkDetectUSB);
+  });
+  Ok();
+  host().Run();
+  EXPECT_EQ(autostart_->Calls(), (std::vector<bool>{false, true}));
+  EXPECT_EQ(Setting(kCameraTransferKey, "DetectUSBDevices"), "True");
+}
+
+TEST_F(PreferencesTest, AnExistingBaseFolderThatCantBeWrittenIsRefused) {
+  // Root may write anywhere but where the kernel forbids it: a process
+  // folder of /proc is not writable even for root.
+  const std::string folder = "/proc/1";
+  if (!fs::is_directory(folder) || ::access(folder.c_str(), W_OK) == 0) {
+    GTEST_SKIP() << folder
+                 << " is writable here, so no unwritable folder "
+                    "can be made for this test";
+  }
+  Start();
+  Open();
+  Do([&folder](frmPreferences& f) { f.txtBaseFolder.SetText(folder); });
+  Ok();
+  Told("Could not create the default folder for camera.");
+  Cancel();
+  host().Run();
+  EXPECT_EQ(Setting(kCameraTransferKey, "BaseFolder"), base_);
+}
+
+}  // namespace
+}  // namespace qbpd
