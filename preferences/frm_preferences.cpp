@@ -46,6 +46,7 @@ void FollowBoolean(CheckBox& box, const std::string& value) {
 
 frmPreferences::frmPreferences(Application& app)
     : Form(app.host(), std::string(kName)), app_(app) {
+  SetKeyPreview(true);
   LayOut();
   ChkDetectUSB.SetValue(1);
   chkDisplayCameraCopyImages.SetValue(1);
@@ -129,10 +130,15 @@ void frmPreferences::LoadAccount() {
   const std::string settings = app_.session().gsPrefKey + "Settings";
   txtLogin.SetText(
       TrimSpaces(DropTrailingNul(store.Read(settings, "UserName"))));
-  // The unscrambling drops the last character, which is the NUL a value
-  // read back may end in; a value without one loses its last character.
-  std::string password =
-      TrimSpaces(DecryptPassword(store.Read(settings, "EncryptedPassword")));
+  // The unscrambling drops the last character, taking it for the NUL that
+  // ends a value read back on the system it was made for. This store gives
+  // values without it, so one is put back first: otherwise every OK would
+  // store the password one character shorter.
+  std::string scrambled = store.Read(settings, "EncryptedPassword");
+  if (!scrambled.empty() && scrambled.back() != '\0') {
+    scrambled.push_back('\0');
+  }
+  std::string password = TrimSpaces(DecryptPassword(scrambled));
   if (!password.empty() && (password.back() == '\0' || password.back() == 27)) {
     password.pop_back();
     password = TrimSpaces(password);
@@ -176,6 +182,13 @@ void frmPreferences::LoadCamera() {
   FollowBoolean(chkDisplayCameraCopyImages, read("DisplayDialogtoCopy"));
   FollowBoolean(ChkDetectUSB, read("DetectUSBDevices"));
   ChkDetectUSB_Click();
+}
+
+void frmPreferences::Form_KeyPress(int& KeyAscii) {
+  if (KeyAscii == kKeyEscape) {
+    KeyAscii = 0;
+    cmdCancel_Click();
+  }
 }
 
 void frmPreferences::ShowTab(int tab) {

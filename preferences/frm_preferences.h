@@ -79,6 +79,9 @@ class frmPreferences : public Form {
 
  protected:
   void Form_Load() override;
+  // Escape acts as Cancel from every field, the number fields' key filter
+  // included.
+  void Form_KeyPress(int& KeyAscii) override;
 
  private:
   // The controls' places and captions (frm_preferences_layout.cpp).

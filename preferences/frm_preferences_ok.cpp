@@ -9,6 +9,7 @@
 #include "preferences/frm_preferences.h"
 #include "preferences/pref_numbers.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 #include <unistd.h>
@@ -118,11 +119,13 @@ void frmPreferences::WriteDefaultViewer() {
 bool frmPreferences::CheckAndWriteExplorerClose() {
   Session& s = app_.session();
   const std::string display = s.gsPrefKey + "Display";
-  frmMainWindow& main = app_.forms().Get<frmMainWindow>();
+  frmMainWindow* window = app_.forms().Find<frmMainWindow>();
   if (chkCloseExplorer.Value() != 1) {
     (void)app_.settings().Write(display, "ExplorerCloseIntervalInSeconds", "");
-    main.tmrExplorer.SetInterval(0);
-    main.tmrExplorer.SetEnabled(false);
+    if (window != nullptr) {
+      window->tmrExplorer.SetInterval(0);
+      window->tmrExplorer.SetEnabled(false);
+    }
     s.gbExplorerTimerOn = false;
     return true;
   }
@@ -132,7 +135,9 @@ bool frmPreferences::CheckAndWriteExplorerClose() {
   }
   (void)app_.settings().Write(display, "ExplorerCloseIntervalInSeconds",
                               std::to_string(*n));
-  main.tmrExplorer.SetInterval(static_cast<int>(*n) * 1000);
+  if (window != nullptr) {
+    window->tmrExplorer.SetInterval(static_cast<int>(*n) * 1000);
+  }
   s.gbExplorerTimerOn = true;
   return true;
 }
@@ -300,12 +305,15 @@ void frmPreferences::WriteSettings() {
 }
 
 void frmPreferences::TellMainWindow() {
-  frmMainWindow& main = app_.forms().Get<frmMainWindow>();
-  main.TakeUpPreferences(optFitToWidth.Value() ? "F" : "O");
+  frmMainWindow* window = app_.forms().Find<frmMainWindow>();
+  if (window == nullptr) {
+    return;
+  }
+  window->TakeUpPreferences(optFitToWidth.Value() ? "F" : "O");
   if (!txtExpCloseTime.Text().empty()) {
     const std::optional<long long> n = FieldNumber(txtExpCloseTime.Text());
     if (n) {
-      main.tmrExplorer.SetInterval(static_cast<int>(*n) * 1000);
+      window->tmrExplorer.SetInterval(static_cast<int>(*n) * 1000);
     }
   }
 }

@@ -39,7 +39,7 @@ expect frmPreferences.lblAccountHead.Caption = "Please enter your Quillbay accou
 expect frmPreferences.chkAutoLogin.Caption = "Remember my log info. every time I connect."
 expect frmPreferences.txtLogin.Text = "ann@example.com"
 expect frmPreferences.txtPassword.Text = "secret"
-expect frmPreferences.txtPassword.ShownText = "******"
+expect frmPreferences.txtPassword.PasswordChar = "*"
 expect frmPreferences.chkAutoLogin.Value = 1
 
 tab frmPreferences.tbsPref 3
@@ -68,8 +68,11 @@ expect message "Enter numerics for number of Recent folders" style 64
 expect frmPreferences.tbsPref.SelectedTab = 3
 expect frmPreferences.fraFolders.Visible = True
 expect frmPreferences.fraCamera.Visible = False
-type frmPreferences.txtRecentFolders "{BACKSPACE}1 1"
-expect frmPreferences.txtRecentFolders.Text = "1 1"
+# A blank can be typed (the field holds two characters); a pasted text
+# with one inside, which no key filter sees, is not a number.
+type frmPreferences.txtRecentFolders "{BACKSPACE}1 x"
+expect frmPreferences.txtRecentFolders.Text = "1 "
+set frmPreferences.txtRecentFolders.Text = "1 1"
 click frmPreferences.cmdOK
 expect message "Enter numerics for number of Recent folders" style 64
 set frmPreferences.txtRecentFolders.Text = "-2"
@@ -125,6 +128,8 @@ set frmPreferences.txtBaseFolder.Text = ""
 click frmPreferences.cmdOK
 expect message "Enter Base folder" style 64
 expect frmPreferences.tbsPref.SelectedTab = 4
+# Leaving the login field with both account fields filled ticked the box.
+expect frmPreferences.chkAutoLogin.Value = 1
 set frmPreferences.txtBaseFolder.Text = "/proc/qbpd-no-such-folder/Camera"
 click frmPreferences.cmdOK
 expect message "Could not create the default folder for camera." style 64
@@ -149,7 +154,7 @@ expect setting "Software\Quillbay Picture Desk\Preferences\CameraTransfer" Displ
 expect setting "Software\Quillbay Picture Desk\Preferences\CameraTransfer" DetectUSBDevices = "True"
 expect setting "Software\Quillbay Picture Desk\Preferences\Settings" UserName = "bob@example.org"
 expect setting "Software\Quillbay Picture Desk\Preferences\Settings" EncryptedPassword = "s8|%ufxx"
-expect setting "Software\Quillbay Picture Desk\Preferences\Settings" AutoLogin = "False"
+expect setting "Software\Quillbay Picture Desk\Preferences\Settings" AutoLogin = "True"
 expect setting "Software\Quillbay Picture Desk\Preferences\Settings" LastOpenFolderInPreviousSession = "True"
 expect setting "Software\Quillbay Picture Desk\Preferences\Settings" DefaultFolder = "${PICTURES}/a-file.txt"
 expect setting "Software\Quillbay Picture Desk\Preferences\ExpressPrints" ExpressPrints = "5x7Singles"

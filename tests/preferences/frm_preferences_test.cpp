@@ -26,11 +26,19 @@ using testing_support::MainWindowTest;
 class PreferencesTest : public MainWindowTest {
  protected:
   PreferencesTest() {
-    viewer_ = owned_viewer_.get();
-    autostart_ = owned_autostart_.get();
+    // Each start gets fresh fakes, told to fail when a test asks.
     adjust_services_ = [this](PlatformServices& services) {
-      services.default_viewer = std::move(owned_viewer_);
-      services.autostart = std::move(owned_autostart_);
+      auto viewer =
+          std::make_unique<FakeDefaultViewer>("org.gnome.eog.desktop");
+      auto autostart = std::make_unique<FakeSessionAutostart>();
+      if (fail_desktop_) {
+        viewer->Fail();
+        autostart->Fail();
+      }
+      viewer_ = viewer.get();
+      autostart_ = autostart.get();
+      services.default_viewer = std::move(viewer);
+      services.autostart = std::move(autostart);
     };
     base_ = (photos().parent_path() / "Camera").string();
     Set(kDisplayKey, "SlideshowImageIntervalInSeconds", "5");
@@ -72,10 +80,7 @@ class PreferencesTest : public MainWindowTest {
   }
   bool PrefsOpen() { return app().forms().Find("frmPreferences") != nullptr; }
 
-  std::unique_ptr<FakeDefaultViewer> owned_viewer_ =
-      std::make_unique<FakeDefaultViewer>("org.gnome.eog.desktop");
-  std::unique_ptr<FakeSessionAutostart> owned_autostart_ =
-      std::make_unique<FakeSessionAutostart>();
+  bool fail_desktop_ = false;
   FakeDefaultViewer* viewer_ = nullptr;
   FakeSessionAutostart* autostart_ = nullptr;
   std::string base_;
@@ -525,6 +530,21 @@ TEST_F(PreferencesTest, OkWritesEveryValue) {
   EXPECT_EQ(main().DefaultZoomMode(), "O");
 }
 
+TEST_F(PreferencesTest, AStoredPasswordSurvivesRoundsOfOk) {
+  // This store gives a value back without a terminating NUL.
+  Set(kSettingsKey, "UserName", "ann@example.com");
+  Set(kSettingsKey, "EncryptedPassword", EncryptPassword("secret"));
+  Start();
+  for (int round = 0; round < 2; ++round) {
+    Open();
+    Do([](frmPreferences& f) { EXPECT_EQ(f.txtPassword.Text(), "secret"); });
+    Ok();
+    host().Run();
+    EXPECT_EQ(Setting(kSettingsKey, "EncryptedPassword"),
+              EncryptPassword("secret"));
+  }
+}
+
 TEST_F(PreferencesTest, AutoLoginOffWithBothEmptyWritesThemEmpty) {
   Set(kSettingsKey, "UserName", "ann@example.com");
   Set(kSettingsKey, "EncryptedPassword", EncryptPassword("pw") + '\0');
@@ -670,8 +690,7 @@ TEST_F(PreferencesTest, TheDefaultViewerFollowsTheBoxBothWays) {
 }
 
 TEST_F(PreferencesTest, AFailingDesktopIsRecordedAndTheRestWritten) {
-  viewer_->Fail();
-  autostart_->Fail();
+  fail_desktop_ = true;
   Start();
   Open();
   Do([](frmPreferences& f) {
