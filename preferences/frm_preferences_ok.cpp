@@ -168,12 +168,14 @@ bool frmPreferences::CheckStartFolder() {
   if (folder.empty()) {
     return Refuse("Enter startup folder", kFoldersTab, txtStartUpFolder);
   }
-  if (!IsFolder(folder)) {
-    return Refuse("Enter existing folder for startup folder", kFoldersTab,
-                  txtStartUpFolder);
-  }
+  // A name no Linux folder can have is refused before it is looked for, as
+  // no folder of that name could ever exist.
   if (HoldsRefusedCharacter(folder)) {
     return Refuse("Enter valid folder name for startup folder", kFoldersTab,
+                  txtStartUpFolder);
+  }
+  if (!IsFolder(folder)) {
+    return Refuse("Enter existing folder for startup folder", kFoldersTab,
                   txtStartUpFolder);
   }
   return true;

@@ -1,5 +1,6 @@
 #include "preferences/frm_preferences.h"
 
+#include "camera/device_monitor.h"
 #include "core/settings.h"
 #include "platform/forms/user_input.h"
 #include "tests/browser/main_window_fixture.h"
@@ -40,6 +41,7 @@ class PreferencesTest : public MainWindowTest {
       services.default_viewer = std::move(viewer);
       services.autostart = std::move(autostart);
     };
+    WritePhoto("a.jpg");
     base_ = (photos().parent_path() / "Camera").string();
     Set(kDisplayKey, "SlideshowImageIntervalInSeconds", "5");
     Set(kDisplayKey, "ExplorerCloseIntervalInSeconds", "30");
@@ -188,6 +190,7 @@ TEST_F(PreferencesTest, NumberFieldsDropEveryOtherKey) {
     // Backspace is dropped in the two other fields; a blank passes.
     user::TypeKeys(f.txtExpCloseTime, "{BACKSPACE}q");
     EXPECT_EQ(f.txtExpCloseTime.Text(), "30");
+    user::SelectTab(f.tbsPref, frmPreferences::kFoldersTab);
     f.txtRecentFolders.SetText("");
     user::TypeKeys(f.txtRecentFolders, "4 ");
     EXPECT_EQ(f.txtRecentFolders.Text(), "4 ");
@@ -244,13 +247,13 @@ TEST_F(PreferencesTest, SmallEventsSetTheirFields) {
     user::Click(f.txtLogin);
     EXPECT_EQ(f.chkAutoLogin.Value(), 0);
   });
-  host().QueueDialogAnswer("folder", [](const std::string& title) {
-    EXPECT_EQ(title, "Desktop:");
-    return std::optional<std::string>("/srv/photos");
-  });
   Do([](frmPreferences& f) {
     user::SelectTab(f.tbsPref, frmPreferences::kCameraTab);
     user::Click(f.cmdBrowseForBaseFolder);
+  });
+  host().QueueDialogAnswer("folder", [](const std::string& title) {
+    EXPECT_EQ(title, "Desktop:");
+    return std::optional<std::string>("/srv/photos");
   });
   Do([](frmPreferences& f) {
     EXPECT_EQ(f.txtBaseFolder.Text(), "/srv/photos");
@@ -635,6 +638,7 @@ TEST_F(PreferencesTest, CancelAndEscapeWriteNothing) {
       user::Click(f.optOriginalSize);
       user::Click(f.chkDefViewer);
       f.txtExpCloseTime.SetText("50");
+      user::SelectTab(f.tbsPref, frmPreferences::kFoldersTab);
       f.txtRecentFolders.SetText("9");
       if (escape) {
         user::TypeKeys(f.txtRecentFolders, "{ESC}");
@@ -735,6 +739,24 @@ TEST_F(PreferencesTest, DetectUsbTurnsTheMonitorsAutostart) {
   host().Run();
   EXPECT_EQ(autostart_->Calls(), (std::vector<bool>{false, true}));
   EXPECT_EQ(Setting(kCameraTransferKey, "DetectUSBDevices"), "True");
+}
+
+TEST_F(PreferencesTest, TheRunningMonitorObeysAtOnce) {
+  Start();
+  DeviceMonitor::Options options;
+  options.data_folder = (photos().parent_path() / "monitor").string();
+  fs::create_directories(options.data_folder);
+  options.settings = &app().settings();
+  DeviceMonitor monitor(options);
+  EXPECT_EQ(monitor.CameraArrived("Nikon"), "200 Nikon|\n");
+  Open();
+  Do([](frmPreferences& f) {
+    user::SelectTab(f.tbsPref, frmPreferences::kCameraTab);
+    user::Click(f.ChkDetectUSB);
+  });
+  Ok();
+  host().Run();
+  EXPECT_EQ(monitor.CameraArrived("Nikon"), "");
 }
 
 TEST_F(PreferencesTest, AnExistingBaseFolderThatCantBeWrittenIsRefused) {

@@ -22,7 +22,7 @@ constexpr char kList[] =
     "[Default Applications]\n"
     "text/plain=org.gnome.TextEditor.desktop\n"
     "image/jpeg=org.gnome.eog.desktop;\n"
-    "image/png = org.gnome.eog.desktop;\n"
+    "image/png=org.gnome.eog.desktop;\n"
     "\n"
     "[Added Associations]\n"
     "image/jpeg=org.gnome.eog.desktop;gimp.desktop;\n";
@@ -127,6 +127,16 @@ TEST_F(XdgDefaultViewerTest, ANewFileGetsTheSection) {
                                 "image/jpeg=") +
                         kProgram + ";\n");
   EXPECT_EQ(Query("image/jpeg"), kProgram);
+}
+
+TEST_F(XdgDefaultViewerTest, BlanksAroundTheEqualsSignAreRead) {
+  dir_.WriteFile("config/mimeapps.list",
+                 std::string("[Default Applications]\nimage/jpeg = ") +
+                     kProgram + " ; gimp.desktop;\n");
+  EXPECT_TRUE(viewer_->IsDefault());
+  // Unticked with nothing remembered: the line goes.
+  EXPECT_EQ(viewer_->SetDefault(false), "");
+  EXPECT_EQ(List(), "[Default Applications]\n");
 }
 
 TEST_F(XdgDefaultViewerTest, AChoiceMadeSinceIsLeftAlone) {
