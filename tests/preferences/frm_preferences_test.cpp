@@ -460,6 +460,63 @@ TEST_F(PreferencesTest, OkStopsAtTheFirstFailureOnItsTab) {
   }
 }
 
+// Every field bad at once: each OK shows the first failure in the fixed
+// order, and fixing it brings the next.
+TEST_F(PreferencesTest, TheChecksRunInTheirFixedOrder) {
+  Start();
+  Open();
+  Do([](frmPreferences& f) {
+    f.txtSlideShowImageInterval.SetText("x");
+    f.txtExpCloseTime.SetText("5");
+    f.txtRecentFolders.SetText("0");
+    f.txtStartUpFolder.SetText("");
+    f.chkAutoLogin.SetValue(1);
+    f.txtLogin.SetText("");
+    f.txtBaseFolder.SetText("");
+  });
+  struct Fix {
+    const char* message;
+    std::function<void(frmPreferences&)> fix;
+  };
+  const std::string start = photos().string();
+  const std::vector<Fix> fixes = {
+      {"Enter numerics for slide show photo Interval",
+       [](frmPreferences& f) { f.txtSlideShowImageInterval.SetText("-1"); }},
+      {"photo interval for slide show should not be -ve values",
+       [](frmPreferences& f) { f.txtSlideShowImageInterval.SetText("30"); }},
+      {"Slide show photo interval between 2 and 20",
+       [](frmPreferences& f) { f.txtSlideShowImageInterval.SetText("3"); }},
+      {"Enter time interval for automatic explorer close which should in "
+       "between 10 and 60",
+       [](frmPreferences& f) { f.txtExpCloseTime.SetText("20"); }},
+      {"Number of Recent folders should be greater than 0",
+       [](frmPreferences& f) { f.txtRecentFolders.SetText("3"); }},
+      {"Enter startup folder",
+       [start](frmPreferences& f) { f.txtStartUpFolder.SetText(start); }},
+      {"Enter Login name",
+       [](frmPreferences& f) { f.txtLogin.SetText("ann@example.com"); }},
+      {"Enter Password",
+       [](frmPreferences& f) { f.txtPassword.SetText("pw"); }},
+      {"Enter Base folder",
+       [this](frmPreferences& f) { f.txtBaseFolder.SetText(base_); }},
+  };
+  for (const Fix& fix : fixes) {
+    Ok();
+    Told(fix.message);
+    // The fix, then the focus leaves the field that failed, so that OK's
+    // own checks meet the next text.
+    Do([fix](frmPreferences& f) {
+      fix.fix(f);
+      f.cmdCancel.SetFocus();
+    });
+  }
+  Ok();
+  host().Run();
+  EXPECT_FALSE(PrefsOpen());
+  EXPECT_EQ(Setting(kDisplayKey, "SlideshowImageIntervalInSeconds"), "3");
+  EXPECT_EQ(Setting(kSettingsKey, "AutoLogin"), "True");
+}
+
 TEST_F(PreferencesTest, ABadBaseFolderLeavesTheViewerAndExplorerWritten) {
   Start();
   Open();
