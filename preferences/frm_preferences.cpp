@@ -1,5 +1,6 @@
 #include "preferences/frm_preferences.h"
 
+#include "core/help.h"
 #include "core/quil_mod.h"
 #include "core/settings.h"
 #include "platform/forms/keys.h"
@@ -47,6 +48,7 @@ void FollowBoolean(CheckBox& box, const std::string& value) {
 frmPreferences::frmPreferences(Application& app)
     : Form(app.host(), std::string(kName)), app_(app) {
   SetKeyPreview(true);
+  SetHelpContextID(kHelpPreferences);
   LayOut();
   ChkDetectUSB.SetValue(1);
   chkDisplayCameraCopyImages.SetValue(1);

@@ -9,6 +9,7 @@
 #include "tests/support/fake_session_autostart.h"
 #include "tests/ui/desktop_fixture.h"
 #include "tests/ui/qt_test_support.h"
+#include "ui/qt/control_widget.h"
 #include "ui/qt/form_window.h"
 #include "ui/qt/qt_host.h"
 
@@ -66,7 +67,9 @@ TEST_F(PreferencesSmokeTest, EachTabShowsInARealWindow) {
       user::SelectTab(prefs.tbsPref, tab);
       host_->SyncWindows();
       QTest::qWait(50);
-      EXPECT_TRUE(WidgetFor(*frames[tab - 1])->isVisible());
+      ControlWidget* frame = w->WidgetOf(*frames[tab - 1]);
+      ASSERT_NE(frame, nullptr);
+      EXPECT_TRUE(frame->widget()->isVisible());
       testing::SaveScreenshot(w, names[tab - 1]);
     }
     shown = true;
