@@ -3,6 +3,8 @@
 #include "core/application.h"
 
 #include <cctype>
+#include <cstdint>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -58,6 +60,26 @@ std::string FileNamePart(std::string_view path) {
   size_t slash = path.rfind('/');
   return std::string(slash == std::string_view::npos ? path
                                                      : path.substr(slash + 1));
+}
+
+std::string PhotoThumbnailFile(std::string_view folder,
+                               const std::string& photo) {
+  std::string key = photo;
+  struct stat info {};
+  if (::stat(photo.c_str(), &info) == 0) {
+    key += '\0' + std::to_string(info.st_size) + '\0' +
+           std::to_string(info.st_mtim.tv_sec) + '.' +
+           std::to_string(info.st_mtim.tv_nsec);
+  }
+  // FNV-1a, 64 bits: a name key, not a secret.
+  std::uint64_t hash = 0xcbf29ce484222325ULL;
+  for (unsigned char c : key) {
+    hash = (hash ^ c) * 0x100000001b3ULL;
+  }
+  char hex[17];
+  std::snprintf(hex, sizeof hex, "%016llx",
+                static_cast<unsigned long long>(hash));
+  return std::string(folder) + FileNamePart(photo) + "." + hex + ".jpg";
 }
 
 std::string DoubleAmpersands(std::string_view text) {

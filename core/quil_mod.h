@@ -51,6 +51,12 @@ std::string UpperExtension(std::string_view path);
 bool IsPhotoExtension(std::string_view upper_extension);
 // The file name part of a path (after the last "/").
 std::string FileNamePart(std::string_view path);
+// The thumbnail file in `folder` of a photo shown among photos of several
+// folders: named by the photo's name and a key of its whole path, size and
+// change time, so that two photos of one name never share a thumbnail and
+// a changed photo gets a new one.
+std::string PhotoThumbnailFile(std::string_view folder,
+                               const std::string& photo);
 // The text as a caption shows it literally: each "&" doubled, so that none
 // is taken for an access key.
 std::string DoubleAmpersands(std::string_view text);

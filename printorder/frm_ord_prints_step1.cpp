@@ -1,5 +1,6 @@
 #include "browser/frm_main_window.h"
 #include "core/button_pictures.h"
+#include "core/quil_mod.h"
 #include "core/settings.h"
 #include "online/online_common.h"
 #include "printorder/address_rules.h"
@@ -238,8 +239,7 @@ std::string frmOrdPrints::ThumbnailOf(const std::string& photo) {
     }
     return "";
   }
-  const std::string thumbnail =
-      s.gsThumbnailFolder + fs::path(photo).filename().string() + ".jpg";
+  const std::string thumbnail = PhotoThumbnailFile(s.gsThumbnailFolder, photo);
   if (!FileExists(thumbnail) &&
       app_.images().GenerateThumbnailExt(photo, thumbnail, 85, 70) == 0) {
     return "";

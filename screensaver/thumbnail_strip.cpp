@@ -55,8 +55,7 @@ void ThumbnailStrip::Show(Application& app,
     thumb.SetPhotoPath(photos[i]);
     thumb.SetToolTipText(FileNamePart(photos[i]));
     thumb.SetCheck(false, /*raise_event=*/false);
-    const std::string file =
-        s.gsThumbnailFolder + FileNamePart(photos[i]) + ".jpg";
+    const std::string file = PhotoThumbnailFile(s.gsThumbnailFolder, photos[i]);
     std::error_code error;
     if (std::filesystem::exists(file, error) ||
         app.images().GenerateThumbnailExt(photos[i], file, kThumbnailSize,
