@@ -22,8 +22,8 @@ class DefaultViewer {
 };
 
 // The real one: the "Default Applications" entry of image/jpeg in
-// `config_home`/mimeapps.list, as the XDG MIME applications specification
-// has it, edited in place with every other line kept byte for byte and
+// `config_home`/mimeapps.list, in the layout xdg-mime reads and writes,
+// edited in place with every other line kept byte for byte and
 // written atomically. `desktop_id` is this program's desktop entry
 // ("quillbay-picture-desk.desktop"); the handler before is remembered in the
 // file `memory`.

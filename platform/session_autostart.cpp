@@ -12,7 +12,7 @@ namespace {
 constexpr std::string_view kEntryName = "qbpd-devmon.desktop";
 
 // A path as one argument of an Exec key: quoted, with the characters that
-// the desktop entry specification reserves inside quotes escaped.
+// desktop entries reserve inside quotes escaped.
 std::string QuotedExec(const std::string& path) {
   std::string quoted = "\"";
   for (char c : path) {
