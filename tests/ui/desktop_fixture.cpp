@@ -15,6 +15,7 @@
 
 #include <QCoreApplication>
 #include <QTest>
+#include <QTimer>
 
 #include <cstdio>
 
@@ -81,6 +82,25 @@ void DesktopTest::TearDown() {
 QWidget* DesktopTest::WidgetFor(const Control& c) {
   ControlWidget* w = window_->WidgetOf(c);
   return w != nullptr ? w->widget() : nullptr;
+}
+
+void RunSteps(std::shared_ptr<std::vector<ScreenStep>> steps, size_t i) {
+  if (i >= steps->size()) {
+    return;
+  }
+  QTimer::singleShot(50, [steps, i] {
+    if (!(*steps)[i].ready()) {
+      RunSteps(steps, i);
+      return;
+    }
+    RunSteps(steps, i + 1);
+    (*steps)[i].act();
+  });
+}
+
+Form* DesktopTest::Shown(const char* name) {
+  Form* f = app_->forms().Find(name);
+  return f != nullptr && f->Visible() ? f : nullptr;
 }
 
 }  // namespace qbpd::testing

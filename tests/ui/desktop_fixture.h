@@ -11,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 class QWidget;
 
@@ -21,6 +22,16 @@ class FormWindow;
 class QtHost;
 
 namespace testing {
+
+// A step of a person at the screen: it waits until `ready` holds, then
+// acts. The next step is scheduled before the action, because an action
+// may open a modal form whose loop runs until the end of the road.
+struct ScreenStep {
+  std::function<bool()> ready;
+  std::function<void()> act;
+};
+// Runs `steps` from the `i`th on the event loop, one every 50 ms at most.
+void RunSteps(std::shared_ptr<std::vector<ScreenStep>> steps, size_t i);
 
 // The desktop program's pieces in one process (QApplication on the offscreen
 // platform, the Qt host, the program with private places) started on a
@@ -35,6 +46,8 @@ class DesktopTest : public ::testing::Test {
   // The widget of a control of the main window, or nullptr.
   QWidget* WidgetFor(const Control& c);
   Session& session() { return app_->session(); }
+  // The form of that name when it is loaded and visible, or nullptr.
+  Form* Shown(const char* name);
 
   // Options: how many photos, of what size, and the default zoom
   // ("FitToWidth" or "OriginalSize").

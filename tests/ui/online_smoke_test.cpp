@@ -25,36 +25,13 @@
 namespace qbpd {
 namespace {
 
-// A step of a person at the screen: it waits until `ready` holds, then
-// acts. The next step is scheduled before the action, because an action
-// may open a modal form whose loop runs until the end of the road.
-struct ScreenStep {
-  std::function<bool()> ready;
-  std::function<void()> act;
-};
-
-void RunSteps(std::shared_ptr<std::vector<ScreenStep>> steps, size_t i) {
-  if (i >= steps->size()) {
-    return;
-  }
-  QTimer::singleShot(50, [steps, i] {
-    if (!(*steps)[i].ready()) {
-      RunSteps(steps, i);
-      return;
-    }
-    RunSteps(steps, i + 1);
-    (*steps)[i].act();
-  });
-}
+using testing::RunSteps;
+using testing::ScreenStep;
 
 class OnlineSmokeTest : public testing::DesktopTest {
  protected:
   OnlineSmokeTest() { photo_count_ = 8; }
 
-  Form* Shown(const char* name) {
-    Form* f = app_->forms().Find(name);
-    return f != nullptr && f->Visible() ? f : nullptr;
-  }
   QWidget* WindowOf(const char* name) {
     Form* f = Shown(name);
     return f != nullptr ? static_cast<QWidget*>(host_->WindowOf(*f)) : nullptr;

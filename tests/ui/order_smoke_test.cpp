@@ -25,33 +25,13 @@
 namespace qbpd {
 namespace {
 
-struct ScreenStep {
-  std::function<bool()> ready;
-  std::function<void()> act;
-};
-
-void RunSteps(std::shared_ptr<std::vector<ScreenStep>> steps, size_t i) {
-  if (i >= steps->size()) {
-    return;
-  }
-  QTimer::singleShot(50, [steps, i] {
-    if (!(*steps)[i].ready()) {
-      RunSteps(steps, i);
-      return;
-    }
-    RunSteps(steps, i + 1);
-    (*steps)[i].act();
-  });
-}
+using testing::RunSteps;
+using testing::ScreenStep;
 
 class OrderSmokeTest : public testing::DesktopTest {
  protected:
   OrderSmokeTest() { photo_count_ = 3; }
 
-  Form* Shown(const char* name) {
-    Form* f = app_->forms().Find(name);
-    return f != nullptr && f->Visible() ? f : nullptr;
-  }
   void Shot(const char* form, const char* name) {
     Form* f = Shown(form);
     ASSERT_NE(f, nullptr) << form;

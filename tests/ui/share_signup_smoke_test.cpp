@@ -27,27 +27,8 @@
 namespace qbpd {
 namespace {
 
-// A step of a person at the screen: it waits until `ready` holds, then
-// acts; the next step is scheduled first, since an action may open a modal
-// form whose loop runs on.
-struct ScreenStep {
-  std::function<bool()> ready;
-  std::function<void()> act;
-};
-
-void RunSteps(std::shared_ptr<std::vector<ScreenStep>> steps, size_t i) {
-  if (i >= steps->size()) {
-    return;
-  }
-  QTimer::singleShot(50, [steps, i] {
-    if (!(*steps)[i].ready()) {
-      RunSteps(steps, i);
-      return;
-    }
-    RunSteps(steps, i + 1);
-    (*steps)[i].act();
-  });
-}
+using testing::RunSteps;
+using testing::ScreenStep;
 
 class ShareSignUpSmokeTest : public testing::DesktopTest {
  protected:
@@ -64,10 +45,6 @@ class ShareSignUpSmokeTest : public testing::DesktopTest {
     ASSERT_TRUE(settings.Write(kRootKey, "IP", service_->base()));
   }
 
-  Form* Shown(const char* name) {
-    Form* f = app_->forms().Find(name);
-    return f != nullptr && f->Visible() ? f : nullptr;
-  }
   bool Ready(const char* name) { return Shown(name) != nullptr; }
   void Shot(const char* form, const char* name) {
     Form* f = Shown(form);
