@@ -2,12 +2,14 @@
 #include "app/program/program.h"
 #include "platform/display_model.h"
 #include "platform/launcher.h"
+#include "platform/number_format.h"
 #include "ui/qt/qt_clipboard.h"
 #include "ui/qt/qt_host.h"
 
 #include <QApplication>
 #include <QTimer>
 
+#include <clocale>
 #include <memory>
 #include <optional>
 #include <string>
@@ -37,6 +39,11 @@ int main(int argc, char** argv) {
   // second start hands the token on to the running instance.
   qbpd::ActivationToken activation = qbpd::ActivationTokenFromEnvironment();
   QApplication qt_app(argc, argv);
+  // Qt takes the whole locale of the environment; numbers in files, settings
+  // and service answers are read and written with ".", so the C library's
+  // number functions keep the C locale. The user's own format is read apart
+  // and used where amounts are shown.
+  std::setlocale(LC_NUMERIC, "C");
   QApplication::setApplicationName("Quillbay Picture Desk");
   QApplication::setQuitOnLastWindowClosed(false);
   const std::string command_line = CommandLineOf(argc, argv);
@@ -46,6 +53,7 @@ int main(int argc, char** argv) {
   services.clipboard = qbpd::MakeQtClipboard();
   services.launcher = qbpd::MakeXdgLauncher();
   services.make_display = [] { return qbpd::MakeVipsDisplayControl(); };
+  services.numbers = qbpd::SystemNumberFormat();
 
   auto owned_host = std::make_unique<qbpd::QtHost>();
   qbpd::QtHost& host = *owned_host;

@@ -14,6 +14,7 @@
 #include "platform/image_operations.h"
 #include "platform/launcher.h"
 #include "platform/local_service.h"
+#include "platform/number_format.h"
 #include "platform/places.h"
 #include "platform/session_autostart.h"
 #include "platform/settings_store.h"
@@ -41,6 +42,9 @@ struct PlatformServices {
   std::unique_ptr<Clipboard> clipboard;
   // Where the program keeps its files; see places.h.
   Places places;
+  // How the user's locale writes numbers (amounts of money); the default is
+  // the program's own "1,234.50".
+  NumberFormat numbers;
   // Folder of the program's read-only files (pictures, help, defaults).
   std::string resources;
   // The installer's default set (default-settings.ini): every start lays
@@ -107,6 +111,7 @@ class Application {
   // The image library; a RuntimeError when the run was made without one.
   ImageOperations& images();
   const Places& places() const { return services_.places; }
+  const NumberFormat& numbers() const { return services_.numbers; }
   Clipboard& clipboard() { return *services_.clipboard; }
   const std::string& resources_folder() const { return services_.resources; }
   // Opens help pages and the service's pages in the user's programs.

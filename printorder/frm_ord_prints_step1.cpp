@@ -113,7 +113,8 @@ void frmOrdPrints::imgClearSizes_Click() {
     for (int row = 0; row < kSizeRows; ++row) {
       const int i = slot * kSizeRows + row;
       txtQty[i].SetText("0");
-      lblS1Price[i].SetCaption(FormatAmountText(FirstTierPrice(order_, row)));
+      lblS1Price[i].SetCaption(
+          FormatAmountText(FirstTierPrice(order_, row), app_.numbers()));
       lblS1Total[i].SetCaption("0");
     }
   }
@@ -222,8 +223,10 @@ void frmOrdPrints::ShowOrderPage(int v) {
     for (int row = 0; row < kSizeRows; ++row) {
       const int i = slot * kSizeRows + row;
       txtQty[i].SetText(line(row, kQuantityColumn));
-      lblS1Price[i].SetCaption(FormatAmountText(line(row, kPriceColumn)));
-      lblS1Total[i].SetCaption(FormatAmountText(line(row, kTotalColumn)));
+      lblS1Price[i].SetCaption(
+          FormatAmountText(line(row, kPriceColumn), app_.numbers()));
+      lblS1Total[i].SetCaption(
+          FormatAmountText(line(row, kTotalColumn), app_.numbers()));
     }
     CheckPrintResolution(photo, slot, std::string(shade.marker));
   }
@@ -399,8 +402,10 @@ void frmOrdPrints::ShowLinePrices() {
     const TextGrid& line = order_.gcolEditLines.Item(position);
     for (int row = 0; row < kSizeRows; ++row) {
       const int i = slot * kSizeRows + row;
-      lblS1Price[i].SetCaption(FormatAmountText(line(row, kPriceColumn)));
-      lblS1Total[i].SetCaption(FormatAmountText(line(row, kTotalColumn)));
+      lblS1Price[i].SetCaption(
+          FormatAmountText(line(row, kPriceColumn), app_.numbers()));
+      lblS1Total[i].SetCaption(
+          FormatAmountText(line(row, kTotalColumn), app_.numbers()));
     }
   }
 }

@@ -69,7 +69,7 @@ void frmOrdPrints::ShowReviewStep() {
       const std::string nl = r == 0 ? "" : "\n";
       qty += nl + free(r, 0);
       head += nl + free(r, 2) + " prints";
-      value += nl + FormatAmountText(free(r, 1));
+      value += nl + FormatAmountText(free(r, 1), app_.numbers());
     }
     lblS3FreePrintsQty.SetCaption(qty);
     lblS3FreePrintsHead.SetCaption(head);
@@ -96,20 +96,20 @@ void frmOrdPrints::ShowReviewStep() {
   lblS3CouponHead.SetVisible(coupon);
   lblS3CouponVal.SetVisible(coupon);
   if (cost_row) {
-    lblS3PrintsCostVal.SetCaption(
-        FormatAmount(std::fabs(TextValue(c[2])) + mdCostOfPrints));
+    lblS3PrintsCostVal.SetCaption(FormatAmount(
+        std::fabs(TextValue(c[2])) + mdCostOfPrints, app_.numbers()));
     place(lblS3PrintsCostHead, lblS3PrintsCostVal);
   }
   if (coupon) {
     lblS3CouponHead.SetCaption("coupon #" + s.gsCouponCode + " -- " + c[1] +
                                " prints:");
-    lblS3CouponVal.SetCaption(FormatAmountText(c[2]));
+    lblS3CouponVal.SetCaption(FormatAmountText(c[2], app_.numbers()));
     place(lblS3CouponHead, lblS3CouponVal);
   }
   // 7.
-  lblS3SubTotalVal.SetCaption(FormatAmount(mdCostOfPrints));
+  lblS3SubTotalVal.SetCaption(FormatAmount(mdCostOfPrints, app_.numbers()));
   place(lblS3SubTotalHead, lblS3SubTotalVal);
-  lblS3SHVal.SetCaption(FormatAmountText(msShipping));
+  lblS3SHVal.SetCaption(FormatAmountText(msShipping, app_.numbers()));
   place(lblS3SHHead, lblS3SHVal);
   // 8.
   const TextGrid& tax = order_.gsaOrderTax;
@@ -126,9 +126,11 @@ void frmOrdPrints::ShowReviewStep() {
     lblS3TaxVal.SetVisible(false);
   }
   // 9. The step-1 captions, without taking out the grouping.
-  const double total = mdCostOfPrints + TextValue(lblS1ShipCostVal.Caption()) +
-                       TextValue(lblS1TaxCostVal.Caption());
-  lblS3ORderTotalVal.SetCaption("$" + FormatAmount(total));
+  const double total =
+      mdCostOfPrints +
+      ShownValueKeepingGroups(lblS1ShipCostVal.Caption(), app_.numbers()) +
+      ShownValueKeepingGroups(lblS1TaxCostVal.Caption(), app_.numbers());
+  lblS3ORderTotalVal.SetCaption("$" + FormatAmount(total, app_.numbers()));
   place(lblS3OrderTotalHead, lblS3ORderTotalVal);
   // 10.
   ShowStep(3, true);

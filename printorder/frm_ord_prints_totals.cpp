@@ -211,7 +211,8 @@ void frmOrdPrints::ShowOrderSummary() {
       for (int r = 0; r < free.Rows(); ++r) {
         label += (label.empty() ? "" : "\n") + free(r, 0) + " " + free(r, 2) +
                  " Print(s)";
-        cost += (cost.empty() ? "" : "\n") + FormatAmountText(free(r, 1));
+        cost += (cost.empty() ? "" : "\n") +
+                FormatAmountText(free(r, 1), app_.numbers());
       }
       lblS1FreePrintsLabel.SetCaption(label);
       lblS1FreePrintsCost.SetCaption(cost);
@@ -229,13 +230,13 @@ void frmOrdPrints::ShowOrderSummary() {
       lblS1PrintsCostVal.SetVisible(cost_row);
       if (cost_row) {
         lblS1PrintsCostHead.SetCaption("cost of prints:");
-        lblS1PrintsCostVal.SetCaption(
-            FormatAmount(std::abs(TextValue(c[2])) + mdCostOfPrints));
+        lblS1PrintsCostVal.SetCaption(FormatAmount(
+            std::abs(TextValue(c[2])) + mdCostOfPrints, app_.numbers()));
         place(lblS1PrintsCostHead, lblS1PrintsCostVal, kRowHeight);
       }
       lblS1CouponPerc.SetCaption("coupon #" + s.gsCouponCode + " -- " + c[1] +
                                  "%  off prints:");
-      lblS1CouponValue.SetCaption(FormatAmountText(c[2]));
+      lblS1CouponValue.SetCaption(FormatAmountText(c[2], app_.numbers()));
       lblS1CouponPerc.SetVisible(true);
       lblS1CouponValue.SetVisible(true);
       place(lblS1CouponPerc, lblS1CouponValue, kRowHeight);
@@ -247,9 +248,9 @@ void frmOrdPrints::ShowOrderSummary() {
       l->SetVisible(false);
     }
   }
-  lblS1SubTotalVal.SetCaption(FormatAmount(mdCostOfPrints));
+  lblS1SubTotalVal.SetCaption(FormatAmount(mdCostOfPrints, app_.numbers()));
   place(lblS1SubTotalHead, lblS1SubTotalVal, kRowHeight);
-  lblS1ShipCostVal.SetCaption(FormatAmountText(msShipping));
+  lblS1ShipCostVal.SetCaption(FormatAmountText(msShipping, app_.numbers()));
   place(lblS1ShipCostHead, lblS1ShipCostVal, kRowHeight);
   const TextGrid& tax = order_.gsaOrderTax;
   if (!ful || tax.Rows() == 0 || tax.Columns() < 3) {
@@ -262,14 +263,15 @@ void frmOrdPrints::ShowOrderSummary() {
     lblS1TaxCostVal.SetVisible(false);
   } else {
     lblS1TaxCostLabel.SetCaption(tax(0, 1) + "% Tax will be added : ");
-    lblS1TaxCostVal.SetCaption(FormatAmountText(tax(0, 2)));
+    lblS1TaxCostVal.SetCaption(FormatAmountText(tax(0, 2), app_.numbers()));
     lblS1TaxCostLabel.SetVisible(true);
     lblS1TaxCostVal.SetVisible(true);
     place(lblS1TaxCostLabel, lblS1TaxCostVal, kRowHeight);
   }
-  const double total = ShownValue(lblS1ShipCostVal.Caption()) +
-                       ShownValue(lblS1TaxCostVal.Caption()) + mdCostOfPrints;
-  lblS1OrderCostVal.SetCaption("$" + FormatAmount(total));
+  const double total = ShownValue(lblS1ShipCostVal.Caption(), app_.numbers()) +
+                       ShownValue(lblS1TaxCostVal.Caption(), app_.numbers()) +
+                       mdCostOfPrints;
+  lblS1OrderCostVal.SetCaption("$" + FormatAmount(total, app_.numbers()));
   place(lblS1OrderCostHead, lblS1OrderCostVal, kRowHeight);
   imgS1RightUpdate.SetTop(top + 150 - kSummaryGap);
   const int buttons = imgS1RightUpdate.Top() + imgS1RightUpdate.Height() + 300;

@@ -1,9 +1,11 @@
 #include "printorder/order_money.h"
 
+#include <climits>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 namespace qbpd {
 namespace {
@@ -29,16 +31,45 @@ void AddOne(std::string& digits) {
   digits.insert(digits.begin(), '1');
 }
 
-std::string Grouped(const std::string& whole) {
-  std::string out;
-  const size_t n = whole.size();
-  for (size_t i = 0; i < n; ++i) {
-    out.push_back(whole[i]);
-    const size_t left = n - i - 1;
-    if (left > 0 && left % 3 == 0) {
-      out.push_back(',');
+std::string Grouped(const std::string& whole, const NumberFormat& format) {
+  if (format.grouping.empty() || format.thousands_sign.empty()) {
+    return whole;
+  }
+  // Groups are cut from the decimal sign leftwards; the last size repeats.
+  std::vector<std::string> groups;
+  size_t end = whole.size();
+  size_t next = 0;
+  int size = format.grouping[0];
+  while (size > 0 && size != CHAR_MAX && end > static_cast<size_t>(size)) {
+    groups.push_back(whole.substr(end - size, size));
+    end -= size;
+    if (next + 1 < format.grouping.size()) {
+      size = format.grouping[++next];
     }
   }
+  std::string out = whole.substr(0, end);
+  for (auto group = groups.rbegin(); group != groups.rend(); ++group) {
+    out += format.thousands_sign + *group;
+  }
+  return out;
+}
+
+// Replaces every `from` in `text` by `to`.
+std::string Replaced(std::string_view text,
+                     std::string_view from,
+                     std::string_view to) {
+  std::string out;
+  size_t at = 0;
+  while (!from.empty()) {
+    const size_t found = text.find(from, at);
+    if (found == std::string_view::npos) {
+      break;
+    }
+    out.append(text.substr(at, found - at));
+    out.append(to);
+    at = found + from.size();
+  }
+  out.append(text.substr(at));
   return out;
 }
 
@@ -94,9 +125,9 @@ std::string NumberText(double value) {
   return buffer;
 }
 
-std::string FormatAmount(double value) {
+std::string FormatAmount(double value, const NumberFormat& format) {
   if (!std::isfinite(value)) {
-    return "0.00";
+    return "0" + format.decimal_sign + "00";
   }
   char buffer[400];
   // The value as its 15 significant digits read, in fixed notation, so that
@@ -130,21 +161,25 @@ std::string FormatAmount(double value) {
   const size_t first = whole.find_first_not_of('0');
   whole = first == std::string::npos ? "0" : whole.substr(first);
   const bool negative = value < 0 && (whole != "0" || cents != "00");
-  return (negative ? "-" : "") + Grouped(whole) + "." + cents;
+  return (negative ? "-" : "") + Grouped(whole, format) + format.decimal_sign +
+         cents;
 }
 
-std::string FormatAmountText(std::string_view text) {
-  return FormatAmount(TextValue(text));
+std::string FormatAmountText(std::string_view text,
+                             const NumberFormat& format) {
+  return FormatAmount(TextValue(text), format);
 }
 
-double ShownValue(std::string_view caption) {
-  std::string plain;
-  for (char c : caption) {
-    if (c != ',') {
-      plain.push_back(c);
-    }
-  }
-  return TextValue(plain);
+double ShownValue(std::string_view caption, const NumberFormat& format) {
+  return ShownValueKeepingGroups(Replaced(caption, format.thousands_sign, ""),
+                                 format);
+}
+
+double ShownValueKeepingGroups(std::string_view caption,
+                               const NumberFormat& format) {
+  return TextValue(format.decimal_sign == "."
+                       ? std::string(caption)
+                       : Replaced(caption, format.decimal_sign, "."));
 }
 
 std::string TierUnitPrice(const TextGrid& tiers, long quantity) {

@@ -2,6 +2,7 @@
 #define QBPD_PRINTORDER_ORDER_MONEY_H_
 
 #include "online/service_types.h"
+#include "platform/number_format.h"
 
 #include <string>
 #include <string_view>
@@ -30,15 +31,22 @@ double TextValue(std::string_view text);
 std::string NumberText(double value);
 
 // A value as shown: rounded half away from zero to two decimals as the
-// value's 15-digit text reads, the thousands grouped by "," and "." as the
-// decimal sign ("1,234.50", "-0.38", "0.00").
-std::string FormatAmount(double value);
+// value's 15-digit text reads, with the decimal sign and the grouping of
+// `format` ("1,234.50", "-0.38", "0.00"; "1.234,50" in a German locale).
+std::string FormatAmount(double value, const NumberFormat& format = {});
 
 // The same for a text value (read by TextValue).
-std::string FormatAmountText(std::string_view text);
+std::string FormatAmountText(std::string_view text,
+                             const NumberFormat& format = {});
 
-// A shown amount read back: every "," removed, then TextValue.
-double ShownValue(std::string_view caption);
+// A shown amount read back: every grouping sign of `format` removed, its
+// decimal sign read as ".", then TextValue ("1,234.50" is 1234.5).
+double ShownValue(std::string_view caption, const NumberFormat& format = {});
+
+// A shown amount read as it stands, grouping signs and all: only the decimal
+// sign is read as "." ("1,234.50" is 1, "12.50" is 12.5).
+double ShownValueKeepingGroups(std::string_view caption,
+                               const NumberFormat& format = {});
 
 // The unit price of a size by its tier table (rows of lower, upper, unit
 // price) for a total quantity: for 0 the first row; otherwise the first row

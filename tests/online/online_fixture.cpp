@@ -43,6 +43,7 @@ void OnlineTest::Start() {
   launcher_ = launcher.get();
   services.launcher = std::move(launcher);
   services.make_transport = make_transport_;
+  services.numbers = numbers_;
   if (!real_client_) {
     services.make_client = [this] { return ForwardTo(*client_); };
     services.internet_check = [this](const std::string&) {

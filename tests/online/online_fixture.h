@@ -107,6 +107,8 @@ class OnlineTest : public ::testing::Test {
   bool real_client_ = false;
   // With the real client: the transport under it (none is libcurl).
   std::function<std::unique_ptr<HttpTransport>()> make_transport_;
+  // How the user's locale writes numbers (the program's own by default).
+  NumberFormat numbers_;
 
  private:
   testing::TempDir dir_;

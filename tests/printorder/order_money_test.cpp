@@ -68,12 +68,48 @@ TEST(FormatAmount, TwoDecimalsWithGrouping) {
   EXPECT_EQ(FormatAmountText(""), "0.00");
 }
 
+TEST(ShownValue, KeepingTheGroupsReadsOnlyTheDecimalSign) {
+  const NumberFormat german{",", ".", "\3"};
+  EXPECT_DOUBLE_EQ(ShownValueKeepingGroups("12,50", german), 12.5);
+  EXPECT_DOUBLE_EQ(ShownValueKeepingGroups("1.234,50", german), 1.234);
+  EXPECT_DOUBLE_EQ(ShownValueKeepingGroups("1,234.50"), 1);
+}
+
 TEST(ShownValue, RemovesTheGroupingBeforeReading) {
   EXPECT_DOUBLE_EQ(ShownValue("1,234.50"), 1234.5);
   EXPECT_DOUBLE_EQ(ShownValue("1,000.00"), 1000);
   EXPECT_DOUBLE_EQ(ShownValue("0.00"), 0);
   // Without the removal the same caption would read 1.
   EXPECT_DOUBLE_EQ(TextValue("1,234.50"), 1);
+}
+
+TEST(FormatAmount, FollowsTheLocalesSignsAndGroups) {
+  const NumberFormat german{",", ".", "\3"};
+  const NumberFormat french{",", "\u202f", "\3"};  // a narrow space
+  const NumberFormat indian{".", ",", "\3\2"};     // lakh and crore
+  const NumberFormat plain{".", "", ""};           // the C locale
+  const NumberFormat once{".", ",", "\3\x7f"};     // one group, no more
+  struct Case {
+    const NumberFormat* format;
+    double value;
+    const char* shown;
+  } cases[] = {
+      {&german, 1234567.891, "1.234.567,89"},
+      {&german, -0.38, "-0,38"},
+      {&german, 999.995, "1.000,00"},
+      {&french, 1234.5, "1\u202f234,50"},
+      {&indian, 123456789, "12,34,56,789.00"},
+      {&indian, 1234, "1,234.00"},
+      {&plain, 1234567.5, "1234567.50"},
+      {&once, 1234567.5, "1234,567.50"},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(FormatAmount(c.value, *c.format), c.shown) << c.value;
+    // What is shown reads back as the amount it shows.
+    EXPECT_DOUBLE_EQ(ShownValue(c.shown, *c.format),
+                     ShownValue(FormatAmount(c.value)))
+        << c.shown;
+  }
 }
 
 // The tiers of the reference price list for 4 x 6 prints.

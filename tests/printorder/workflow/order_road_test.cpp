@@ -109,6 +109,28 @@ TEST_F(OrderRoad, AFullAccountGoesFromQuantitiesToReviewToTheReceipt) {
   EXPECT_EQ(Find("frmOrdPrints"), nullptr);
 }
 
+// In a German locale amounts show "," as the decimal sign; the review's
+// total, which reads the first step's shipping caption back, still adds up.
+TEST_F(OrderRoad, AmountsFollowTheLocalesDecimalSign) {
+  numbers_ = NumberFormat{",", ".", "\3"};
+  OpenOrder(3, Account("FUL"), "4x6Singles");
+  client().Queue(ThreeSingles());
+  OnDialog("step 1", [](frmOrdPrints& d) {
+    EXPECT_EQ(d.lblS1Price[0].Caption(), "0,29");
+    EXPECT_EQ(d.lblS1SubTotalVal.Caption(), "0,87");
+    EXPECT_EQ(d.lblS1ShipCostVal.Caption(), "1,99");
+    EXPECT_EQ(d.lblS1OrderCostVal.Caption(), "$2,86");
+  });
+  QueueClick("frmOrdPrints", "imgS1Continue");
+  OnDialog("review", [](frmOrdPrints& d) {
+    EXPECT_EQ(d.lblS3SubTotalVal.Caption(), "0,87");
+    EXPECT_EQ(d.lblS3SHVal.Caption(), "1,99");
+    EXPECT_EQ(d.lblS3ORderTotalVal.Caption(), "$2,86");
+  });
+  QueueClick("frmOrdPrints", "imgS3Cancel");
+  Run();
+}
+
 TEST_F(OrderRoad, APhotoWithoutPrintsIsNotUploaded) {
   OpenOrder(2, Account("FUL"), "4x6Singles");
   client().Queue(Quote({"2", "0", "0", "0"}, {"0.29", "0.99", "3.99", "1.49"},
