@@ -13,6 +13,8 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -30,13 +32,18 @@ struct Arguments {
   bool front = false;
   // Share invitations go through this SMTP relay, not into the maildir.
   std::string mail_relay;
+  // A PostgreSQL database shared with other instances.
+  std::string database;
+  // Load balancers whose X-Forwarded-For the front believes.
+  std::vector<std::string> trusted_proxies;
 };
 
 void PrintUsage() {
   std::fprintf(stderr,
                "usage: qbpd-service --port N --data-dir DIR [--seed-demo] "
                "[--listen ADDR] [--upgrade-version V] [--front] "
-               "[--mail-relay smtp://HOST:PORT]\n");
+               "[--mail-relay smtp://HOST:PORT] [--database CONNINFO] "
+               "[--trusted-proxy ADDR[/BITS]]...\n");
 }
 
 bool ParseArguments(int argc, char** argv, Arguments& args) {
@@ -62,6 +69,17 @@ bool ParseArguments(int argc, char** argv, Arguments& args) {
       args.listen = argv[++i];
     } else if (arg == "--mail-relay" && has_value) {
       args.mail_relay = argv[++i];
+    } else if (arg == "--database" && has_value) {
+      args.database = argv[++i];
+    } else if (arg == "--trusted-proxy" && has_value) {
+      if (!qbpd::service::IsProxyAddress(argv[++i])) {
+        std::fprintf(stderr,
+                     "qbpd-service: --trusted-proxy wants an address or "
+                     "network, not \"%s\"\n",
+                     argv[i]);
+        return false;
+      }
+      args.trusted_proxies.push_back(argv[i]);
     } else if (arg == "--upgrade-version" && has_value) {
       args.upgrade_version = argv[++i];
     } else {
@@ -75,11 +93,26 @@ bool ParseArguments(int argc, char** argv, Arguments& args) {
     std::fprintf(stderr, "qbpd-service: --data-dir is required\n");
     return false;
   }
+  if (!args.trusted_proxies.empty() && !args.front) {
+    std::fprintf(stderr, "qbpd-service: --trusted-proxy needs --front\n");
+    return false;
+  }
   if (args.front && args.port == 0) {
     std::fprintf(stderr, "qbpd-service: --front needs a port of its own\n");
     return false;
   }
   return true;
+}
+
+// Instances that share a data folder each run a front of their own: no two
+// of them listen on one port of one machine.
+std::string FrontFolderName(const Arguments& args) {
+  if (args.database.empty()) {
+    return "front";
+  }
+  char host[256] = {};
+  gethostname(host, sizeof host - 1);
+  return "front-" + std::string(host) + "-" + std::to_string(args.port);
 }
 
 }  // namespace
@@ -104,6 +137,7 @@ int main(int argc, char** argv) {
     options.seed_demo = args.seed_demo;
     options.upgrade_version = args.upgrade_version;
     options.mail_relay = args.mail_relay;
+    options.database = args.database;
     qbpd::service::ServiceCore core(options);
     qbpd::service::Server server(core, args.front);
     // Behind the front the service itself listens on a loopback port of
@@ -121,8 +155,9 @@ int main(int argc, char** argv) {
       front_options.listen = args.listen;
       front_options.port = args.port;
       front_options.upstream_port = port;
-      front_options.folder = options.data_dir / "front";
+      front_options.folder = options.data_dir / FrontFolderName(args);
       front_options.max_body_bytes = core.max_upload_bytes() + kMultipartSlack;
+      front_options.trusted_proxies = args.trusted_proxies;
       front = std::make_unique<qbpd::service::Front>(front_options);
       std::printf("listening on %s:%d (nginx, the service on 127.0.0.1:%d)\n",
                   args.listen.c_str(), args.port, port);

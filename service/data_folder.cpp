@@ -84,7 +84,7 @@ void MakePrivateFile(const fs::path& path) {
   }
 }
 
-void PrepareDataFolder(const fs::path& dir) {
+void PrepareDataFolder(const fs::path& dir, std::chrono::seconds part_age) {
   std::error_code ec;
   const fs::path parent = dir.parent_path();
   if (!parent.empty()) {
@@ -122,7 +122,14 @@ void PrepareDataFolder(const fs::path& dir) {
     } else if (fs::is_regular_file(status) &&
                it->path().extension() == kPartExtension) {
       // A photo whose upload stopped half-way, with the service.
-      fs::remove(it->path(), ec);
+      const auto written = fs::last_write_time(it->path(), ec);
+      if (!ec && fs::file_time_type::clock::now() - written >= part_age) {
+        fs::remove(it->path(), ec);
+      }
+      // Another instance on the same folder may have removed it first.
+      if (ec == std::errc::no_such_file_or_directory) {
+        ec.clear();
+      }
     } else if (fs::is_regular_file(status)) {
       Repair(it->path(), false);
     }

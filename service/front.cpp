@@ -60,6 +60,26 @@ bool Reaped(pid_t pid, std::chrono::milliseconds bound) {
 
 }  // namespace
 
+bool IsProxyAddress(const std::string& text) {
+  const std::size_t slash = text.find('/');
+  const std::string address = text.substr(0, slash);
+  in6_addr parsed{};
+  const bool v4 = ::inet_pton(AF_INET, address.c_str(), &parsed) == 1;
+  const bool v6 = !v4 && ::inet_pton(AF_INET6, address.c_str(), &parsed) == 1;
+  if (!v4 && !v6) {
+    return false;
+  }
+  if (slash == std::string::npos) {
+    return true;
+  }
+  const std::string bits = text.substr(slash + 1);
+  if (bits.empty() || bits.size() > 3 ||
+      bits.find_first_not_of("0123456789") != std::string::npos) {
+    return false;
+  }
+  return std::stoi(bits) <= (v4 ? 32 : 128);
+}
+
 std::string FrontConfiguration(const FrontOptions& o) {
   const std::string folder = o.folder.string();
   const auto seconds = [](int n) { return std::to_string(n) + "s"; };
@@ -88,6 +108,17 @@ std::string FrontConfiguration(const FrontOptions& o) {
   c += "  reset_timedout_connection on;\n";
   c += "  client_max_body_size " + std::to_string(o.max_body_bytes) + ";\n";
   c += "  client_body_buffer_size 1m;\n";
+  for (const std::string& proxy : o.trusted_proxies) {
+    if (!IsProxyAddress(proxy)) {
+      throw std::invalid_argument("not an address or network: " + proxy);
+    }
+    c += "  set_real_ip_from " + proxy + ";\n";
+  }
+  if (!o.trusted_proxies.empty()) {
+    // The last address that no trusted balancer added is the client's.
+    c += "  real_ip_header X-Forwarded-For;\n";
+    c += "  real_ip_recursive on;\n";
+  }
   c += "  limit_conn_zone $binary_remote_addr zone=per_address:4m;\n";
   c += "  limit_conn_status 429;\n";
   c += "  limit_conn_log_level info;\n";

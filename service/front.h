@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <string>
 #include <sys/types.h>
+#include <vector>
 
 namespace qbpd::service {
 
@@ -25,7 +26,17 @@ struct FrontOptions {
   int header_seconds = 10;
   int body_read_seconds = 10;
   int idle_seconds = 15;
+  // Addresses or networks ("10.0.0.5", "10.0.0.0/24") of load balancers in
+  // front of this front: from these peers the client's address is taken
+  // from X-Forwarded-For, as the balancer names it, so that the
+  // per-address limits and failed-login counts see the client, not the
+  // balancer. Others name no client.
+  std::vector<std::string> trusted_proxies;
 };
+
+// Whether `text` is an IPv4 or IPv6 address or network that nginx takes
+// as one, and nothing else.
+bool IsProxyAddress(const std::string& text);
 
 // The nginx configuration for `options`: an event-driven front that reads a
 // whole request head within `header_seconds` and a body with no pause longer

@@ -8,25 +8,31 @@ namespace qbpd::service {
 LoginThrottle::LoginThrottle(ThrottlePolicy policy, std::size_t capacity)
     : policy_(policy), capacity_(std::max<std::size_t>(capacity, 1)) {}
 
+std::int64_t ThrottleWait(const ThrottlePolicy& policy,
+                          int failures,
+                          std::int64_t last,
+                          std::int64_t now) {
+  if (now - last >= policy.forget_seconds) {
+    return 0;
+  }
+  std::int64_t pause = 0;
+  if (failures >= policy.lock_after) {
+    pause = policy.lock_seconds;
+  } else if (failures >= policy.free_failures) {
+    const int doublings = std::min(failures - policy.free_failures, 30);
+    pause = std::min<std::int64_t>(std::int64_t{1} << doublings,
+                                   policy.max_delay_seconds);
+  }
+  return std::max<std::int64_t>(0, last + pause - now);
+}
+
 std::int64_t LoginThrottle::WaitFor(const std::string& key,
                                     std::int64_t now) const {
   const auto found = records_.find(key);
   if (found == records_.end()) {
     return 0;
   }
-  const Record& record = found->second;
-  if (now - record.last >= policy_.forget_seconds) {
-    return 0;
-  }
-  std::int64_t pause = 0;
-  if (record.failures >= policy_.lock_after) {
-    pause = policy_.lock_seconds;
-  } else if (record.failures >= policy_.free_failures) {
-    const int doublings = std::min(record.failures - policy_.free_failures, 30);
-    pause = std::min<std::int64_t>(std::int64_t{1} << doublings,
-                                   policy_.max_delay_seconds);
-  }
-  return std::max<std::int64_t>(0, record.last + pause - now);
+  return ThrottleWait(policy_, found->second.failures, found->second.last, now);
 }
 
 void LoginThrottle::Failed(const std::string& key, std::int64_t now) {

@@ -24,18 +24,35 @@ struct ThrottlePolicy {
   std::int64_t forget_seconds = 15 * 60;
 };
 
-// Failed logins per key, on the service's clock (seconds). Not thread-safe:
-// the service calls it under its lock. It keeps at most `capacity` keys and
-// forgets the stalest first, so a flood of made-up keys costs bounded
-// memory.
-class LoginThrottle {
+// Seconds until a key whose `failures` failed logins came last at `last`
+// may try again at `now`; 0 when it may try now.
+std::int64_t ThrottleWait(const ThrottlePolicy& policy,
+                          int failures,
+                          std::int64_t last,
+                          std::int64_t now);
+
+// The failed logins of a key, on the service's clock (seconds). Not
+// thread-safe: the service calls it under its lock.
+class FailedLogins {
+ public:
+  virtual ~FailedLogins() = default;
+  // Seconds until `key` may try again; 0 when it may try now.
+  virtual std::int64_t WaitFor(const std::string& key,
+                               std::int64_t now) const = 0;
+  virtual void Failed(const std::string& key, std::int64_t now) = 0;
+  virtual void Succeeded(const std::string& key) = 0;
+};
+
+// Failed logins in this process's memory, for a service that is the only
+// one on its store. It keeps at most `capacity` keys and forgets the
+// stalest first, so a flood of made-up keys costs bounded memory.
+class LoginThrottle : public FailedLogins {
  public:
   explicit LoginThrottle(ThrottlePolicy policy, std::size_t capacity = 100000);
 
-  // Seconds until `key` may try again; 0 when it may try now.
-  std::int64_t WaitFor(const std::string& key, std::int64_t now) const;
-  void Failed(const std::string& key, std::int64_t now);
-  void Succeeded(const std::string& key);
+  std::int64_t WaitFor(const std::string& key, std::int64_t now) const override;
+  void Failed(const std::string& key, std::int64_t now) override;
+  void Succeeded(const std::string& key) override;
 
   std::size_t size() const { return records_.size(); }
 

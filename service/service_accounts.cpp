@@ -41,16 +41,16 @@ json ServiceCore::LoginUser(const json& request,
   const std::int64_t now = Now();
   // A key with too many failed logins is refused before any check, so that
   // guessing costs the guesser time and the service nothing.
-  if (account_throttle_.WaitFor(account_key, now) > 0 ||
-      (!client.empty() && address_throttle_.WaitFor(address_key, now) > 0)) {
+  if (account_throttle_->WaitFor(account_key, now) > 0 ||
+      (!client.empty() && address_throttle_->WaitFor(address_key, now) > 0)) {
     return Failure(kThrottledCode);
   }
   const auto failed = [&](bool known_account) {
     if (known_account) {
-      account_throttle_.Failed(account_key, Now());
+      account_throttle_->Failed(account_key, Now());
     }
     if (!client.empty()) {
-      address_throttle_.Failed(address_key, Now());
+      address_throttle_->Failed(address_key, Now());
     }
   };
   std::int64_t id = 0;
@@ -71,7 +71,7 @@ json ServiceCore::LoginUser(const json& request,
     failed(true);
     return Failure("2007");
   }
-  account_throttle_.Succeeded(account_key);
+  account_throttle_->Succeeded(account_key);
   return Ok({{"session", {NewSession(id), user_code}}});
 }
 
@@ -156,41 +156,48 @@ json ServiceCore::RegisterUser(const json& request, Lock& lock) {
     return Failure("2021");
   }
   const std::string user_code = RandomHex(8);
-  auto insert = db_->Prepare(
-      "INSERT INTO accounts (email, password_hash, user_code, first_name, "
-      "last_name, street1, street2, city, state, zip, phone, card_name, "
-      "card_masked, card_month, card_year, card_zip) VALUES (?, ?, ?, ?, ?, "
-      "?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
-  insert.Bind(1, fields[2])
-      .Bind(2, password_hash)
-      .Bind(3, user_code)
-      .Bind(4, fields[0])
-      .Bind(5, fields[1]);
-  if (has_address) {
-    insert.Bind(6, address.street1)
-        .Bind(7, address.street2)
-        .Bind(8, address.city)
-        .Bind(9, address.state)
-        .Bind(10, address.zip);
-  } else {
-    for (int i = 6; i <= 10; ++i) {
-      insert.Bind(i, "");
+  std::int64_t account = 0;
+  {  // The statement ends before the session is made.
+    auto insert = db_->Prepare(
+        "INSERT INTO accounts (email, password_hash, user_code, first_name, "
+        "last_name, street1, street2, city, state, zip, phone, card_name, "
+        "card_masked, card_month, card_year, card_zip) VALUES (?, ?, ?, ?, ?, "
+        "?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?) ON CONFLICT DO NOTHING RETURNING id");
+    insert.Bind(1, fields[2])
+        .Bind(2, password_hash)
+        .Bind(3, user_code)
+        .Bind(4, fields[0])
+        .Bind(5, fields[1]);
+    if (has_address) {
+      insert.Bind(6, address.street1)
+          .Bind(7, address.street2)
+          .Bind(8, address.city)
+          .Bind(9, address.state)
+          .Bind(10, address.zip);
+    } else {
+      for (int i = 6; i <= 10; ++i) {
+        insert.Bind(i, "");
+      }
     }
-  }
-  insert.Bind(11, fields[9]);
-  if (has_card) {
-    insert.Bind(12, card.name)
-        .Bind(13, MaskCardNumber(CardDigits(card.number)))
-        .Bind(14, std::to_string(card.month - 1))
-        .Bind(15, card.year)
-        .Bind(16, fields[15]);
-  } else {
-    for (int i = 12; i <= 16; ++i) {
-      insert.Bind(i, "");
+    insert.Bind(11, fields[9]);
+    if (has_card) {
+      insert.Bind(12, card.name)
+          .Bind(13, MaskCardNumber(CardDigits(card.number)))
+          .Bind(14, std::to_string(card.month - 1))
+          .Bind(15, card.year)
+          .Bind(16, fields[15]);
+    } else {
+      for (int i = 12; i <= 16; ++i) {
+        insert.Bind(i, "");
+      }
     }
+    // A sign-up for the same address on another instance may come first.
+    if (!insert.Step()) {
+      return Failure("2021");
+    }
+    account = insert.Int(0);
   }
-  insert.Run();
-  return Ok({{"result", {NewSession(db_->LastInsertId()), user_code}}});
+  return Ok({{"result", {NewSession(account), user_code}}});
 }
 
 json ServiceCore::GetUserInfo(std::int64_t account) {

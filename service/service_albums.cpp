@@ -136,17 +136,15 @@ json ServiceCore::ShareAlbum(std::int64_t account,
     return Failure("9999");
   }
   Transaction transaction(*db_);
-  db_->Prepare(
-         "INSERT INTO shares (album_id, access, subject, message, accepted, "
-         "created) VALUES (?, ?, ?, ?, ?, ?)")
-      .Bind(1, *album)
-      .Bind(2, access)
-      .Bind(3, Text(request, "subject"))
-      .Bind(4, Text(request, "message"))
-      .Bind(5, Join(accepted, ","))
-      .Bind(6, Now())
-      .Run();
-  const std::int64_t share = db_->LastInsertId();
+  const std::int64_t share = InsertReturningId(
+      db_->Prepare("INSERT INTO shares (album_id, access, subject, message, "
+                   "accepted, created) VALUES (?, ?, ?, ?, ?, ?) RETURNING id")
+          .Bind(1, *album)
+          .Bind(2, access)
+          .Bind(3, Text(request, "subject"))
+          .Bind(4, Text(request, "message"))
+          .Bind(5, Join(accepted, ","))
+          .Bind(6, Now()));
   if (!accepted.empty()) {
     db_->Prepare("INSERT INTO share_links (token, share_id) VALUES (?, ?)")
         .Bind(1, token)
@@ -155,8 +153,8 @@ json ServiceCore::ShareAlbum(std::int64_t account,
   }
   for (const auto& email : accepted) {
     db_->Prepare(
-           "INSERT OR IGNORE INTO address_book (account_id, email) VALUES "
-           "(?, ?)")
+           "INSERT INTO address_book (account_id, email) VALUES (?, ?) "
+           "ON CONFLICT DO NOTHING")
         .Bind(1, account)
         .Bind(2, email)
         .Run();
@@ -214,13 +212,12 @@ json ServiceCore::Upload(const std::map<std::string, std::string>& query,
     if (name.empty() || name.size() > 200) {
       return fail("3004", true);
     }
-    db_->Prepare(
-           "INSERT INTO albums (account_id, name, created) VALUES (?, ?, ?)")
-        .Bind(1, *account)
-        .Bind(2, name)
-        .Bind(3, Now())
-        .Run();
-    album = db_->LastInsertId();
+    album = InsertReturningId(
+        db_->Prepare("INSERT INTO albums (account_id, name, created) VALUES "
+                     "(?, ?, ?) RETURNING id")
+            .Bind(1, *account)
+            .Bind(2, name)
+            .Bind(3, Now()));
   } else {
     album = OwnAlbum(*account, album_id);
     if (!album) {
@@ -231,16 +228,17 @@ json ServiceCore::Upload(const std::map<std::string, std::string>& query,
   MakePrivateFolder(folder);
   const std::string stored = RandomHex(kFileNameBytes) + "." + type->extension;
   WriteFileAtomically(folder / stored, content);
+  std::int64_t photo = 0;
   try {
-    db_->Prepare(
-           "INSERT INTO photos (album_id, stored_name, original_name, mime, "
-           "bytes) VALUES (?, ?, ?, ?, ?)")
-        .Bind(1, *album)
-        .Bind(2, stored)
-        .Bind(3, value("file"))
-        .Bind(4, type->mime)
-        .Bind(5, static_cast<std::int64_t>(content.size()))
-        .Run();
+    photo = InsertReturningId(
+        db_->Prepare("INSERT INTO photos (album_id, stored_name, "
+                     "original_name, mime, bytes) VALUES (?, ?, ?, ?, ?) "
+                     "RETURNING id")
+            .Bind(1, *album)
+            .Bind(2, stored)
+            .Bind(3, value("file"))
+            .Bind(4, type->mime)
+            .Bind(5, static_cast<std::int64_t>(content.size())));
     transaction.Commit();
   } catch (...) {
     std::error_code ignored;
@@ -248,7 +246,7 @@ json ServiceCore::Upload(const std::map<std::string, std::string>& query,
     throw;
   }
   return Ok({{"albumId", std::to_string(*album)},
-             {"imageId", ImageId(db_->LastInsertId())},
+             {"imageId", ImageId(photo)},
              {"fatal", false}});
 }
 

@@ -7,6 +7,8 @@
 #include "service/html.h"
 #include "service/pricing.h"
 #include "service/request.h"
+#include "service/schema.h"
+#include "service/store_throttle.h"
 
 #include <sodium.h>
 
@@ -27,66 +29,6 @@ using nlohmann::json;
 
 constexpr size_t kSessionBytes = 32;
 
-constexpr const char* kSchema = R"sql(
-CREATE TABLE IF NOT EXISTS meta (key TEXT PRIMARY KEY, value TEXT NOT NULL);
-CREATE TABLE IF NOT EXISTS accounts (
-  id INTEGER PRIMARY KEY,
-  email TEXT NOT NULL UNIQUE COLLATE NOCASE,
-  password_hash TEXT NOT NULL,
-  user_code TEXT NOT NULL,
-  title TEXT NOT NULL DEFAULT '',
-  first_name TEXT NOT NULL, last_name TEXT NOT NULL,
-  street1 TEXT NOT NULL DEFAULT '', street2 TEXT NOT NULL DEFAULT '',
-  city TEXT NOT NULL DEFAULT '', state TEXT NOT NULL DEFAULT '',
-  zip TEXT NOT NULL DEFAULT '', phone TEXT NOT NULL DEFAULT '',
-  card_name TEXT NOT NULL DEFAULT '', card_masked TEXT NOT NULL DEFAULT '',
-  card_month TEXT NOT NULL DEFAULT '', card_year TEXT NOT NULL DEFAULT '',
-  card_zip TEXT NOT NULL DEFAULT '',
-  free_used INTEGER NOT NULL DEFAULT 0);
-CREATE TABLE IF NOT EXISTS sessions (
-  code TEXT PRIMARY KEY,
-  account_id INTEGER NOT NULL REFERENCES accounts(id),
-  expires INTEGER NOT NULL);
-CREATE TABLE IF NOT EXISTS albums (
-  id INTEGER PRIMARY KEY,
-  account_id INTEGER NOT NULL REFERENCES accounts(id),
-  name TEXT NOT NULL, created INTEGER NOT NULL);
-CREATE TABLE IF NOT EXISTS photos (
-  id INTEGER PRIMARY KEY,
-  album_id INTEGER NOT NULL REFERENCES albums(id),
-  stored_name TEXT NOT NULL, original_name TEXT NOT NULL,
-  mime TEXT NOT NULL, bytes INTEGER NOT NULL);
-CREATE TABLE IF NOT EXISTS address_book (
-  account_id INTEGER NOT NULL REFERENCES accounts(id),
-  email TEXT NOT NULL COLLATE NOCASE,
-  UNIQUE (account_id, email));
-CREATE TABLE IF NOT EXISTS shares (
-  id INTEGER PRIMARY KEY,
-  album_id INTEGER NOT NULL REFERENCES albums(id),
-  access TEXT NOT NULL, subject TEXT NOT NULL, message TEXT NOT NULL,
-  accepted TEXT NOT NULL, created INTEGER NOT NULL);
-CREATE TABLE IF NOT EXISTS share_links (
-  token TEXT PRIMARY KEY,
-  share_id INTEGER NOT NULL REFERENCES shares(id));
-CREATE TABLE IF NOT EXISTS price_tiers (
-  size INTEGER NOT NULL, lower INTEGER NOT NULL, upper INTEGER NOT NULL,
-  price TEXT NOT NULL);
-CREATE TABLE IF NOT EXISTS shipping_bands (
-  position INTEGER PRIMARY KEY, lower INTEGER NOT NULL, upper INTEGER NOT NULL,
-  cost TEXT NOT NULL);
-CREATE TABLE IF NOT EXISTS tax (state TEXT PRIMARY KEY, percent TEXT NOT NULL);
-CREATE TABLE IF NOT EXISTS coupons (
-  code TEXT PRIMARY KEY COLLATE NOCASE, percent INTEGER NOT NULL,
-  value TEXT NOT NULL, min_order TEXT NOT NULL, expired INTEGER NOT NULL);
-CREATE TABLE IF NOT EXISTS free_offers (
-  size INTEGER NOT NULL, quantity INTEGER NOT NULL);
-CREATE TABLE IF NOT EXISTS orders (
-  id INTEGER PRIMARY KEY AUTOINCREMENT,
-  account_id INTEGER NOT NULL REFERENCES accounts(id),
-  status TEXT NOT NULL, coupon TEXT NOT NULL, photo_keys TEXT NOT NULL,
-  summary TEXT NOT NULL, used_free INTEGER NOT NULL, created INTEGER NOT NULL);
-)sql";
-
 }  // namespace
 
 PageResult NotFound(const char* what) {
@@ -97,25 +39,45 @@ json Failure(const std::string& code) {
   return json{{"ok", false}, {"errCode", code}, {"errText", ErrorText(code)}};
 }
 
+namespace {
+
+// On a data folder that several instances share, a photo being written
+// ("*.part") may be another instance's: only one older than any upload
+// takes is left over from a stop half-way.
+constexpr std::chrono::seconds kSharedPartAge = std::chrono::hours(1);
+
+}  // namespace
+
 ServiceCore::ServiceCore(ServiceOptions options)
-    : options_(std::move(options)),
-      account_throttle_(options_.account_throttle),
-      address_throttle_(options_.address_throttle) {
+    : options_(std::move(options)) {
   if (sodium_init() < 0) {
     throw std::runtime_error("libsodium could not start");
   }
-  PrepareDataFolder(options_.data_dir);
+  const bool shared =
+      options_.store ? options_.store->shared() : !options_.database.empty();
+  PrepareDataFolder(options_.data_dir,
+                    shared ? kSharedPartAge : std::chrono::seconds(0));
   mail_ = options_.mail ? options_.mail
           : options_.mail_relay.empty()
               ? std::shared_ptr<MailDelivery>(
                     MakeMaildirDelivery(options_.data_dir / "mail"))
               : std::shared_ptr<MailDelivery>(
                     MakeSmtpDelivery(options_.mail_relay));
-  // SQLite gives its journal and shared-memory files the mode of the
-  // database file, so a private database keeps them private too.
-  MakePrivateFile(options_.data_dir / "service.db");
-  db_ = std::make_unique<Db>((options_.data_dir / "service.db").string());
-  db_->Exec(kSchema);
+  if (options_.store) {
+    db_ = options_.store;
+  } else if (!options_.database.empty()) {
+    db_ = OpenPostgresDb(options_.database);
+  } else {
+    // SQLite gives its journal and shared-memory files the mode of the
+    // database file, so a private database keeps them private too.
+    MakePrivateFile(options_.data_dir / "service.db");
+    db_ = OpenSqliteDb((options_.data_dir / "service.db").string());
+  }
+  PrepareSchema(*db_);
+  account_throttle_ =
+      MakeFailedLogins(*db_, "account", options_.account_throttle);
+  address_throttle_ =
+      MakeFailedLogins(*db_, "address", options_.address_throttle);
   Seed();
   if (options_.seed_demo) {
     SeedDemo();
@@ -134,11 +96,23 @@ std::int64_t ServiceCore::Now() const {
 }
 
 void ServiceCore::Seed() {
-  auto seeded = db_->Prepare("SELECT value FROM meta WHERE key = 'seeded'");
-  if (seeded.Step()) {
-    return;
+  {
+    auto seeded = db_->Prepare("SELECT value FROM meta WHERE key = 'seeded'");
+    if (seeded.Step()) {
+      return;
+    }
   }
   Transaction transaction(*db_);
+  // Instances that start together on one store seed it once: the first
+  // marks it, and the others' marks wait for its commit and then find it.
+  {
+    auto mark = db_->Prepare(
+        "INSERT INTO meta (key, value) VALUES ('seeded', '1') "
+        "ON CONFLICT DO NOTHING RETURNING key");
+    if (!mark.Step()) {
+      return;
+    }
+  }
   struct TierRow {
     int size, lower, upper;
     const char* price;
@@ -208,7 +182,6 @@ void ServiceCore::Seed() {
         .Run();
   }
   db_->Prepare("INSERT INTO free_offers (size, quantity) VALUES (1, 10)").Run();
-  db_->Prepare("INSERT INTO meta (key, value) VALUES ('seeded', '1')").Run();
   transaction.Commit();
 }
 
@@ -269,30 +242,45 @@ void ServiceCore::SeedDemo() {
     if (!PasswordMatches(existing_hash, kFormerDemoPassword)) {
       return;
     }
-    db_->Prepare("UPDATE accounts SET password_hash = ? WHERE id = ?")
-        .Bind(1, HashPassword(password))
+    // Of instances that start together, the one whose update finds the old
+    // hash gives the new password.
+    auto renew = db_->Prepare(
+        "UPDATE accounts SET password_hash = ? WHERE id = ? AND "
+        "password_hash = ? RETURNING id");
+    renew.Bind(1, HashPassword(password))
         .Bind(2, *existing)
-        .Run();
+        .Bind(3, existing_hash);
+    if (!renew.Step()) {
+      return;
+    }
     WriteDemoAccountFile(options_.data_dir, password);
     new_demo_password_ = password;
     return;
   }
   Transaction transaction(*db_);
-  db_->Prepare(
-         "INSERT INTO accounts (email, password_hash, user_code, first_name, "
-         "last_name, street1, city, state, zip, card_name, card_masked, "
-         "card_month, card_year, card_zip) VALUES (?, ?, "
-         "?, 'Dana', 'Demo', '1 Market Street', 'San Francisco', 'CA', "
-         "'94105', 'Dana Demo', ?, '11', '2035', '94105')")
-      .Bind(1, kDemoEmail)
-      .Bind(2, HashPassword(password))
-      .Bind(3, RandomHex(8))
-      .Bind(4, MaskCardNumber("4111111111111111"))
-      .Run();
+  std::int64_t account = 0;
+  {
+    // Another instance may make the account first; then it is that one's.
+    auto insert = db_->Prepare(
+        "INSERT INTO accounts (email, password_hash, user_code, first_name, "
+        "last_name, street1, city, state, zip, card_name, card_masked, "
+        "card_month, card_year, card_zip) VALUES (?, ?, "
+        "?, 'Dana', 'Demo', '1 Market Street', 'San Francisco', 'CA', "
+        "'94105', 'Dana Demo', ?, '11', '2035', '94105') "
+        "ON CONFLICT DO NOTHING RETURNING id");
+    insert.Bind(1, kDemoEmail)
+        .Bind(2, HashPassword(password))
+        .Bind(3, RandomHex(8))
+        .Bind(4, MaskCardNumber("4111111111111111"));
+    if (!insert.Step()) {
+      return;
+    }
+    account = insert.Int(0);
+  }
   db_->Prepare(
          "INSERT INTO albums (account_id, name, created) VALUES (?, "
          "'Demo album', ?)")
-      .Bind(1, db_->LastInsertId())
+      .Bind(1, account)
       .Bind(2, Now())
       .Run();
   WriteDemoAccountFile(options_.data_dir, password);

@@ -32,7 +32,14 @@ inline constexpr char kDemoEmail[] = "demo@quillbay.test";
 inline constexpr char kDemoAccountFile[] = "demo-account.txt";
 
 struct ServiceOptions {
+  // The photos, the mail folder and, without `database`, the SQLite store.
   std::filesystem::path data_dir;
+  // A PostgreSQL database ("postgresql://..." or libpq's "key=value" words)
+  // that several instances share, each with `data_dir` on one shared
+  // folder; when empty, the store is the SQLite file in `data_dir`.
+  std::string database;
+  // Takes the place of both (tests).
+  std::shared_ptr<Db> store;
   // Adds the demonstration account when it is missing. Its password is
   // `demo_password`, or a random one when that is empty; either way it is
   // written to kDemoAccountFile in the data folder.
@@ -77,7 +84,9 @@ struct PhotoAnswer {
 
 // The online service without its transport: the store, the operations, the
 // upload and the pages. Every public member may be called from several
-// threads; calls are serialised on one lock.
+// threads; calls are serialised on one lock. Several instances may share
+// one store (ServiceOptions::database): everything they must agree on
+// (sessions, ids, failed logins) lives in it.
 class ServiceCore {
  public:
   // Opens (and on first use seeds) the data folder; throws on failure.
@@ -176,9 +185,9 @@ class ServiceCore {
   std::shared_ptr<MailDelivery> mail_;
   std::string new_demo_password_;
   std::mutex mutex_;
-  std::unique_ptr<Db> db_;
-  LoginThrottle account_throttle_;
-  LoginThrottle address_throttle_;
+  std::shared_ptr<Db> db_;
+  std::unique_ptr<FailedLogins> account_throttle_;
+  std::unique_ptr<FailedLogins> address_throttle_;
 };
 
 // The response envelope of a failure with the code's own sentence.

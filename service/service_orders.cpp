@@ -156,17 +156,17 @@ json ServiceCore::PlaceOrder(std::int64_t account, const json& request) {
     out["orderId"] = "";
     return Ok(out);
   }
-  db_->Prepare(
-         "INSERT INTO orders (account_id, status, coupon, photo_keys, summary, "
-         "used_free, created) VALUES (?, 'quoted', ?, ?, ?, ?, ?)")
-      .Bind(1, account)
-      .Bind(2, quote.coupon_applied ? input.coupon_code : "")
-      .Bind(3, json(keys).dump())
-      .Bind(4, summary.dump())
-      .BindInt(5, quote.free_prints.empty() ? 0 : 1)
-      .Bind(6, Now())
-      .Run();
-  out["orderId"] = std::to_string(db_->LastInsertId());
+  const std::int64_t order = InsertReturningId(
+      db_->Prepare("INSERT INTO orders (account_id, status, coupon, "
+                   "photo_keys, summary, used_free, created) VALUES (?, "
+                   "'quoted', ?, ?, ?, ?, ?) RETURNING id")
+          .Bind(1, account)
+          .Bind(2, quote.coupon_applied ? input.coupon_code : "")
+          .Bind(3, json(keys).dump())
+          .Bind(4, summary.dump())
+          .BindInt(5, quote.free_prints.empty() ? 0 : 1)
+          .Bind(6, Now()));
+  out["orderId"] = std::to_string(order);
   return Ok(out);
 }
 
@@ -207,9 +207,19 @@ json ServiceCore::ConfirmOrder(std::int64_t account, const json& request) {
     }
   }
   Transaction transaction(*db_);
-  db_->Prepare("UPDATE orders SET status = 'confirmed' WHERE id = ?")
-      .Bind(1, *order_id)
-      .Run();
+  {
+    // Two confirmations of one order, on two instances at once, both got
+    // this far; only the one whose update still finds it quoted confirms
+    // it (PostgreSQL makes the other wait for its commit, then reads the
+    // row again), and the other answers as for a confirmed order.
+    auto confirm = db_->Prepare(
+        "UPDATE orders SET status = 'confirmed' WHERE id = ? AND "
+        "account_id = ? AND status = 'quoted' RETURNING id");
+    confirm.Bind(1, *order_id).Bind(2, account);
+    if (!confirm.Step()) {
+      return Failure("4001");
+    }
+  }
   if (used_free) {
     db_->Prepare("UPDATE accounts SET free_used = 1 WHERE id = ?")
         .Bind(1, account)
