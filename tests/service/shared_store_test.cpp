@@ -5,104 +5,26 @@
 #include "service/service_core.h"
 #include "tests/service/pg_cluster.h"
 #include "tests/service/service_fixture.h"
+#include "tests/service/service_process.h"
 #include "tests/support/temp_dir.h"
 
 #include <gtest/gtest.h>
 #include <httplib.h>
 #include <nlohmann/json.hpp>
 
-#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <future>
 #include <latch>
-#include <poll.h>
 #include <set>
-#include <signal.h>
-#include <spawn.h>
 #include <string>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <vector>
-
-extern char** environ;
 
 namespace qbpd::service {
 namespace {
 
 namespace fs = std::filesystem;
 using json = nlohmann::json;
-
-// One qbpd-service process; stopped with SIGTERM (SIGKILL after a bound)
-// when the object goes, also when the test failed.
-class Instance {
- public:
-  explicit Instance(std::vector<std::string> args) {
-    int fds[2];
-    if (pipe2(fds, O_CLOEXEC) != 0) {
-      return;
-    }
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, fds[1], STDOUT_FILENO);
-    args.insert(args.begin(), QBPD_SERVICE_PROGRAM);
-    std::vector<char*> argv;
-    for (auto& arg : args) {
-      argv.push_back(arg.data());
-    }
-    argv.push_back(nullptr);
-    if (posix_spawn(&pid_, QBPD_SERVICE_PROGRAM, &actions, nullptr, argv.data(),
-                    environ) != 0) {
-      pid_ = -1;
-    }
-    posix_spawn_file_actions_destroy(&actions);
-    close(fds[1]);
-    out_ = fds[0];
-  }
-  Instance(const Instance&) = delete;
-  Instance& operator=(const Instance&) = delete;
-
-  ~Instance() {
-    if (pid_ > 0) {
-      kill(pid_, SIGTERM);
-      int status = 0;
-      for (int i = 0; i < 100 && waitpid(pid_, &status, WNOHANG) == 0; ++i) {
-        poll(nullptr, 0, 50);
-      }
-      if (waitpid(pid_, &status, WNOHANG) == 0) {
-        kill(pid_, SIGKILL);
-        waitpid(pid_, &status, 0);
-      }
-    }
-    if (out_ >= 0) {
-      close(out_);
-    }
-  }
-
-  // The port of its "listening on" line; 0 when none came within a bound.
-  int Port() {
-    std::string text;
-    pollfd fd{out_, POLLIN, 0};
-    while (text.find('\n') == std::string::npos && poll(&fd, 1, 20000) > 0) {
-      char buffer[256];
-      const ssize_t n = read(out_, buffer, sizeof buffer);
-      if (n <= 0) {
-        break;
-      }
-      text.append(buffer, static_cast<size_t>(n));
-    }
-    const std::string prefix = "listening on 127.0.0.1:";
-    if (text.rfind(prefix, 0) != 0) {
-      ADD_FAILURE() << "the service said: " << text;
-      return 0;
-    }
-    return std::stoi(text.substr(prefix.size()));
-  }
-
- private:
-  pid_t pid_ = -1;
-  int out_ = -1;
-};
 
 // A client of one instance.
 class Client {
@@ -195,8 +117,8 @@ TEST_F(SharedStoreTest, TwoInstancesServeOneStoreAsOne) {
       "--port",      "0",          "--data-dir",       data.string(),
       "--seed-demo", "--database", cluster_.conninfo()};
   // Both start at once: the tables are made and seeded once.
-  Instance first_process(args);
-  Instance second_process(args);
+  testing::ServiceProcess first_process(args);
+  testing::ServiceProcess second_process(args);
   const int first_port = first_process.Port();
   const int second_port = second_process.Port();
   ASSERT_GT(first_port, 0);
