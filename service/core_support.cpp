@@ -6,6 +6,7 @@
 
 #include <sodium.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -144,6 +145,56 @@ void WriteFileAtomically(const std::filesystem::path& path,
     throw std::runtime_error("cannot write " + temp);
   }
   std::filesystem::rename(temp, path);
+}
+
+std::string ValidUtf8(const std::string& text) {
+  constexpr char kReplacement[] = "\xEF\xBF\xBD";
+  std::string out;
+  out.reserve(text.size());
+  std::size_t i = 0;
+  while (i < text.size()) {
+    const auto lead = static_cast<unsigned char>(text[i]);
+    // The length of the character that `lead` starts, and the range its
+    // second byte must be in (narrower after some leads, so that no
+    // character is written longer than it must be, and no surrogate or
+    // code point beyond U+10FFFF is).
+    std::size_t length = 0;
+    unsigned char low = 0x80;
+    unsigned char high = 0xBF;
+    if (lead < 0x80) {
+      length = 1;
+    } else if (lead >= 0xC2 && lead <= 0xDF) {
+      length = 2;
+    } else if (lead >= 0xE0 && lead <= 0xEF) {
+      length = 3;
+      low = lead == 0xE0 ? 0xA0 : 0x80;
+      high = lead == 0xED ? 0x9F : 0xBF;
+    } else if (lead >= 0xF0 && lead <= 0xF4) {
+      length = 4;
+      low = lead == 0xF0 ? 0x90 : 0x80;
+      high = lead == 0xF4 ? 0x8F : 0xBF;
+    }
+    bool whole = length > 0 && i + length <= text.size();
+    for (std::size_t k = 1; whole && k < length; ++k) {
+      const auto next = static_cast<unsigned char>(text[i + k]);
+      whole =
+          k == 1 ? next >= low && next <= high : next >= 0x80 && next <= 0xBF;
+    }
+    if (whole) {
+      out.append(text, i, length);
+      i += length;
+    } else {
+      out += kReplacement;
+      ++i;
+    }
+  }
+  return out;
+}
+
+bool IsPlainCode(const std::string& code) {
+  return !code.empty() && std::all_of(code.begin(), code.end(), [](char c) {
+    return c > ' ' && c < 0x7F;
+  });
 }
 
 std::string Join(const std::vector<std::string>& items, const char* glue) {

@@ -58,6 +58,15 @@ void WriteFileAtomically(const std::filesystem::path& path,
 
 std::string Join(const std::vector<std::string>& items, const char* glue);
 
+// `text` with every byte that is not part of well-formed UTF-8 replaced by
+// U+FFFD, as a browser shows it: names from a client's URL may be in any
+// encoding, and a JSON answer and the PostgreSQL store take UTF-8 only.
+std::string ValidUtf8(const std::string& text);
+
+// Whether `code` could be one the service gave out (a session code, a
+// share's token): printable ASCII, nothing else. Any other is no one's.
+bool IsPlainCode(const std::string& code);
+
 // The page for a request without a live session.
 PageResult Refused();
 

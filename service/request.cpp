@@ -9,6 +9,21 @@ namespace qbpd::service {
 
 using nlohmann::json;
 
+namespace {
+
+// Text that holds a NUL character is no text of the protocol: no name,
+// address, code or message has one, and one of the stores (PostgreSQL)
+// cannot keep it.
+std::string Checked(const json& value, const char* name) {
+  std::string text = value.get<std::string>();
+  if (text.find('\0') != std::string::npos) {
+    throw BadRequest(std::string("field ") + name + " holds a NUL character");
+  }
+  return text;
+}
+
+}  // namespace
+
 std::string Text(const json& request, const char* name) {
   const auto it = request.find(name);
   if (it == request.end() || it->is_null()) {
@@ -17,7 +32,7 @@ std::string Text(const json& request, const char* name) {
   if (!it->is_string()) {
     throw BadRequest(std::string("field ") + name + " is not text");
   }
-  return it->get<std::string>();
+  return Checked(*it, name);
 }
 
 std::vector<std::string> TextArray(const json& request, const char* name) {
@@ -33,7 +48,7 @@ std::vector<std::string> TextArray(const json& request, const char* name) {
     if (!item.is_string()) {
       throw BadRequest(std::string("field ") + name + " holds a non-text");
     }
-    out.push_back(item.get<std::string>());
+    out.push_back(Checked(item, name));
   }
   return out;
 }

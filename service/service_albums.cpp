@@ -18,6 +18,12 @@ namespace {
 // The secret in a share's link: whoever holds the link sees the album.
 constexpr std::size_t kShareTokenBytes = 24;
 
+// The name the client's file had, up to a NUL that no file name holds, in
+// UTF-8 whatever the client's encoding was.
+std::string OriginalName(const std::string& file) {
+  return ValidUtf8(file.substr(0, file.find('\0')));
+}
+
 }  // namespace
 
 json ServiceCore::GetAlbumList(std::int64_t account) {
@@ -208,8 +214,9 @@ json ServiceCore::Upload(const std::map<std::string, std::string>& query,
   const std::string album_id = Trim(value("albumid"));
   Transaction transaction(*db_);
   if (album_id.empty()) {
-    const std::string name = Trim(value("albumname"));
-    if (name.empty() || name.size() > 200) {
+    const std::string name = ValidUtf8(Trim(value("albumname")));
+    if (name.empty() || name.size() > 200 ||
+        name.find('\0') != std::string::npos) {
       return fail("3004", true);
     }
     album = InsertReturningId(
@@ -236,7 +243,7 @@ json ServiceCore::Upload(const std::map<std::string, std::string>& query,
                      "RETURNING id")
             .Bind(1, *album)
             .Bind(2, stored)
-            .Bind(3, value("file"))
+            .Bind(3, OriginalName(value("file")))
             .Bind(4, type->mime)
             .Bind(5, static_cast<std::int64_t>(content.size())));
     transaction.Commit();

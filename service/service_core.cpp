@@ -289,7 +289,9 @@ void ServiceCore::SeedDemo() {
 }
 
 std::optional<std::int64_t> ServiceCore::Authenticate(const std::string& code) {
-  if (code.empty()) {
+  // A code from a URL may hold any bytes; one the service never gives out
+  // is no session's, whichever store is asked.
+  if (!IsPlainCode(code)) {
     return std::nullopt;
   }
   auto find =

@@ -191,7 +191,7 @@ struct SharedAlbum {
 };
 
 std::optional<SharedAlbum> FindShare(Db& db, const std::string& token) {
-  if (token.empty() || token.size() > 128) {
+  if (token.size() > 128 || !IsPlainCode(token)) {
     return std::nullopt;
   }
   auto find = db.Prepare(

@@ -1,10 +1,13 @@
 // The service's SQL on both stores: the same text gives the same answers
 // on the SQLite file and on a real PostgreSQL cluster, and what must happen
 // once under a race does.
+#include "service/core_support.h"
 #include "service/db.h"
 #include "service/schema.h"
+#include "service/service_core.h"
 #include "service/store_throttle.h"
 #include "tests/service/pg_cluster.h"
+#include "tests/service/service_fixture.h"
 #include "tests/support/temp_dir.h"
 
 #include <gtest/gtest.h>
@@ -213,6 +216,57 @@ TEST_P(StoreTest, StoredFailedLoginsCountAsTheOnesInMemory) {
     EXPECT_EQ(stored.WaitFor(step.key, step.at), step.wait)
         << step.what << " " << step.key << " at " << step.at;
     EXPECT_EQ(other.WaitFor(step.key, step.at), 0);
+  }
+}
+
+// What a client may send that one store could keep and the other could
+// not: both answer alike, and nothing breaks an answer later.
+TEST_P(StoreTest, ForeignBytesAndNulsAnswerAlikeOnBothStores) {
+  ServiceOptions options;
+  options.data_dir = dir_ / "data";
+  options.seed_demo = true;
+  options.demo_password = kTestDemoPassword;
+  options.store = std::move(db_);
+  ServiceCore core(options);
+  const auto answer = [&](const std::string& operation,
+                          const nlohmann::json& body) {
+    return core.Call(operation, body).value_or(nlohmann::json());
+  };
+  const std::string code = answer(
+      "LoginUser",
+      {{"email", kDemoEmail}, {"password", kTestDemoPassword}})["session"][0];
+  // Names from the upload's URL in Latin-1 are kept as UTF-8, with the
+  // bytes that are not UTF-8 shown as U+FFFD.
+  const auto uploaded = core.Upload({{"authcode", code},
+                                     {"albumname", "Caf\xE9"},
+                                     {"file", "C:/\xE9t\xE9.png"}},
+                                    kPng);
+  ASSERT_EQ(uploaded["ok"], true) << uploaded.dump();
+  const auto albums = answer("GetAlbumList", {{"authCode", code}});
+  EXPECT_EQ(albums["albums"][1].back(), "Caf\xEF\xBF\xBD");
+  EXPECT_NE(core.AlbumPage(uploaded["albumId"], code)
+                .html.find("\xEF\xBF\xBDt\xEF\xBF\xBD.png"),
+            std::string::npos);
+  EXPECT_EQ(
+      core.Upload({{"authcode", code}, {"albumname", std::string("a\0b", 3)}},
+                  kPng)["errCode"],
+      "3004");
+  // A NUL in the protocol's text is a malformed request.
+  EXPECT_THROW(answer("LoginUser", {{"email", std::string("a\0b", 3)}}),
+               BadRequest);
+  EXPECT_THROW(answer("ShareAlbum",
+                      {{"authCode", code}, {"subject", std::string("\0", 1)}}),
+               BadRequest);
+  // Codes and tokens of bytes the service never gives out are no one's:
+  // in a JSON request (where a NUL is malformed, as above) and in a URL.
+  for (const std::string& bad : {std::string("\xE9"), std::string("a b")}) {
+    EXPECT_EQ(answer("GetAlbumList", {{"authCode", bad}})["errCode"],
+              kSessionCode);
+  }
+  for (const std::string& bad :
+       {std::string("\xE9"), std::string("ab\0", 3), std::string("a b")}) {
+    EXPECT_EQ(core.Photo("P1", bad).refusal.status, 403);
+    EXPECT_EQ(core.SharedAlbumPage(bad).status, 404);
   }
 }
 
