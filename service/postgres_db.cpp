@@ -147,7 +147,7 @@ class PostgresDb : public Db {
   }
   void Rollback() override {
     in_transaction_ = false;
-    if (PQstatus(conn_) == CONNECTION_OK) {
+    if (!broken_ && PQstatus(conn_) == CONNECTION_OK) {
       Exec("ROLLBACK");
     }
   }
@@ -172,16 +172,29 @@ class PostgresDb : public Db {
   void Check(const PGresult* result, const char* what) {
     const ExecStatusType status =
         result != nullptr ? PQresultStatus(result) : PGRES_FATAL_ERROR;
-    if (status != PGRES_COMMAND_OK && status != PGRES_TUPLES_OK) {
-      throw DbError(std::string(what) + ": " + ErrorOf(conn_, result));
+    if (status == PGRES_COMMAND_OK || status == PGRES_TUPLES_OK) {
+      return;
     }
+    // A connection the server closed can still look good to libpq until it
+    // is used again; an error of the connection itself (libpq's own, with
+    // no SQLSTATE, class 08, or the server shutting down) marks it for a
+    // new one.
+    const char* state = result != nullptr
+                            ? PQresultErrorField(result, PG_DIAG_SQLSTATE)
+                            : nullptr;
+    const std::string code = state != nullptr ? state : "";
+    if (PQstatus(conn_) != CONNECTION_OK || code.empty() ||
+        code.starts_with("08") || code.starts_with("57P")) {
+      broken_ = true;
+    }
+    throw DbError(std::string(what) + ": " + ErrorOf(conn_, result));
   }
 
   // A connection that broke (the server restarted, a replica was promoted
   // behind the same address) is opened again before the next statement,
   // but never inside a transaction: its earlier statements are gone.
   void Reconnect() {
-    if (PQstatus(conn_) == CONNECTION_OK) {
+    if (!broken_ && PQstatus(conn_) == CONNECTION_OK) {
       return;
     }
     if (in_transaction_) {
@@ -192,6 +205,7 @@ class PostgresDb : public Db {
       throw DbError("cannot reconnect to the database: " +
                     ErrorOf(conn_, nullptr));
     }
+    broken_ = false;
     Settle();
   }
 
@@ -206,6 +220,7 @@ class PostgresDb : public Db {
 
   PGconn* conn_;
   bool in_transaction_ = false;
+  bool broken_ = false;
 };
 
 bool PostgresStatement::Step() {

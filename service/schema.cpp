@@ -6,6 +6,9 @@ namespace qbpd::service {
 
 namespace {
 
+// login_failures serves a shared store (store_throttle.h); one service alone
+// counts in memory, but the table is here too, so that the stored counts
+// run on either store.
 constexpr const char* kSqliteSchema = R"sql(
 CREATE TABLE IF NOT EXISTS meta (key TEXT PRIMARY KEY, value TEXT NOT NULL);
 CREATE TABLE IF NOT EXISTS accounts (

@@ -96,6 +96,11 @@ std::string PgCluster::conninfo() const {
   return "host=" + home_.string() + " user=" + kUser + " dbname=" + kDatabase;
 }
 
+bool PgCluster::Restart() {
+  return RunAsOwner({"pg_ctl", "-D", (home_ / "data").string(), "-m",
+                     "immediate", "-w", "-t", "30", "restart"});
+}
+
 std::string PgCluster::NewDatabase(const std::string& name) const {
   auto db = service::OpenPostgresDb(conninfo());
   db->Exec(("CREATE DATABASE " + name).c_str());

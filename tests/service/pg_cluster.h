@@ -30,6 +30,9 @@ class PgCluster {
   const std::string& why() const { return why_; }
   // libpq's connection words for the cluster's first database.
   std::string conninfo() const;
+  // Stops the server at once, as a crash would, and starts it again; false
+  // when it did not come back.
+  bool Restart();
   // Makes a new empty database `name` and gives its connection words, so
   // that tests on one cluster do not see each other's tables.
   std::string NewDatabase(const std::string& name) const;

@@ -2,6 +2,7 @@
 // data folder, as they run behind a load balancer: a throwaway cluster, two
 // real qbpd-service processes, and clients that go to either.
 #include "service/core_support.h"
+#include "service/db.h"
 #include "service/service_core.h"
 #include "tests/service/pg_cluster.h"
 #include "tests/service/service_fixture.h"
@@ -16,6 +17,7 @@
 #include <fstream>
 #include <future>
 #include <latch>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -270,6 +272,34 @@ TEST_F(SharedStoreTest, FailedLoginsOnEitherInstanceCountTogether) {
   EXPECT_EQ(
       (*a.Call("GetUserInfo", {{"authCode", signed_in["session"][0]}}))["ok"],
       true);
+}
+
+// A database server that restarts (or a standby that takes over behind the
+// same address) costs the request under way and no more: the instance
+// connects again, and its sessions are still there.
+TEST_F(SharedStoreTest, AnInstanceOutlivesARestartOfItsDatabase) {
+  ServiceOptions options;
+  options.data_dir = shared_ / "data";
+  options.database = cluster_.NewDatabase("restarts");
+  ServiceCore core(options);
+  const json registered =
+      *core.Call("RegisterUser", {{"fields", SignUpFields()}});
+  ASSERT_EQ(registered["ok"], true) << registered.dump();
+  const json who = {{"authCode", registered["result"][0]}};
+  ASSERT_TRUE(cluster_.Restart());
+  int failed = 0;
+  std::optional<json> answer;
+  while (!answer && failed < 2) {
+    try {
+      answer = core.Call("GetUserInfo", who);
+    } catch (const DbError&) {
+      ++failed;
+    }
+  }
+  ASSERT_TRUE(answer.has_value());
+  EXPECT_EQ((*answer)["profile"][0], "ann@example.test");
+  EXPECT_LE(failed, 1);
+  EXPECT_EQ((*core.Call("GetAlbumList", who))["ok"], true);
 }
 
 }  // namespace

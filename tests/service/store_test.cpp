@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <future>
 #include <memory>
 #include <optional>
@@ -308,7 +309,9 @@ TEST_P(PostgresStoreTest, AConfirmationThatRacesAnotherWaitsAndFindsItDone) {
   // The other confirmation is seen waiting for this one's row lock before
   // this one commits; a bound, not a measurement.
   bool waiting = false;
-  for (int i = 0; i < 5000 && !waiting; ++i) {
+  const auto until =
+      std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  while (!waiting && std::chrono::steady_clock::now() < until) {
     auto locks =
         watcher->Prepare("SELECT count(*) FROM pg_locks WHERE NOT granted");
     waiting = locks.Step() && locks.Int(0) > 0;
