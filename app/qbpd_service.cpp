@@ -1,4 +1,5 @@
-// qbpd-service: the reference online service on one machine.
+// qbpd-service: the reference online service, alone on one machine or as one
+// of several instances on a shared store (--database).
 
 #include "service/front.h"
 #include "service/server.h"

@@ -100,8 +100,16 @@ std::string DemoPassword(const fs::path& data) {
   return "";
 }
 
+// One cluster for the tests of this file (each test its own database),
+// stopped and removed after the last of them, failed or not.
 class SharedStoreTest : public ::testing::Test {
  protected:
+  static void SetUpTestSuite() { cluster = new testing::PgCluster(); }
+  static void TearDownTestSuite() {
+    delete cluster;
+    cluster = nullptr;
+  }
+
   void SetUp() override {
     if (!cluster_.installed()) {
       GTEST_SKIP() << cluster_.why();
@@ -109,15 +117,22 @@ class SharedStoreTest : public ::testing::Test {
     ASSERT_TRUE(cluster_.running()) << cluster_.why();
   }
 
-  testing::PgCluster cluster_;
+  static testing::PgCluster* cluster;
+  testing::PgCluster& cluster_ = *cluster;
   testing::TempDir shared_;
 };
 
+testing::PgCluster* SharedStoreTest::cluster = nullptr;
+
 TEST_F(SharedStoreTest, TwoInstancesServeOneStoreAsOne) {
   const fs::path data = shared_ / "data";
-  const std::vector<std::string> args = {
-      "--port",      "0",          "--data-dir",       data.string(),
-      "--seed-demo", "--database", cluster_.conninfo()};
+  const std::vector<std::string> args = {"--port",
+                                         "0",
+                                         "--data-dir",
+                                         data.string(),
+                                         "--seed-demo",
+                                         "--database",
+                                         cluster_.NewDatabase("instances")};
   // Both start at once: the tables are made and seeded once.
   testing::ServiceProcess first_process(args);
   testing::ServiceProcess second_process(args);
