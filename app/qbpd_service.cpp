@@ -39,12 +39,23 @@ struct Arguments {
   std::vector<std::string> trusted_proxies;
 };
 
+// Instances that share a data folder each run a front of their own: no two
+// of them listen on one port of one machine.
+std::string FrontFolderName(const Arguments& args) {
+  if (args.database.empty()) {
+    return "front";
+  }
+  char host[256] = {};
+  gethostname(host, sizeof host - 1);
+  return "front-" + std::string(host) + "-" + std::to_string(args.port);
+}
+
 void PrintUsage() {
   std::fprintf(stderr,
                "usage: qbpd-service --port N --data-dir DIR [--seed-demo] "
+               "[--database CONNINFO] [--trusted-proxy ADDR[/BITS]]... "
                "[--listen ADDR] [--upgrade-version V] [--front] "
-               "[--mail-relay smtp://HOST:PORT] [--database CONNINFO] "
-               "[--trusted-proxy ADDR[/BITS]]...\n");
+               "[--mail-relay smtp://HOST:PORT]\n");
 }
 
 bool ParseArguments(int argc, char** argv, Arguments& args) {
@@ -94,26 +105,15 @@ bool ParseArguments(int argc, char** argv, Arguments& args) {
     std::fprintf(stderr, "qbpd-service: --data-dir is required\n");
     return false;
   }
-  if (!args.trusted_proxies.empty() && !args.front) {
-    std::fprintf(stderr, "qbpd-service: --trusted-proxy needs --front\n");
-    return false;
-  }
   if (args.front && args.port == 0) {
     std::fprintf(stderr, "qbpd-service: --front needs a port of its own\n");
     return false;
   }
-  return true;
-}
-
-// Instances that share a data folder each run a front of their own: no two
-// of them listen on one port of one machine.
-std::string FrontFolderName(const Arguments& args) {
-  if (args.database.empty()) {
-    return "front";
+  if (!args.trusted_proxies.empty() && !args.front) {
+    std::fprintf(stderr, "qbpd-service: --trusted-proxy needs --front\n");
+    return false;
   }
-  char host[256] = {};
-  gethostname(host, sizeof host - 1);
-  return "front-" + std::string(host) + "-" + std::to_string(args.port);
+  return true;
 }
 
 }  // namespace
@@ -135,10 +135,10 @@ int main(int argc, char** argv) {
   try {
     qbpd::service::ServiceOptions options;
     options.data_dir = args.data_dir;
+    options.database = args.database;
     options.seed_demo = args.seed_demo;
     options.upgrade_version = args.upgrade_version;
     options.mail_relay = args.mail_relay;
-    options.database = args.database;
     qbpd::service::ServiceCore core(options);
     qbpd::service::Server server(core, args.front);
     // Behind the front the service itself listens on a loopback port of
