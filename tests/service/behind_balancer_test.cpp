@@ -61,5 +61,31 @@ TEST(BehindBalancerTest, AnUntrustedOneIsOneClientForAll) {
   EXPECT_NE(other.find("\"2022\""), std::string::npos) << other;
 }
 
+TEST(BehindBalancerTest, BadOptionsOfSeveralInstancesAreRefused) {
+  testing::TempDir dir;
+  const std::string data = dir.path().string() + "/data";
+  struct Case {
+    std::vector<std::string> args;
+    int status;
+  };
+  const Case cases[] = {
+      // A balancer is named to the front; without one, to nobody.
+      {{"--port", "0", "--data-dir", data, "--trusted-proxy", "10.0.0.1"}, 2},
+      {{"--port", "8931", "--data-dir", data, "--front", "--trusted-proxy",
+        "balancer.example"},
+       2},
+      {{"--port", "0", "--data-dir", data, "--database"}, 2},
+      // A database that is not there: the start fails, nothing listens.
+      {{"--port", "0", "--data-dir", data, "--database",
+        "host=" + dir.path().string() + " connect_timeout=2"},
+       1},
+  };
+  for (const Case& c : cases) {
+    testing::ServiceProcess service(c.args);
+    EXPECT_EQ(service.Wait(), c.status) << c.args.back();
+    EXPECT_EQ(service.NextLine(), "") << c.args.back();
+  }
+}
+
 }  // namespace
 }  // namespace qbpd::service

@@ -62,6 +62,19 @@ class ServiceProcess {
     }
   }
 
+  // Its exit status once it ended (waiting at most about 20 s), or -1.
+  int Wait() {
+    int status = 0;
+    for (int i = 0; i < 400 && pid_ > 0; ++i) {
+      if (waitpid(pid_, &status, WNOHANG) == pid_) {
+        pid_ = -1;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+      }
+      poll(nullptr, 0, 50);
+    }
+    return -1;
+  }
+
   // The port of its "listening on" line; 0 when none came within a bound.
   int Port() {
     const std::string text = NextLine();
