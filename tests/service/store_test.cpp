@@ -23,8 +23,9 @@
 namespace qbpd::service {
 namespace {
 
-// One cluster for every test of this file; each test gets a database of
-// its own.
+// One cluster for the PostgreSQL tests of this file, made by the first of
+// them (a run of the SQLite ones alone makes none); each test gets a
+// database of its own.
 testing::PgCluster* cluster = nullptr;
 
 std::string StoreName(const ::testing::TestParamInfo<Dialect>& store) {
@@ -33,7 +34,6 @@ std::string StoreName(const ::testing::TestParamInfo<Dialect>& store) {
 
 class StoreTest : public ::testing::TestWithParam<Dialect> {
  protected:
-  static void SetUpTestSuite() { cluster = new testing::PgCluster(); }
   static void TearDownTestSuite() {
     delete cluster;
     cluster = nullptr;
@@ -43,6 +43,9 @@ class StoreTest : public ::testing::TestWithParam<Dialect> {
     if (GetParam() == Dialect::kSqlite) {
       db_ = OpenSqliteDb((dir_ / "service.db").string());
     } else {
+      if (cluster == nullptr) {
+        cluster = new testing::PgCluster();
+      }
       if (!cluster->installed()) {
         GTEST_SKIP() << cluster->why();
       }
