@@ -13,6 +13,9 @@
 namespace qbpd {
 namespace {
 
+// The zoom a load leaves.
+constexpr int kLoadedPercent = 100;
+
 // What tells a file apart from the one that was decoded.
 struct FileStamp {
   dev_t device = 0;
@@ -62,6 +65,7 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
   void DecodeAhead(std::vector<std::string> paths) override {
     {
       std::lock_guard lock(mutex_);
+      wanted_ = paths;
       queue_.clear();
       for (auto it = ready_.begin(); it != ready_.end();) {
         if (std::find(paths.begin(), paths.end(), it->first) == paths.end()) {
@@ -108,39 +112,73 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
       ahead->SetViewSize(width_, height_);
       ahead->SetEventSink(sink_);
       current_ = std::move(ahead);
+      fitted_ahead_ = true;
       ++served_;
       return true;
     }
-    return current_->LoadPhoto(path);
+    if (!current_->LoadPhoto(path)) {
+      return false;
+    }
+    fitted_ahead_ = false;
+    return true;
   }
-  void Clear() override { current_->Clear(); }
+  void PrepareLoad(const std::vector<std::string>& paths) override {
+    DecodeAhead(paths);
+  }
+  void Clear() override {
+    current_->Clear();
+    fitted_ahead_ = false;
+  }
   bool HasPhoto() const override { return current_->HasPhoto(); }
-  bool ZoomFitToWidth() override { return current_->ZoomFitToWidth(); }
-  bool ZoomTo(int percent) override { return current_->ZoomTo(percent); }
-  int ZoomPercent() const override { return current_->ZoomPercent(); }
+  bool ZoomFitToWidth() override {
+    if (!current_->ZoomFitToWidth()) {
+      return false;
+    }
+    fitted_ahead_ = false;
+    return true;
+  }
+  bool ZoomTo(int percent) override {
+    if (!current_->ZoomTo(percent)) {
+      return false;
+    }
+    fitted_ahead_ = false;
+    return true;
+  }
+  // A photo decoded ahead comes fitted, where a load leaves the zoom at
+  // 100%: until the next zoom, the zoom and the shown size are told as
+  // 100%, and anything drawn or pointed at first sets the zoom it tells.
+  int ZoomPercent() const override {
+    return fitted_ahead_ ? kLoadedPercent : current_->ZoomPercent();
+  }
   bool RotateView(int degrees) override {
     return current_->RotateView(degrees);
   }
   int ViewRotation() const override { return current_->ViewRotation(); }
   int PhotoWidth() const override { return current_->PhotoWidth(); }
   int PhotoHeight() const override { return current_->PhotoHeight(); }
-  int ShownWidth() const override { return current_->ShownWidth(); }
-  int ShownHeight() const override { return current_->ShownHeight(); }
+  int ShownWidth() const override {
+    return fitted_ahead_ ? current_->PhotoWidth() : current_->ShownWidth();
+  }
+  int ShownHeight() const override {
+    return fitted_ahead_ ? current_->PhotoHeight() : current_->ShownHeight();
+  }
   bool Render(int x,
               int y,
               int w,
               int h,
               std::vector<std::uint8_t>& rgb) override {
-    return current_->Render(x, y, w, h, rgb);
+    return AtToldZoom() && current_->Render(x, y, w, h, rgb);
   }
   bool ToolMouseDown(double x, double y, int button) override {
-    return current_->ToolMouseDown(x, y, button);
+    return AtToldZoom() && current_->ToolMouseDown(x, y, button);
   }
   bool ToolMouseMove(double x, double y, int buttons) override {
-    return current_->ToolMouseMove(x, y, buttons);
+    return AtToldZoom() && current_->ToolMouseMove(x, y, buttons);
   }
   void ToolMouseUp(double x, double y, int button) override {
-    current_->ToolMouseUp(x, y, button);
+    if (AtToldZoom()) {
+      current_->ToolMouseUp(x, y, button);
+    }
   }
   void SetEventSink(EventSink sink) override {
     sink_ = sink;
@@ -170,6 +208,18 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
   }
 
  private:
+  // Brings a model that came fitted to the 100% it told; false when it
+  // cannot be shown at 100%, as a plain load would fail to.
+  bool AtToldZoom() {
+    if (fitted_ahead_) {
+      if (!current_->ZoomTo(kLoadedPercent)) {
+        return false;
+      }
+      fitted_ahead_ = false;
+    }
+    return true;
+  }
+
   // The model decoded ahead for `path`, if it is there and still the file's
   // picture; waits for it when it is being decoded now.
   std::shared_ptr<DisplayControl> TakeDecoded(const std::string& path) {
@@ -203,7 +253,10 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
       lock.unlock();
       Decoded decoded = Decode(path, width, height);
       lock.lock();
-      const bool still_wanted = !stopping_;
+      // A photo the wish dropped meanwhile is thrown away.
+      const bool still_wanted =
+          !stopping_ &&
+          std::find(wanted_.begin(), wanted_.end(), path) != wanted_.end();
       if (still_wanted) {
         ready_[path] = std::move(decoded);
       }
@@ -236,12 +289,16 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
   std::shared_ptr<DisplayControl> current_;
   EventSink sink_;
   int served_ = 0;
+  // The model on show came from a decoding ahead and is still at the fit
+  // it was made with, while the caller was told 100%.
+  bool fitted_ahead_ = false;
 
   std::mutex mutex_;
   std::condition_variable changed_;
   std::thread worker_;
   bool stopping_ = false;
   std::deque<std::string> queue_;
+  std::vector<std::string> wanted_;
   std::string working_;
   std::map<std::string, Decoded> ready_;
   int width_ = 0;

@@ -33,7 +33,13 @@ namespace qbpd {
 // WithinDecodeBudget), a JPEG without its end marker, a corrupt or truncated
 // file, and anything that is not a plain file (never waited on). However
 // long or narrow the photo, every shown side keeps at least one pixel.
-std::unique_ptr<DisplayControl> MakeVipsDisplayControl();
+//
+// With `work_ahead`, the model decodes the photos that PrepareLoad names on
+// a thread of its own (see decode_ahead.h), so that their LoadPhoto takes
+// no decoding on the caller's thread; every answer is the same as without.
+// Without, PrepareLoad is ignored (the benchmarks and the tests compare the
+// two).
+std::unique_ptr<DisplayControl> MakeVipsDisplayControl(bool work_ahead = true);
 
 }  // namespace qbpd
 

@@ -222,31 +222,34 @@ std::optional<PhotoHeader> ReadHeader(const std::string& path) {
   return header;
 }
 
-std::optional<std::vector<unsigned char>> ReadWholeFile(
-    const std::string& path) {
-  const int fd = OpenPhotoFile(path);
-  if (fd < 0) {
-    return std::nullopt;
+bool ReadWholeFile(const std::string& path, FileBytes& bytes) {
+  const FileDescriptor fd(OpenPhotoFile(path));
+  if (fd.get() < 0) {
+    return false;
   }
-  std::vector<unsigned char> bytes;
+  bytes.size = 0;
   struct stat status {};
-  if (::fstat(fd, &status) == 0 && status.st_size > 0) {
-    bytes.resize(static_cast<std::size_t>(status.st_size));
-    std::size_t got = 0;
-    while (got < bytes.size()) {
-      const ssize_t n = ::read(fd, bytes.data() + got, bytes.size() - got);
-      if (n < 0 && errno == EINTR) {
-        continue;
-      }
-      if (n <= 0) {
-        break;
-      }
-      got += static_cast<std::size_t>(n);
-    }
-    bytes.resize(got);
+  if (::fstat(fd.get(), &status) != 0 || status.st_size <= 0) {
+    return true;
   }
-  ::close(fd);
-  return bytes;
+  const auto wanted = static_cast<std::size_t>(status.st_size);
+  if (wanted > bytes.capacity) {
+    // Left uninitialised: the read fills it.
+    bytes.data.reset(new unsigned char[wanted]);
+    bytes.capacity = wanted;
+  }
+  while (bytes.size < wanted) {
+    const ssize_t n =
+        ::read(fd.get(), bytes.data.get() + bytes.size, wanted - bytes.size);
+    if (n < 0 && errno == EINTR) {
+      continue;
+    }
+    if (n <= 0) {
+      break;
+    }
+    bytes.size += static_cast<std::size_t>(n);
+  }
+  return true;
 }
 
 namespace {
@@ -258,18 +261,20 @@ namespace {
 // then decides.
 std::optional<vips::VImage> TurboDecode(const std::string& path,
                                         const PhotoHeader& header,
-                                        Needed needed) {
-  const std::optional<std::vector<unsigned char>> jpeg = ReadWholeFile(path);
+                                        Needed needed,
+                                        FileBytes& bytes) {
   const TurboHandle handle(tjInitDecompress());
-  if (!jpeg || !handle) {
+  if (!ReadWholeFile(path, bytes) || bytes.size == 0 || !handle) {
     return std::nullopt;
   }
+  const unsigned char* const jpeg = bytes.data.get();
+  const unsigned long jpeg_size = bytes.size;
   int width = 0;
   int height = 0;
   int subsampling = 0;
   int colourspace = 0;
-  if (tjDecompressHeader3(handle.get(), jpeg->data(), jpeg->size(), &width,
-                          &height, &subsampling, &colourspace) != 0 ||
+  if (tjDecompressHeader3(handle.get(), jpeg, jpeg_size, &width, &height,
+                          &subsampling, &colourspace) != 0 ||
       width != header.stored_width || height != header.stored_height ||
       colourspace == TJCS_CMYK || colourspace == TJCS_YCCK) {
     return std::nullopt;
@@ -293,8 +298,8 @@ std::optional<vips::VImage> TurboDecode(const std::string& path,
   if (pixels == nullptr) {
     return std::nullopt;
   }
-  if (tjDecompress2(handle.get(), jpeg->data(), jpeg->size(), pixels,
-                    scaled_width, /*pitch=*/0, scaled_height, TJPF_RGB,
+  if (tjDecompress2(handle.get(), jpeg, jpeg_size, pixels, scaled_width,
+                    /*pitch=*/0, scaled_height, TJPF_RGB,
                     /*flags=*/0) != 0) {
     vips_tracked_free(pixels);
     return std::nullopt;
@@ -316,11 +321,13 @@ std::optional<vips::VImage> TurboDecode(const std::string& path,
 // yet turned upright.
 vips::VImage DecodeStored(const std::string& path,
                           const PhotoHeader& header,
-                          Needed needed) {
+                          Needed needed,
+                          FileBytes* scratch) {
   switch (header.kind) {
     case PhotoKind::kJpeg: {
-      if (std::optional<vips::VImage> fast =
-              TurboDecode(path, header, needed)) {
+      FileBytes own;
+      if (std::optional<vips::VImage> fast = TurboDecode(
+              path, header, needed, scratch != nullptr ? *scratch : own)) {
         return *fast;
       }
       // Sides rounded down, as libvips checks them: a side of 4 pixels is

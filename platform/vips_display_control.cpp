@@ -1,3 +1,4 @@
+#include "platform/decode_ahead.h"
 #include "platform/display_model.h"
 #include "platform/photo_decode.h"
 #include "platform/photo_edits.h"
@@ -444,7 +445,7 @@ class VipsDisplayControl final : public DisplayControl {
   // Makes sure `photo` is decoded finely enough for `scale`, decoding the
   // file again when it is not. A finer decoding already held is kept. On
   // failure the photo keeps what it had.
-  static bool Decode(Photo& photo, double scale) {
+  bool Decode(Photo& photo, double scale) {
     auto side = [scale](int stored) {
       return std::clamp(static_cast<int>(std::ceil(stored * scale - 1e-9)), 1,
                         stored);
@@ -455,7 +456,8 @@ class VipsDisplayControl final : public DisplayControl {
         Covers(photo.decoded->width(), photo.decoded->height(), needed)) {
       return true;
     }
-    vips::VImage decoded = DecodeStored(photo.path, photo.header, needed);
+    vips::VImage decoded =
+        DecodeStored(photo.path, photo.header, needed, &file_bytes_);
     photo.decoded = std::move(decoded);
     photo.shown.reset();
     return true;
@@ -579,6 +581,8 @@ class VipsDisplayControl final : public DisplayControl {
 
   int view_width_ = 0;
   int view_height_ = 0;
+  // The bytes of the file being decoded, kept for the next decoding.
+  FileBytes file_bytes_;
   std::optional<Photo> photo_;
   PhotoEdits edits_;
   EventSink sink_;
@@ -593,13 +597,18 @@ class VipsDisplayControl final : public DisplayControl {
 
 }  // namespace
 
-std::unique_ptr<DisplayControl> MakeVipsDisplayControl() {
+std::unique_ptr<DisplayControl> MakeVipsDisplayControl(bool work_ahead) {
   // Starting libvips again is harmless. Its operation cache stays off, as
   // for the thumbnails: cached loaders would keep photo files open.
   if (VIPS_INIT("qbpd") == 0) {
     vips_cache_set_max(0);
   }
-  return std::make_unique<VipsDisplayControl>();
+  if (!work_ahead) {
+    return std::make_unique<VipsDisplayControl>();
+  }
+  return MakeDecodeAheadDisplay([]() -> std::shared_ptr<DisplayControl> {
+    return std::make_unique<VipsDisplayControl>();
+  });
 }
 
 }  // namespace qbpd

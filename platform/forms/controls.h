@@ -435,6 +435,9 @@ class PhotoView : public StatefulControl<PhotoViewState> {
   // The file last loaded with success; "" when none is shown.
   const std::string& PhotoPath() const { return state_.photo_path; }
   bool LoadPhoto(const std::string& path);
+  // Tells the model the photos likely to be loaded next (see
+  // DisplayControl::PrepareLoad), at the control's present size.
+  void PrepareLoad(const std::vector<std::string>& paths);
   void ClearPhoto();
   bool ZoomFitToWidth();
   bool ZoomTo(int percent);

@@ -43,6 +43,14 @@ class DisplayControl {
   virtual bool LoadPhoto(const std::string& path) = 0;
   // Drops the photo; the view shows only its background.
   virtual void Clear() = 0;
+  // A hint that LoadPhoto may soon be asked for `paths`, the likeliest
+  // first: a model may decode them ahead on another core at the view size of
+  // now. Every later call answers as it would without the hint; a photo
+  // changed since is loaded as it is then. Replaces the previous hint; an
+  // empty list drops it. A model without work ahead ignores it.
+  virtual void PrepareLoad(const std::vector<std::string>& paths) {
+    (void)paths;
+  }
   virtual bool HasPhoto() const = 0;
 
   // Scales the photo to the view's width, at any height.

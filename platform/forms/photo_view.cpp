@@ -56,6 +56,13 @@ bool PhotoView::LoadPhoto(const std::string& path) {
   return ok;
 }
 
+void PhotoView::PrepareLoad(const std::vector<std::string>& paths) {
+  if (state_.display) {
+    PassSize();
+    state_.display->PrepareLoad(paths);
+  }
+}
+
 void PhotoView::ClearPhoto() {
   if (state_.display)
     state_.display->Clear();
