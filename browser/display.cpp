@@ -235,6 +235,16 @@ void frmMainWindow::ClickThumbnail(int index) {
   ctrlQuilImage[index].SelectThumbnail();
 }
 
+void frmMainWindow::PrepareNextPhoto() {
+  for (int i = s_.giCurrentPhotoIndex + 1; i < s_.giNextPhotoIndex; ++i) {
+    if (s_.gdicPhotoList.Exists(i)) {
+      ctlDisplayImage.PrepareLoad({s_.gdicPhotoList.Item(i)});
+      return;
+    }
+  }
+  ctlDisplayImage.PrepareLoad({});
+}
+
 void frmMainWindow::SetFocusToWindow() {
   picImageListCont.SetFocus();
 }

@@ -302,6 +302,11 @@ void frmMainWindow::LoadImagesOnFolderClick(std::string& folder, bool& result) {
   }
   app_.images().PrepareThumbnails(first_photos, kThumbnailSize,
                                   kThumbnailQuality);
+  // The first of them goes on display: its decoding starts now, beside
+  // the thumbnails.
+  if (index == 0 && !first_photos.empty()) {
+    ctlDisplayImage.PrepareLoad({first_photos.front()});
+  }
   bool past_ten = false;
   for (const std::string& path : files) {
     if (s_.gbQuitRequested) {
@@ -380,6 +385,7 @@ void frmMainWindow::LoadImagesOnFolderClick(std::string& folder, bool& result) {
     SetPhotosSelectedCaption();
     host().SetMousePointer(kPointerDefault);
     s_.gbLoadInProgress = false;
+    PrepareNextPhoto();
     return;
   }
   finish_empty();

@@ -363,6 +363,9 @@ class frmMainWindow : public Form {
   bool ThumbnailShowable(int index) const;
   // Clicks the thumbnail of photo `index`, loading its control if need be.
   void ClickThumbnail(int index);
+  // Tells the photo view the photo that the Next button would show, so that
+  // it may be decoded ahead while the current one is on view.
+  void PrepareNextPhoto();
   // One arrow key: a step of -1, -2, 1 or 2 through the grid.
   void MoveInGrid(int step);
 

@@ -306,6 +306,10 @@ void frmMainWindow::ctrlQuilImage_Click(EventArgs& e) {
   if (ctrlQuilImage.Exists(s_.giCurrentPhotoIndex)) {
     ctrlQuilImage[s_.giCurrentPhotoIndex].MarkCurrent();
   }
+  // During a load the second core makes thumbnails; the load's end asks.
+  if (!s_.gbLoadInProgress) {
+    PrepareNextPhoto();
+  }
   host().DoEvents();
 }
 

@@ -3,14 +3,19 @@
 #include "platform/atomic_file.h"
 #include "platform/bmp_reader.h"
 
-#include <turbojpeg.h>
-
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <csetjmp>
 #include <cstdint>
+#include <cstdio>
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
+
+// After the C++ headers: jpeglib.h needs size_t and FILE declared first.
+#include <jerror.h>
+#include <jpeglib.h>
 
 namespace qbpd {
 namespace {
@@ -20,6 +25,10 @@ namespace {
 // the other kinds are box-shrunk while they are read, which may go further.
 constexpr int kMaxJpegShrink = 8;
 constexpr int kMaxOtherShrink = 64;
+// libjpeg scales by eighths.
+constexpr int kEighths = 8;
+// How much of a JPEG file is read at a time.
+constexpr std::size_t kStreamBlockBytes = 64 * 1024;
 
 // The kind of a photo file; nothing for a file the view doesn't show.
 std::optional<PhotoKind> SniffKind(const std::string& path) {
@@ -87,11 +96,6 @@ int BoxShrink(const PhotoHeader& header, Needed needed, int most) {
 void FreeTracked(VipsImage*, gpointer pixels) {
   vips_tracked_free(pixels);
 }
-
-struct TurboDeleter {
-  void operator()(void* handle) const { tjDestroy(handle); }
-};
-using TurboHandle = std::unique_ptr<void, TurboDeleter>;
 
 }  // namespace
 
@@ -222,37 +226,144 @@ std::optional<PhotoHeader> ReadHeader(const std::string& path) {
   return header;
 }
 
-bool ReadWholeFile(const std::string& path, FileBytes& bytes) {
-  const FileDescriptor fd(OpenPhotoFile(path));
-  if (fd.get() < 0) {
-    return false;
-  }
-  bytes.size = 0;
-  struct stat status {};
-  if (::fstat(fd.get(), &status) != 0 || status.st_size <= 0) {
-    return true;
-  }
-  const auto wanted = static_cast<std::size_t>(status.st_size);
-  if (wanted > bytes.capacity) {
-    // Left uninitialised: the read fills it.
-    bytes.data.reset(new unsigned char[wanted]);
-    bytes.capacity = wanted;
-  }
-  while (bytes.size < wanted) {
-    const ssize_t n =
-        ::read(fd.get(), bytes.data.get() + bytes.size, wanted - bytes.size);
-    if (n < 0 && errno == EINTR) {
-      continue;
-    }
-    if (n <= 0) {
-      break;
-    }
-    bytes.size += static_cast<std::size_t>(n);
-  }
-  return true;
+namespace {
+
+// The decoder's errors end a decoding; its warnings (data it had to skip or
+// make up) are noted, and a decoding that had one is not used, so that
+// libvips decides on such a file.
+struct StreamErrors {
+  jpeg_error_mgr pub;
+  std::jmp_buf jump;
+  bool warned;
+};
+
+void OnStreamError(j_common_ptr info) {
+  std::longjmp(reinterpret_cast<StreamErrors*>(info->err)->jump, 1);
 }
 
-namespace {
+void OnStreamMessage(j_common_ptr info, int level) {
+  if (level < 0) {
+    reinterpret_cast<StreamErrors*>(info->err)->warned = true;
+  }
+}
+
+// Reads the photo from its descriptor a block at a time as the decoder asks:
+// the file is never held whole in memory, so reading it costs neither a
+// copy of it nor the fresh pages one would take.
+struct StreamSource {
+  jpeg_source_mgr pub;
+  int fd;
+  off_t offset;
+  std::array<JOCTET, kStreamBlockBytes> buffer;
+};
+
+void InitStream(j_decompress_ptr) {}
+
+boolean FillStream(j_decompress_ptr info) {
+  auto* source = reinterpret_cast<StreamSource*>(info->src);
+  ssize_t got = 0;
+  do {
+    got = ::pread(source->fd, source->buffer.data(), source->buffer.size(),
+                  source->offset);
+  } while (got < 0 && errno == EINTR);
+  if (got <= 0) {
+    // The file ends before its end marker: a warning, and the marker made
+    // up, as libjpeg's own sources do.
+    WARNMS(info, JWRN_JPEG_EOF);
+    source->buffer[0] = 0xFF;
+    source->buffer[1] = JPEG_EOI;
+    source->pub.next_input_byte = source->buffer.data();
+    source->pub.bytes_in_buffer = 2;
+    return TRUE;
+  }
+  source->offset += got;
+  source->pub.next_input_byte = source->buffer.data();
+  source->pub.bytes_in_buffer = static_cast<std::size_t>(got);
+  return TRUE;
+}
+
+void SkipStream(j_decompress_ptr info, long count) {
+  auto* source = reinterpret_cast<StreamSource*>(info->src);
+  if (count <= 0) {
+    return;
+  }
+  const auto skip = static_cast<std::size_t>(count);
+  if (skip <= source->pub.bytes_in_buffer) {
+    source->pub.next_input_byte += skip;
+    source->pub.bytes_in_buffer -= skip;
+    return;
+  }
+  source->offset += static_cast<off_t>(skip - source->pub.bytes_in_buffer);
+  source->pub.bytes_in_buffer = 0;
+}
+
+void TermStream(j_decompress_ptr) {}
+
+// What a decoding is asked for: the stored size it must find, and the scale
+// in eighths with the size that scale gives.
+struct StreamTarget {
+  int stored_width = 0;
+  int stored_height = 0;
+  int eighths = kEighths;
+  int width = 0;
+  int height = 0;
+};
+
+// Decodes the JPEG in `fd` into `pixels` (target.width x target.height RGB).
+// False on an error, a warning, an unusual file (CMYK, another size) or a
+// size other than the target's. All C++ objects that the decoder's error
+// exit could skip live in the caller.
+bool StreamDecode(int fd,
+                  StreamSource& source,
+                  const StreamTarget& target,
+                  unsigned char* pixels) {
+  jpeg_decompress_struct info;
+  StreamErrors errors;
+  info.err = jpeg_std_error(&errors.pub);
+  errors.pub.error_exit = OnStreamError;
+  errors.pub.emit_message = OnStreamMessage;
+  errors.warned = false;
+  if (setjmp(errors.jump) != 0) {
+    jpeg_destroy_decompress(&info);
+    return false;
+  }
+  jpeg_create_decompress(&info);
+  source.pub.init_source = InitStream;
+  source.pub.fill_input_buffer = FillStream;
+  source.pub.skip_input_data = SkipStream;
+  source.pub.resync_to_restart = jpeg_resync_to_restart;
+  source.pub.term_source = TermStream;
+  source.pub.bytes_in_buffer = 0;
+  source.pub.next_input_byte = nullptr;
+  source.fd = fd;
+  source.offset = 0;
+  info.src = &source.pub;
+  jpeg_read_header(&info, TRUE);
+  if (static_cast<int>(info.image_width) != target.stored_width ||
+      static_cast<int>(info.image_height) != target.stored_height ||
+      info.jpeg_color_space == JCS_CMYK || info.jpeg_color_space == JCS_YCCK) {
+    jpeg_destroy_decompress(&info);
+    return false;
+  }
+  info.out_color_space = JCS_RGB;
+  info.scale_num = static_cast<unsigned int>(target.eighths);
+  info.scale_denom = kEighths;
+  jpeg_start_decompress(&info);
+  if (static_cast<int>(info.output_width) != target.width ||
+      static_cast<int>(info.output_height) != target.height ||
+      info.output_components != 3) {
+    jpeg_destroy_decompress(&info);
+    return false;
+  }
+  const std::size_t stride = static_cast<std::size_t>(target.width) * 3;
+  while (info.output_scanline < info.output_height) {
+    JSAMPROW row = pixels + info.output_scanline * stride;
+    jpeg_read_scanlines(&info, &row, 1);
+  }
+  jpeg_finish_decompress(&info);
+  jpeg_destroy_decompress(&info);
+  return !errors.warned;
+}
 
 // libjpeg-turbo's decoding of an ordinary JPEG, at the smallest of its
 // scales (eighths of the size) that covers `needed`: for a fit it decodes
@@ -261,51 +372,40 @@ namespace {
 // then decides.
 std::optional<vips::VImage> TurboDecode(const std::string& path,
                                         const PhotoHeader& header,
-                                        Needed needed,
-                                        FileBytes& bytes) {
-  const TurboHandle handle(tjInitDecompress());
-  if (!ReadWholeFile(path, bytes) || bytes.size == 0 || !handle) {
-    return std::nullopt;
-  }
-  const unsigned char* const jpeg = bytes.data.get();
-  const unsigned long jpeg_size = bytes.size;
-  int width = 0;
-  int height = 0;
-  int subsampling = 0;
-  int colourspace = 0;
-  if (tjDecompressHeader3(handle.get(), jpeg, jpeg_size, &width, &height,
-                          &subsampling, &colourspace) != 0 ||
-      width != header.stored_width || height != header.stored_height ||
-      colourspace == TJCS_CMYK || colourspace == TJCS_YCCK) {
-    return std::nullopt;
-  }
-  int count = 0;
-  const tjscalingfactor* factors = tjGetScalingFactors(&count);
-  int scaled_width = width;
-  int scaled_height = height;
-  for (int i = 0; factors != nullptr && i < count; ++i) {
-    const tjscalingfactor f = factors[i];
-    const int w = TJSCALED(width, f);
-    const int h = TJSCALED(height, f);
-    if (f.num <= f.denom && Covers(w, h, needed) && w < scaled_width) {
-      scaled_width = w;
-      scaled_height = h;
+                                        Needed needed) {
+  StreamTarget target;
+  target.stored_width = header.stored_width;
+  target.stored_height = header.stored_height;
+  target.width = header.stored_width;
+  target.height = header.stored_height;
+  for (int eighths = kEighths; eighths >= 1; --eighths) {
+    // The decoder's own rounding: up.
+    const int w = (header.stored_width * eighths + kEighths - 1) / kEighths;
+    const int h = (header.stored_height * eighths + kEighths - 1) / kEighths;
+    if (!Covers(w, h, needed)) {
+      break;
     }
+    target.eighths = eighths;
+    target.width = w;
+    target.height = h;
+  }
+  const FileDescriptor fd(OpenPhotoFile(path));
+  if (fd.get() < 0) {
+    return std::nullopt;
   }
   const std::size_t size =
-      static_cast<std::size_t>(scaled_width) * scaled_height * 3;
+      static_cast<std::size_t>(target.width) * target.height * 3;
   auto* pixels = static_cast<unsigned char*>(vips_tracked_malloc(size));
   if (pixels == nullptr) {
     return std::nullopt;
   }
-  if (tjDecompress2(handle.get(), jpeg, jpeg_size, pixels, scaled_width,
-                    /*pitch=*/0, scaled_height, TJPF_RGB,
-                    /*flags=*/0) != 0) {
+  const auto source = std::make_unique<StreamSource>();
+  if (!StreamDecode(fd.get(), *source, target, pixels)) {
     vips_tracked_free(pixels);
     return std::nullopt;
   }
   VipsImage* image =
-      vips_image_new_from_memory(pixels, size, scaled_width, scaled_height,
+      vips_image_new_from_memory(pixels, size, target.width, target.height,
                                  /*bands=*/3, VIPS_FORMAT_UCHAR);
   if (image == nullptr) {
     vips_tracked_free(pixels);
@@ -321,13 +421,11 @@ std::optional<vips::VImage> TurboDecode(const std::string& path,
 // yet turned upright.
 vips::VImage DecodeStored(const std::string& path,
                           const PhotoHeader& header,
-                          Needed needed,
-                          FileBytes* scratch) {
+                          Needed needed) {
   switch (header.kind) {
     case PhotoKind::kJpeg: {
-      FileBytes own;
-      if (std::optional<vips::VImage> fast = TurboDecode(
-              path, header, needed, scratch != nullptr ? *scratch : own)) {
+      if (std::optional<vips::VImage> fast =
+              TurboDecode(path, header, needed)) {
         return *fast;
       }
       // Sides rounded down, as libvips checks them: a side of 4 pixels is

@@ -7,8 +7,6 @@
 
 #include <vips/vips8>
 
-#include <cstddef>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -55,32 +53,18 @@ struct Needed {
 };
 bool Covers(int width, int height, Needed needed);
 
-// A file's bytes in memory that is kept from one file to the next: it is
-// not cleared before it is filled, and grows only for a file larger than any
-// before, so that reading a photo costs neither zeroing nor fresh pages.
-struct FileBytes {
-  std::unique_ptr<unsigned char[]> data;
-  std::size_t capacity = 0;
-  std::size_t size = 0;
-};
-
 // The stored picture decoded into memory, covering `needed`, as 8-bit RGB,
-// not yet turned upright. `scratch`, when given, holds the file's bytes
-// while it is decoded. Throws vips::VError on failure.
+// not yet turned upright. A JPEG is read from its file a block at a time as
+// it is decoded, never held whole. Throws vips::VError on failure.
 vips::VImage DecodeStored(const std::string& path,
                           const PhotoHeader& header,
-                          Needed needed,
-                          FileBytes* scratch = nullptr);
+                          Needed needed);
 // The whole stored picture at full size, turned upright; throws on failure.
 vips::VImage DecodeUpright(const std::string& path, const PhotoHeader& header);
 
 // Brings any decoded picture to three 8-bit sRGB bands: grey, 16-bit and
 // CMYK photos are converted, and transparency is laid on the view's grey.
 vips::VImage ToDisplayRgb(vips::VImage image);
-
-// Reads the plain file at `path` whole into `bytes`; false when it can't be
-// read (an empty file reads as no bytes).
-bool ReadWholeFile(const std::string& path, FileBytes& bytes);
 
 }  // namespace qbpd
 

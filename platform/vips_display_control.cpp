@@ -456,8 +456,7 @@ class VipsDisplayControl final : public DisplayControl {
         Covers(photo.decoded->width(), photo.decoded->height(), needed)) {
       return true;
     }
-    vips::VImage decoded =
-        DecodeStored(photo.path, photo.header, needed, &file_bytes_);
+    vips::VImage decoded = DecodeStored(photo.path, photo.header, needed);
     photo.decoded = std::move(decoded);
     photo.shown.reset();
     return true;
@@ -581,8 +580,6 @@ class VipsDisplayControl final : public DisplayControl {
 
   int view_width_ = 0;
   int view_height_ = 0;
-  // The bytes of the file being decoded, kept for the next decoding.
-  FileBytes file_bytes_;
   std::optional<Photo> photo_;
   PhotoEdits edits_;
   EventSink sink_;
