@@ -2,6 +2,7 @@
 // reports the time per page and the peak memory.
 //
 //   grid_bench [--photos N] [--width W] [--height H] [--distinct D] [--dir D]
+//              [--compare-first-load N] [--compare-open N] [--second-opens N]
 //
 // The folder holds N photos: D distinct JPEGs of W x H made with libvips, and
 // hard links to them under other names, so that every photo is its own file
@@ -9,6 +10,13 @@
 // The first pass starts with an empty cache (every thumbnail is made); the
 // second starts the program again on the same folder (every thumbnail is in
 // the cache).
+//
+// --compare-open N times, in N rounds of turns, the folder's first open
+// (empty cache), its second open (a new start with the cache filled), and
+// the yardstick: listing the folder and making ten thumbnails with libvips
+// in one process. An open counts until the first photo is drawn in the
+// view and the ten thumbnails are there; the work ahead on the second core
+// is on. It prints the medians and their ratios.
 #include "app/program/program.h"
 #include "bench/ui/photo_folder.h"
 #include "browser/frm_main_window.h"
@@ -25,6 +33,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <string>
 #include <sys/resource.h>
@@ -45,6 +54,10 @@ struct Options {
   // Only the first load, with an empty cache, in turns with and without the
   // thumbnails made ahead on the second core.
   int compare_first_load = 0;
+  // The first and the second open against the yardstick, in turns.
+  int compare_open = 0;
+  // Only second opens, after one that fills the cache (for a profiler).
+  int second_opens = 0;
 };
 
 long PeakRssKb() {
@@ -53,9 +66,18 @@ long PeakRssKb() {
   return usage.ru_maxrss;
 }
 
+// The CPU time of the whole process, every thread's, in ms: on a machine
+// that other programs keep busy it tells more than the wall clock.
+double ProcessCpuMs() {
+  timespec now{};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+  return now.tv_sec * 1e3 + now.tv_nsec / 1e6;
+}
+
 struct Pass {
   std::vector<double> page_ms;
   double start_ms = 0;
+  double start_cpu_ms = 0;
   long peak_kb = 0;
 };
 
@@ -73,7 +95,9 @@ Pass ScrollThrough(const fs::path& root,
   services.places.pictures = folder.parent_path().string();
   services.images = MakeVipsImageOperations((root / "cache" / "t").string(),
                                             thumbnails_ahead);
-  services.make_display = [] { return MakeVipsDisplayControl(); };
+  services.make_display = [thumbnails_ahead] {
+    return MakeVipsDisplayControl(thumbnails_ahead);
+  };
   SettingsStore& store = *services.settings;
   (void)store.Write(kSettingsKey, "LastOpenFolderInPreviousSession", "False");
   (void)store.Write(kSettingsKey, "DefaultFolder", folder.string());
@@ -87,13 +111,24 @@ Pass ScrollThrough(const fs::path& root,
 
   Pass pass;
   auto started = Clock::now();
+  const double cpu_started = ProcessCpuMs();
   app.Start("");
   host.Run();
   host.Advance(500);
+  auto& window = app.forms().Get<frmMainWindow>();
+  // The photo as the view draws it first: what the user waits for.
+  if (DisplayControl* display = window.ctlDisplayImage.Display()) {
+    std::vector<std::uint8_t> rgb;
+    if (!display->Render(0, 0, window.ctlDisplayImage.Width() / kTwipsPerPixel,
+                         window.ctlDisplayImage.Height() / kTwipsPerPixel,
+                         rgb)) {
+      std::printf("  the first photo was not drawn\n");
+    }
+  }
   pass.start_ms =
       std::chrono::duration<double, std::milli>(Clock::now() - started).count();
+  pass.start_cpu_ms = ProcessCpuMs() - cpu_started;
 
-  auto& window = app.forms().Get<frmMainWindow>();
   ScrollBar& bar = window.ctrlImageListVScroll;
   const int rows_per_page = window.getMaxNoImgsDisplayed() / 2;
   for (int value = rows_per_page; scroll && value <= bar.Max();
@@ -109,6 +144,65 @@ Pass ScrollThrough(const fs::path& root,
               app.session().gdicLoadedControls.Count(), pass.page_ms.size());
   app.End();
   return pass;
+}
+
+// The yardstick of an open: the folder listed and ten thumbnails of its
+// first photos made by libvips to the program's box, as JPEG in memory.
+double ListAndTenVipsThumbnails(const fs::path& folder) {
+  const auto started = Clock::now();
+  std::vector<std::string> names;
+  for (const auto& entry : fs::directory_iterator(folder)) {
+    names.push_back(entry.path().string());
+  }
+  std::sort(names.begin(), names.end());
+  for (size_t i = 0; i < names.size() && i < 10; ++i) {
+    const vips::VImage thumbnail = vips::VImage::thumbnail(
+        names[i].c_str(), 85,
+        vips::VImage::option()->set("height", 85)->set("size", VIPS_SIZE_DOWN));
+    void* data = nullptr;
+    size_t length = 0;
+    thumbnail.write_to_buffer(".jpg", &data, &length,
+                              vips::VImage::option()->set("Q", 70));
+    g_free(data);
+  }
+  return std::chrono::duration<double, std::milli>(Clock::now() - started)
+      .count();
+}
+
+double Median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  return values[values.size() / 2];
+}
+
+void CompareOpen(const fs::path& root, const fs::path& folder, int rounds) {
+  std::vector<double> first, second, yardstick, first_cpu, second_cpu;
+  for (int round = 0; round < rounds; ++round) {
+    fs::remove_all(root / "cache");
+    const Pass one = ScrollThrough(root, folder, true, false);
+    const double cpu_before = ProcessCpuMs();
+    yardstick.push_back(ListAndTenVipsThumbnails(folder));
+    const double yardstick_cpu = ProcessCpuMs() - cpu_before;
+    const Pass two = ScrollThrough(root, folder, true, false);
+    first.push_back(one.start_ms);
+    second.push_back(two.start_ms);
+    first_cpu.push_back(one.start_cpu_ms);
+    second_cpu.push_back(two.start_cpu_ms);
+    std::printf(
+        "  round %d: first open %.1f ms (CPU %.1f), listing + 10 libvips "
+        "thumbnails %.1f ms (CPU %.1f), second open %.1f ms (CPU %.1f)\n",
+        round + 1, one.start_ms, one.start_cpu_ms, yardstick.back(),
+        yardstick_cpu, two.start_ms, two.start_cpu_ms);
+  }
+  const double f = Median(first), y = Median(yardstick), s = Median(second);
+  std::printf(
+      "open, medians of %d: first %.1f ms, second %.1f ms, listing + 10 "
+      "libvips thumbnails %.1f ms; CPU: first %.1f ms, second %.1f ms\n",
+      rounds, f, s, y, Median(first_cpu), Median(second_cpu));
+  std::printf("ratio first open / (listing + 10 libvips thumbnails): %.2f\n",
+              f / y);
+  std::printf("ratio first open / second open: %.1f (CPU time %.1f)\n", f / s,
+              Median(first_cpu) / Median(second_cpu));
+  std::printf("open peak RSS %.1f MB\n", PeakRssKb() / 1024.0);
 }
 
 void Report(const char* what, Pass pass) {
@@ -149,6 +243,10 @@ int main(int argc, char** argv) {
       o.dir = value;
     else if (flag == "--compare-first-load")
       o.compare_first_load = std::stoi(value);
+    else if (flag == "--compare-open")
+      o.compare_open = std::stoi(value);
+    else if (flag == "--second-opens")
+      o.second_opens = std::stoi(value);
   }
   fs::path root = o.dir.empty() ? fs::temp_directory_path() /
                                       ("grid-bench-" + std::to_string(getpid()))
@@ -157,6 +255,21 @@ int main(int argc, char** argv) {
   std::printf("making %d photos of %dx%d (%d distinct) in %s\n", o.photos,
               o.width, o.height, o.distinct, folder.c_str());
   qbpd::bench::MakePhotoFolder(folder, o.photos, o.distinct, o.width, o.height);
+  if (o.second_opens > 0) {
+    ScrollThrough(root, folder, true, false);
+    for (int i = 0; i < o.second_opens; ++i) {
+      const Pass pass = ScrollThrough(root, folder, true, false);
+      std::printf("  second open %.1f ms, CPU %.1f ms\n", pass.start_ms,
+                  pass.start_cpu_ms);
+    }
+    return 0;
+  }
+  if (o.compare_open > 0) {
+    CompareOpen(root, folder, o.compare_open);
+    if (o.dir.empty())
+      fs::remove_all(root);
+    return 0;
+  }
   if (o.compare_first_load > 0) {
     std::vector<double> one, two;
     for (int round = 0; round < o.compare_first_load; ++round) {
