@@ -221,9 +221,12 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
   }
 
   // The model decoded ahead for `path`, if it is there and still the file's
-  // picture; waits for it when it is being decoded now.
+  // picture; waits for it when it is being decoded now. One not yet begun
+  // is taken off the list: the caller loads it at once rather than wait for
+  // the worker to start on it, and it is not decoded twice.
   std::shared_ptr<DisplayControl> TakeDecoded(const std::string& path) {
     std::unique_lock lock(mutex_);
+    std::erase(queue_, path);
     changed_.wait(lock, [&] { return working_ != path; });
     auto it = ready_.find(path);
     if (it == ready_.end()) {
