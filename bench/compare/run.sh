@@ -20,7 +20,7 @@ turns=(--benchmark_enable_random_interleaving=true
        --benchmark_format=csv)
 repeated=("${turns[@]}" --benchmark_repetitions=3
           --benchmark_report_aggregates_only=true)
-thumbnail_cases='ThumbnailsOfTenJpegs/(NoCache|PlainLibvips|TurboEighthDecode)$|TenCameraPhotos/(NoCache|PlainLibvips)$'
+thumbnail_cases='ThumbnailsOfTenJpegs/(NoCache|PlainLibvips|TurboEighthDecode)/|TenCameraPhotos/(NoCache|PlainLibvips)/'
 
 echo "load before: $(uptime)"
 "$build/bench/thumbnails/thumbnails_bench" "${repeated[@]}" \
@@ -34,9 +34,11 @@ echo "load before: $(uptime)"
   >"$out/grid.txt"
 echo "load after: $(uptime)"
 
-# The median wall-clock time of benchmark $2 in the CSV file $1, in ms.
+# The median wall-clock time of benchmark $2 in the CSV file $1, in ms
+# (Google Benchmark adds the run's settings to the name: "$2/min_time:...").
 median() {
-  awk -F, -v name="\"$2_median\"" '$1 == name { print $3 }' "$1"
+  awk -F, -v name="\"$2/" \
+    'index($1, name) == 1 && $1 ~ /_median"$/ { print $3 }' "$1"
 }
 
 ratio() {
