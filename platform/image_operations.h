@@ -134,9 +134,14 @@ class ImageOperations {
 // thumbnail cache of the cache-on store; it is made on first use. Without
 // `thumbnails_ahead`, PrepareThumbnails is ignored and every thumbnail is
 // made in turn on the caller's thread (the benchmarks compare the two).
+// `shared_thumbnails` is the desktop's shared thumbnail folder
+// ($XDG_CACHE_HOME/thumbnails, see shared_thumbnails.h): a thumbnail is
+// taken from a trusted entry there when one is, and a thumbnail made is
+// written there too; empty uses none.
 std::unique_ptr<ImageOperations> MakeVipsImageOperations(
     std::string cache_folder,
-    bool thumbnails_ahead = true);
+    bool thumbnails_ahead = true,
+    std::string shared_thumbnails = "");
 
 // Writes a JPEG test photo of `width` x `height`: a colour gradient whose
 // hue follows `seed`, so that neighbouring photos differ. For the headless

@@ -4,11 +4,13 @@
 #include "platform/image_operations.h"
 #include "platform/photo_kind.h"
 #include "platform/photo_writer.h"
+#include "platform/shared_thumbnails.h"
 #include "platform/thumbnail_ahead.h"
 #include "platform/turn_ahead.h"
 #include "platform/vips_image_facts.h"
 #include "platform/vips_jpeg.h"
 #include "platform/vips_photo_load.h"
+#include "platform/vips_thumbnail.h"
 
 #include <vips/vips8>
 
@@ -33,13 +35,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Decoding is refused above this many pixels.
-constexpr std::uint64_t kMaxPixels = 256'000'000;
-constexpr int kMaxThumbnailSize = 10000;
 constexpr char kCacheSuffix[] = ".qpd";
-// Loaders are asked to give up on a truncated file or a serious decoding
-// error, so a broken photo fails instead of turning grey halfway down.
-constexpr char kLoaderOptions[] = "fail_on=error";
 
 // Writes a thumbnail in place of the old one, whole or not at all. There is
 // no fsync: a thumbnail is made again from its photo whenever it is missing,
@@ -130,8 +126,11 @@ void IgnoreLogMessage(const gchar*, GLogLevelFlags, const gchar*, gpointer) {}
 
 class VipsImageOperations final : public ImageOperations {
  public:
-  VipsImageOperations(std::string cache_folder, bool thumbnails_ahead)
+  VipsImageOperations(std::string cache_folder,
+                      bool thumbnails_ahead,
+                      std::string shared_thumbnails)
       : cache_folder_(std::move(cache_folder)),
+        shared_(std::move(shared_thumbnails)),
         thumbnails_ahead_allowed_(thumbnails_ahead),
         log_handler_(g_log_set_handler(
             "VIPS",
@@ -154,7 +153,7 @@ class VipsImageOperations final : public ImageOperations {
         jpeg = thumbnails_ahead_->Take(source, AheadKind(size, quality));
       }
       if (!jpeg) {
-        jpeg = MakeThumbnail(source, size, quality);
+        jpeg = MakeJpegThumbnail(source, size, quality, shared_);
       }
       return jpeg && ReplaceFile(thumbnail, jpeg->data(), jpeg->size()) ? 1 : 0;
     } catch (const vips::VError&) {
@@ -240,9 +239,10 @@ class VipsImageOperations final : public ImageOperations {
       thumbnails_ahead_ = std::make_unique<ThumbnailAhead>();
     }
     const std::string cache = cache_folder_;
+    const SharedThumbnails shared = shared_;
     thumbnails_ahead_->Prepare(
         sources, AheadKind(size, quality),
-        [cache, size, quality](const std::string& source)
+        [cache, shared, size, quality](const std::string& source)
             -> std::optional<std::vector<std::uint8_t>> {
           try {
             // A thumbnail the cache holds needs no making.
@@ -251,7 +251,7 @@ class VipsImageOperations final : public ImageOperations {
             if (!name || CacheHolds(fs::path(cache) / *name)) {
               return std::nullopt;
             }
-            return MakeThumbnail(source, size, quality);
+            return MakeJpegThumbnail(source, size, quality, shared);
           } catch (const vips::VError&) {
             vips_error_clear();
           } catch (...) {
@@ -386,72 +386,6 @@ class VipsImageOperations final : public ImageOperations {
            fs::file_size(entry, error) > 0 && !error;
   }
 
-  // The encoded JPEG thumbnail of `source`, or nothing when the file is no
-  // photo of a supported kind, is broken or is too large.
-  static std::optional<std::vector<std::uint8_t>>
-  MakeThumbnail(const std::string& source, int size, int quality) {
-    if (source.empty() || size < 1 || size > kMaxThumbnailSize || quality < 1 ||
-        quality > 100) {
-      return std::nullopt;
-    }
-    // Only a plain file is a photo, and its open never waits.
-    FileDescriptor fd(OpenPhotoFile(source));
-    struct stat status {};
-    if (fd.get() < 0 || ::fstat(fd.get(), &status) != 0 ||
-        status.st_size == 0) {
-      return std::nullopt;
-    }
-    std::array<std::uint8_t, 16> head{};
-    const ssize_t head_size = ::pread(fd.get(), head.data(), head.size(), 0);
-    if (head_size <= 0) {
-      return std::nullopt;
-    }
-    const PhotoKind kind =
-        SniffPhotoKind(head.data(), static_cast<std::size_t>(head_size));
-    // A JPEG cut short fails here, the same way every time, before a decoder
-    // whose threads would make its answer depend on timing sees it.
-    if (kind == PhotoKind::kJpeg && !JpegIsWhole(fd.get())) {
-      return std::nullopt;
-    }
-    // Nor is a photo whose decoding would take more than one photo may.
-    if (!WithinDecodeBudget(fd.get(), kind)) {
-      return std::nullopt;
-    }
-
-    // A camera's own preview, when it still shows the photo, saves decoding.
-    if (kind == PhotoKind::kJpeg) {
-      PreviewThumbnail from_preview =
-          ThumbnailFromExifPreview(fd.get(), size, quality);
-      if (from_preview.verdict == PreviewVerdict::kTaken) {
-        return std::move(from_preview.jpeg);
-      }
-    }
-    std::optional<vips::VImage> thumbnail;
-    // Kept alive until the JPEG is encoded: the bitmap's pixels are not
-    // copied into libvips.
-    BmpPixels bitmap;
-    if (kind == PhotoKind::kBmp) {
-      thumbnail = BitmapThumbnail(fd.get(), size, bitmap);
-    } else if (kind != PhotoKind::kOther) {
-      thumbnail = VipsThumbnail(fd.get(), kind, size);
-    }
-    if (!thumbnail) {
-      return std::nullopt;
-    }
-    void* data = nullptr;
-    std::size_t length = 0;
-    ForJpeg(*thumbnail)
-        .write_to_buffer(".jpg", &data, &length,
-                         vips::VImage::option()
-                             ->set("Q", quality)
-                             ->set("strip", true)
-                             ->set("optimize_coding", true));
-    const auto* bytes = static_cast<const std::uint8_t*>(data);
-    std::vector<std::uint8_t> jpeg(bytes, bytes + length);
-    g_free(data);
-    return jpeg;
-  }
-
   int SaveImageAsJPEG(const std::string& source,
                       const std::string& target) override {
     try {
@@ -489,73 +423,9 @@ class VipsImageOperations final : public ImageOperations {
     return jpeg;
   }
 
-  // A thumbnail over libvips' own loaders, made with shrink-on-load and the
-  // EXIF orientation applied. The header is read first: an oversized photo
-  // is refused before a pixel is decoded.
-  static std::optional<vips::VImage> VipsThumbnail(int fd,
-                                                   PhotoKind kind,
-                                                   int size) {
-    vips::VSource header_source = vips::VSource::new_from_descriptor(fd);
-    const char* loader =
-        vips_foreign_find_load_source(header_source.get_source());
-    if (loader == nullptr) {
-      vips_error_clear();
-      return std::nullopt;
-    }
-    const char* nickname = vips_nickname_find(g_type_from_name(loader));
-    const char* expected = SourceLoaderFor(kind);
-    if (nickname == nullptr || expected == nullptr ||
-        std::string_view(nickname) != expected) {
-      return std::nullopt;
-    }
-    {
-      const vips::VImage header = vips::VImage::new_from_source(
-          header_source, kLoaderOptions,
-          vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL));
-      if (header.width() <= 0 || header.height() <= 0 ||
-          static_cast<std::uint64_t>(header.width()) *
-                  static_cast<std::uint64_t>(header.height()) >
-              kMaxPixels) {
-        return std::nullopt;
-      }
-    }
-    return vips::VImage::thumbnail_source(
-        vips::VSource::new_from_descriptor(fd), size,
-        vips::VImage::option()
-            ->set("height", size)
-            ->set("size", VIPS_SIZE_DOWN)
-            ->set("option_string", kLoaderOptions));
-  }
-
-  // libvips reads bitmaps only through ImageMagick, which decodes the whole
-  // picture at full size; the bitmap reader shrinks while it reads instead.
-  static std::optional<vips::VImage> BitmapThumbnail(int fd,
-                                                     int size,
-                                                     BmpPixels& bitmap) {
-    PhotoStream in(fd);
-    BmpInfo info;
-    if (!in || !ReadBmpInfo(in, kMaxPixels, info).ok()) {
-      return std::nullopt;
-    }
-    // Box-shrink to about twice the final size; the last step is libvips'
-    // own resampling, which keeps the result as sharp as the other kinds.
-    const int longest = std::max(info.width, info.height);
-    const int shrink = std::max(1, longest / (2 * size));
-    if (!DecodeBmp(in, kMaxPixels, shrink, bitmap).ok()) {
-      return std::nullopt;
-    }
-    const vips::VImage image =
-        vips::VImage::new_from_memory(bitmap.rgb.data(), bitmap.rgb.size(),
-                                      bitmap.width, bitmap.height,
-                                      /*bands=*/3, VIPS_FORMAT_UCHAR)
-            .copy(vips::VImage::option()->set("interpretation",
-                                              VIPS_INTERPRETATION_sRGB));
-    return image.thumbnail_image(size, vips::VImage::option()
-                                           ->set("height", size)
-                                           ->set("size", VIPS_SIZE_DOWN));
-  }
-
   std::string cache_folder_;
+  // The desktop's shared thumbnails, read and written beside the cache.
+  SharedThumbnails shared_;
   bool thumbnails_ahead_allowed_;
   std::optional<CacheIndex> index_;
   TurnAhead ahead_;
@@ -568,15 +438,16 @@ class VipsImageOperations final : public ImageOperations {
 
 std::unique_ptr<ImageOperations> MakeVipsImageOperations(
     std::string cache_folder,
-    bool thumbnails_ahead) {
+    bool thumbnails_ahead,
+    std::string shared_thumbnails) {
   // Starting libvips again is harmless. Its operation cache stays off: every
   // thumbnail reads a different file, and cached loaders would keep photo
   // files open.
   if (VIPS_INIT("qbpd") == 0) {
     vips_cache_set_max(0);
   }
-  return std::make_unique<VipsImageOperations>(std::move(cache_folder),
-                                               thumbnails_ahead);
+  return std::make_unique<VipsImageOperations>(
+      std::move(cache_folder), thumbnails_ahead, std::move(shared_thumbnails));
 }
 
 }  // namespace qbpd

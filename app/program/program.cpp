@@ -25,6 +25,7 @@
 #include "screensaver/screensaver_forms.h"
 
 #include <cstdio>
+#include <filesystem>
 
 namespace qbpd {
 
@@ -73,8 +74,12 @@ PlatformServices MakePlatformServices(std::unique_ptr<SettingsStore> settings,
       settings
           ? std::move(settings)
           : MakeSqliteSettingsStore(services.places.config + "/settings.db");
-  services.images =
-      MakeVipsImageOperations(services.places.cache + "/thumbnails");
+  // The desktop's shared thumbnails lie beside the program's cache folder,
+  // in $XDG_CACHE_HOME/thumbnails.
+  services.images = MakeVipsImageOperations(
+      services.places.cache + "/thumbnails", /*thumbnails_ahead=*/true,
+      std::filesystem::path(services.places.cache).parent_path().string() +
+          "/thumbnails");
   std::string runtime =
       services.places.runtime.empty()
           ? MakePrivateTempFolder(services.places)
