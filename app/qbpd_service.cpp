@@ -1,10 +1,12 @@
 // qbpd-service: the reference online service, alone on one machine or as one
 // of several instances on a shared store (--database).
 
+#include "platform/signature.h"
 #include "service/front.h"
 #include "service/server.h"
 #include "service/service_core.h"
 
+#include <cctype>
 #include <charconv>
 #include <cstdio>
 #include <exception>
@@ -27,7 +29,16 @@ struct Arguments {
   int port = 8931;
   std::string data_dir;
   std::string listen = "127.0.0.1";
-  std::string upgrade_version = "1.1.0";
+  // The version offered as an upgrade: by default this build's own, so
+  // that a program of this build is never asked to upgrade to it.
+  std::string upgrade_version = QBPD_VERSION;
+  // The file offered instead of the made installer script.
+  std::string upgrade_file;
+  // The secret key (qbpd-sign --make-key) that signs the upgrade file.
+  std::string signing_key;
+  // Serve HTTPS with this certificate chain and key.
+  std::string cert;
+  std::string key;
   bool seed_demo = false;
   // Serve through nginx, as facing a network.
   bool front = false;
@@ -55,7 +66,8 @@ void PrintUsage() {
                "usage: qbpd-service --port N --data-dir DIR [--seed-demo] "
                "[--database CONNINFO] [--trusted-proxy ADDR[/BITS]]... "
                "[--listen ADDR] [--upgrade-version V] [--front] "
-               "[--mail-relay smtp://HOST:PORT]\n");
+               "[--mail-relay smtp://HOST:PORT] [--upgrade-file FILE] "
+               "[--signing-key FILE] [--cert FILE --key FILE]\n");
 }
 
 bool ParseArguments(int argc, char** argv, Arguments& args) {
@@ -94,6 +106,14 @@ bool ParseArguments(int argc, char** argv, Arguments& args) {
       args.trusted_proxies.push_back(argv[i]);
     } else if (arg == "--upgrade-version" && has_value) {
       args.upgrade_version = argv[++i];
+    } else if (arg == "--upgrade-file" && has_value) {
+      args.upgrade_file = argv[++i];
+    } else if (arg == "--signing-key" && has_value) {
+      args.signing_key = argv[++i];
+    } else if (arg == "--cert" && has_value) {
+      args.cert = argv[++i];
+    } else if (arg == "--key" && has_value) {
+      args.key = argv[++i];
     } else {
       std::fprintf(stderr,
                    "qbpd-service: unknown or incomplete option \"%s\"\n",
@@ -105,12 +125,47 @@ bool ParseArguments(int argc, char** argv, Arguments& args) {
     std::fprintf(stderr, "qbpd-service: --data-dir is required\n");
     return false;
   }
+  if (args.cert.empty() != args.key.empty()) {
+    std::fprintf(stderr, "qbpd-service: --cert and --key go together\n");
+    return false;
+  }
+  if (args.front && !args.cert.empty()) {
+    std::fprintf(stderr,
+                 "qbpd-service: with --front, nginx's configuration serves "
+                 "HTTPS, not --cert\n");
+    return false;
+  }
   if (args.front && args.port == 0) {
     std::fprintf(stderr, "qbpd-service: --front needs a port of its own\n");
     return false;
   }
   if (!args.trusted_proxies.empty() && !args.front) {
     std::fprintf(stderr, "qbpd-service: --trusted-proxy needs --front\n");
+    return false;
+  }
+  return true;
+}
+
+// Signs the upgrade file as it is now, once: a file changed afterwards no
+// longer matches what the service publishes beside it.
+bool SignUpgradeFile(const std::string& key_file,
+                     qbpd::service::ServiceOptions& options) {
+  std::string secret;
+  if (!qbpd::ReadKeyFile(key_file, secret)) {
+    std::fprintf(stderr, "qbpd-service: cannot read the signing key %s\n",
+                 key_file.c_str());
+    return false;
+  }
+  const auto content = qbpd::service::UpgradeFileContent(options);
+  if (!content) {
+    std::fprintf(stderr, "qbpd-service: cannot read the upgrade file %s\n",
+                 options.upgrade_file.c_str());
+    return false;
+  }
+  options.upgrade_signature = qbpd::SignBytes(*content, secret);
+  if (options.upgrade_signature.empty()) {
+    std::fprintf(stderr, "qbpd-service: %s holds no signing key\n",
+                 key_file.c_str());
     return false;
   }
   return true;
@@ -139,8 +194,24 @@ int main(int argc, char** argv) {
     options.seed_demo = args.seed_demo;
     options.upgrade_version = args.upgrade_version;
     options.mail_relay = args.mail_relay;
+    options.upgrade_file = args.upgrade_file;
+    if (!args.signing_key.empty()) {
+      if (!SignUpgradeFile(args.signing_key, options)) {
+        return 1;
+      }
+    } else if (!args.upgrade_file.empty()) {
+      // A file signed elsewhere (qbpd-sign) comes with its FILE.sig.
+      std::string signature;
+      if (qbpd::ReadKeyFile(args.upgrade_file + ".sig", signature)) {
+        while (!signature.empty() &&
+               std::isspace(static_cast<unsigned char>(signature.back()))) {
+          signature.pop_back();
+        }
+        options.upgrade_signature = signature;
+      }
+    }
     qbpd::service::ServiceCore core(options);
-    qbpd::service::Server server(core, args.front);
+    qbpd::service::Server server(core, args.front, {args.cert, args.key});
     // Behind the front the service itself listens on a loopback port of
     // its own, and nginx on the one asked for.
     const int port = args.front ? server.Bind("127.0.0.1", 0)

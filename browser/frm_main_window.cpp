@@ -273,6 +273,8 @@ void frmMainWindow::tmrIniitialLoad_Timer() {
       tmrExplorer.SetEnabled(s_.gbExplorerTimerOn);
       ExpTreeView.Refresh();
       tmrUpgrade.SetEnabled(true);
+      // A start with a photo looks for an upgrade at once.
+      tmrUpgrade.Raise("Timer");
       choose_folder = false;
     } else if (s_.gsCommandLine.find("DEVMON") == std::string::npos) {
       // A folder (named, or where the long name's expansion stopped) is no
@@ -357,15 +359,20 @@ void frmMainWindow::Form_QueryUnload(int& Cancel, int UnloadMode) {
   tmrUpgrade.SetEnabled(false);
   tmrExplorer.SetEnabled(false);
   tmrIniitialLoad.SetEnabled(false);
+  if (CancelServiceRequest) {
+    CancelServiceRequest();
+    host().DoEvents();
+  }
   tmrQueryUnload.SetEnabled(true);
   s_.gbQuitRequested = true;
   Cancel = 1;
 }
 
 void frmMainWindow::tmrQueryUnload_Timer() {
-  // The window holds no service client of its own, and an idle client has
-  // nothing left to cancel: its request counts as cancelled. So a close
-  // asked for during a folder load goes through once the load has stopped.
+  // The window's service control is only busy during the upgrade check,
+  // whose request the close has cancelled; an idle one counts as cancelled. So
+  // a close asked for during a folder load goes through once the load has
+  // stopped.
   if (mbInitialLoadBusy || (s_.gbQuitRequested && !s_.gbLoadInProgress)) {
     s_.gbLoadInProgress = false;
     tmrQueryUnload.SetEnabled(false);
@@ -385,6 +392,9 @@ void frmMainWindow::Form_Unload(int& Cancel) {
   tmrIniitialLoad.SetEnabled(false);
   tmrUpgrade.SetEnabled(false);
   tmrExplorer.SetEnabled(false);
+  if (CancelServiceRequest) {
+    CancelServiceRequest();
+  }
   for (Form* form : app_.forms().Loaded()) {
     if (form != this) {
       form->Unload();

@@ -10,6 +10,7 @@
 #include "platform/forms/controls.h"
 #include "platform/forms/form.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -245,6 +246,12 @@ class frmMainWindow : public Form {
   // The end of a slide show: clicks the thumbnail of photo `index`, as a
   // person would, so that the photo shows on the main window.
   void ShowPhotoAfterSlideShow(int index) { ClickThumbnail(index); }
+
+  // --- the window's service control (ctlInet), owned by the upgrade check
+  // (online/upgrade_check.h) ---------------------------------------------
+  // Cancels its running request, if one runs; empty until the check is
+  // wired. A close calls it so that it never waits for the network.
+  std::function<void()> CancelServiceRequest;
 
   // --- the camera import's way in (camera/) --------------------------------
   // Asks the user to finish an operation in hand before an outside event

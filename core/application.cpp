@@ -41,6 +41,9 @@ Application::Application(std::unique_ptr<Host> host,
   if (!services_.autostart) {
     services_.autostart = MakeNoAutostart();
   }
+  if (!services_.installer) {
+    services_.installer = MakeRecordingLauncher();
+  }
   // F1 on any form opens the help at that form's topic. A help that can't
   // be opened is, like any unplanned failure, not shown to the user.
   forms_.SetHelpHandler([this](Form& form, int context) {
@@ -79,9 +82,15 @@ ImageOperations& Application::images() {
 }
 
 std::unique_ptr<HttpTransport> Application::ServiceTransport(ServiceNeed need) {
-  std::unique_ptr<HttpTransport> inner = services_.make_transport
-                                             ? services_.make_transport()
-                                             : MakeCurlTransport();
+  std::unique_ptr<HttpTransport> inner;
+  if (services_.make_transport) {
+    inner = services_.make_transport();
+  } else {
+    HttpTransportOptions options;
+    options.ca_file =
+        TrimSpaces(ReadSetting(*services_.settings, kRootKey, "CAFile"));
+    inner = MakeCurlTransport(std::move(options));
+  }
   return MakeServiceTransport(std::move(inner), services_.service.get(), need);
 }
 
@@ -96,13 +105,13 @@ std::string Application::PrepareService(const std::string& address,
   });
 }
 
-bool Application::CheckInternetConnection() {
+bool Application::CheckInternetConnection(ServiceNeed need) {
   const std::string address =
       TrimSpaces(ReadSetting(*services_.settings, kRootKey, "URL"));
   if (address.size() < 2) {
     return true;
   }
-  if (!PrepareService(address).empty()) {
+  if (!PrepareService(address, need).empty()) {
     return false;
   }
   if (services_.internet_check) {

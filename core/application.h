@@ -87,6 +87,12 @@ struct PlatformServices {
   // Whether the device monitor starts with the session; none knows no
   // session, and every change fails.
   std::unique_ptr<SessionAutostart> autostart;
+  // Starts a downloaded upgrade (an installer script of this program) and
+  // doesn't wait for it; none is a recording one that starts nothing.
+  std::unique_ptr<Launcher> installer;
+  // The public key (base64 Ed25519) that an upgrade download must be signed
+  // with; empty refuses every download.
+  std::string upgrade_key;
 };
 
 // One run of the program: the host it talks to, the platform services, the
@@ -123,6 +129,9 @@ class Application {
   DesktopScreensaver& screensaver() { return *services_.screensaver; }
   DefaultViewer& default_viewer() { return *services_.default_viewer; }
   SessionAutostart& autostart() { return *services_.autostart; }
+  // Starts a downloaded upgrade, and the key its signature must match.
+  Launcher& installer() { return *services_.installer; }
+  const std::string& upgrade_key() const { return services_.upgrade_key; }
   // A new picture model for a photo view; null when the run has none.
   std::shared_ptr<DisplayControl> NewDisplayControl() const {
     return services_.make_display ? services_.make_display() : nullptr;
@@ -134,6 +143,8 @@ class Application {
   // connection make sure that the service at the request's address may be
   // used, starting this user's reference service when a command first needs
   // it (kStart); a background check passes kRunning and starts nothing.
+  // Without a maker of transports it is libcurl, trusting the authorities of
+  // the setting `CAFile` when it names a file (a private service's own).
   std::unique_ptr<HttpTransport> ServiceTransport(
       ServiceNeed need = ServiceNeed::kStart);
   // The same preparation without a request, for the check of the connection
@@ -152,8 +163,10 @@ class Application {
   // (`URL`) can be used and reached now. The service is prepared first (this
   // user's reference service starts when an online command first needs it).
   // Without a site setting there is nothing to ask and the answer is true,
-  // so that the command goes on to say what is missing.
-  bool CheckInternetConnection();
+  // so that the command goes on to say what is missing. A check in the
+  // background passes kRunning: it starts no service, and a service that
+  // doesn't run counts as no connection.
+  bool CheckInternetConnection(ServiceNeed need = ServiceNeed::kStart);
 
   // App.PrevInstance: whether another instance of the program runs. The
   // first call decides, and makes this process the running instance when

@@ -24,6 +24,10 @@ constexpr std::array kSchema = {
     // The service's address and site path, at least 2 characters each.
     SettingValue{kRootKey, "IP", F::kText, "", 0, 0, true},
     SettingValue{kRootKey, "URL", F::kText, "", 0, 0, true},
+    // A PEM file of the authorities that an https:// service is checked
+    // against in place of the system's; empty uses the system's.
+    // Set by whoever runs a private service; the installer lays nothing.
+    SettingValue{kRootKey, "CAFile", F::kText, "", 0, 0, false},
     // The window at the last exit: "0" normal, "2" (or "1") maximised.
     SettingValue{kRootKey, "PrevMode", F::kWholeNumber, "0", 0, 2, false},
     SettingValue{kRootKey, "PrevHt", F::kWholeNumber, "9000", 9000, 0, false},

@@ -160,11 +160,17 @@ class ForwardingClient final : public ctlExtAPI {
 }  // namespace
 
 std::unique_ptr<ctlExtAPI> NewServiceClient(Application& app) {
+  return NewServiceClient(app, ServiceNeed::kStart);
+}
+
+std::unique_ptr<ctlExtAPI> NewServiceClient(Application& app,
+                                            ServiceNeed need) {
   if (app.ClientMaker()) {
     return app.ClientMaker()();
   }
   Application* a = &app;
-  return MakeServiceClient(app.host(), [a] { return a->ServiceTransport(); });
+  return MakeServiceClient(app.host(),
+                           [a, need] { return a->ServiceTransport(need); });
 }
 
 std::unique_ptr<ctlExtAPI> ForwardTo(ctlExtAPI& target) {

@@ -2,6 +2,8 @@
 
 #include "core/application.h"
 #include "online/frm_address_book.h"
+#include "online/frm_check_upgrade.h"
+#include "online/frm_display_download.h"
 #include "online/frm_login.h"
 #include "online/frm_net_conn.h"
 #include "online/frm_registration.h"
@@ -36,6 +38,10 @@ void RegisterOnlineForms(Application& app) {
       [a] { return std::make_unique<frmShareCongrats>(*a); });
   app.forms().Register<frmWebContent>(
       [a] { return std::make_unique<frmWebContent>(*a); });
+  app.forms().Register<frmCheckUpgrade>(
+      [a] { return std::make_unique<frmCheckUpgrade>(*a); });
+  app.forms().Register<frmDisplayDownload>(
+      [a] { return std::make_unique<frmDisplayDownload>(*a); });
 }
 
 }  // namespace qbpd

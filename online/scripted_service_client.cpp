@@ -5,6 +5,8 @@
 #include "platform/forms/scripted_host.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 
 namespace qbpd {
 
@@ -429,12 +431,27 @@ bool ScriptedServiceClient::DownloadFile(const std::string& url,
   if (!Wait(reply, code, errText)) {
     return false;
   }
-  if (reply.ok) {
-    savedPath = reply.savedPath;
-  } else {
+  if (!reply.ok) {
     errText = reply.errText;
+    return false;
   }
-  return reply.ok;
+  savedPath = reply.savedPath;
+  if (reply.content) {
+    const std::string path_part = url.substr(0, url.find_first_of("?#"));
+    const std::filesystem::path target =
+        std::filesystem::path(targetFolder) /
+        path_part.substr(path_part.find_last_of('/') + 1);
+    std::ofstream out(target, std::ios::binary | std::ios::trunc);
+    out << *reply.content;
+    if (!out.flush()) {
+      errText = "The download could not be written to " + target.string() + ".";
+      return false;
+    }
+    if (savedPath.empty()) {
+      savedPath = target.string();
+    }
+  }
+  return true;
 }
 
 }  // namespace qbpd

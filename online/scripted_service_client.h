@@ -76,8 +76,12 @@ struct UpdateUserAddressReply : ScriptedReply {
 struct GetUpgradeInfoReply : ScriptedReply {
   std::string downloadLocation, newVersion, fileSize, notes;
 };
+// With `content`, a successful reply writes it into the target folder under
+// the last part of the URL's path, as the real client saves a download, and
+// savedPath (when empty) names that file.
 struct DownloadFileReply : ScriptedReply {
   std::string savedPath;
+  std::optional<std::string> content;
 };
 
 // One call the double received, with its inputs by argument name (the names

@@ -1,6 +1,7 @@
 #include "online/service_client.h"
 
 #include "online/service_json.h"
+#include "online/upgrade_info.h"
 #include "platform/forms/host.h"
 #include "platform/http_transport.h"
 #include "platform/json_value.h"
@@ -169,65 +170,6 @@ void PadTo(StringArray& cells, size_t size) {
   if (cells.size() < size) {
     cells.resize(size);
   }
-}
-
-// The text of one element of a small XML file, entities decoded and blanks
-// trimmed; nothing when the element is missing.
-std::optional<std::string> XmlElementText(const std::string& xml,
-                                          const std::string& name) {
-  size_t open = 0;
-  while (true) {
-    open = xml.find("<" + name, open);
-    if (open == std::string::npos) {
-      return std::nullopt;
-    }
-    char after = open + name.size() + 1 < xml.size()
-                     ? xml[open + name.size() + 1]
-                     : '\0';
-    if (after == '>' || std::isspace(static_cast<unsigned char>(after))) {
-      break;
-    }
-    open += name.size() + 1;
-  }
-  size_t start = xml.find('>', open);
-  if (start == std::string::npos) {
-    return std::nullopt;
-  }
-  ++start;
-  size_t end = xml.find("</" + name, start);
-  if (end == std::string::npos) {
-    return std::nullopt;
-  }
-  std::string raw = xml.substr(start, end - start);
-  static constexpr std::array<std::pair<const char*, char>, 5> kEntities = {{
-      {"&lt;", '<'},
-      {"&gt;", '>'},
-      {"&quot;", '"'},
-      {"&apos;", '\''},
-      {"&amp;", '&'},
-  }};
-  std::string text;
-  for (size_t i = 0; i < raw.size();) {
-    bool matched = false;
-    if (raw[i] == '&') {
-      for (const auto& [entity, c] : kEntities) {
-        std::string_view e(entity);
-        if (raw.compare(i, e.size(), e) == 0) {
-          text += c;
-          i += e.size();
-          matched = true;
-          break;
-        }
-      }
-    }
-    if (!matched) {
-      text += raw[i++];
-    }
-  }
-  size_t first = text.find_first_not_of(" \t\r\n");
-  size_t last = text.find_last_not_of(" \t\r\n");
-  return first == std::string::npos ? std::string()
-                                    : text.substr(first, last - first + 1);
 }
 
 std::string LowerExtension(const std::string& path) {
@@ -735,17 +677,16 @@ class ServiceClient final : public ctlExtAPI {
     if (!answer.ok) {
       return false;
     }
-    const std::string& xml = answer.envelope.text();
-    std::optional<std::string> version = XmlElementText(xml, "version");
-    std::optional<std::string> location = XmlElementText(xml, "location");
-    if (!version || !location) {
+    std::optional<UpgradeOffer> offer =
+        ReadUpgradeXml(answer.envelope.text(), url);
+    if (!offer) {
       return false;
     }
-    downloadLocation = *location;
-    newVersion = *version;
-    fileSize = XmlElementText(xml, "size").value_or("");
-    notes = XmlElementText(xml, "notes").value_or("");
-    return !version->empty() && CompareVersions(*version, currentVersion) > 0;
+    downloadLocation = offer->location;
+    newVersion = offer->version;
+    fileSize = offer->size;
+    notes = offer->notes;
+    return CompareVersions(offer->version, currentVersion) > 0;
   }
 
   bool DownloadFile(const std::string& url,

@@ -5,6 +5,7 @@
 
 #include <curl/curl.h>
 
+#include <cctype>
 #include <chrono>
 #include <cstdio>
 
@@ -73,6 +74,19 @@ size_t WriteBody(char* data, size_t size, size_t count, void* user) {
   }
   transfer->body.append(data, bytes);
   return bytes;
+}
+
+bool IsHttps(const std::string& url) {
+  constexpr std::string_view kScheme = "https://";
+  if (url.size() < kScheme.size()) {
+    return false;
+  }
+  for (size_t i = 0; i < kScheme.size(); ++i) {
+    if (std::tolower(static_cast<unsigned char>(url[i])) != kScheme[i]) {
+      return false;
+    }
+  }
+  return true;
 }
 
 HttpFailure FailureOf(CURLcode code, bool too_large) {
@@ -167,6 +181,17 @@ class CurlTransport final : public HttpTransport {
     std::string url = MakeValidUrl(request.url);
     curl_easy_setopt(easy, CURLOPT_URL, url.c_str());
     curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
+    // A request made over https never follows a redirect back to plain
+    // http, where a password or a download could be read or changed.
+    curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR,
+                     IsHttps(url) ? "https" : "http,https");
+    // These are libcurl's defaults; they are set so that no other default
+    // can ever switch the peer's check off.
+    curl_easy_setopt(easy, CURLOPT_SSL_VERIFYPEER, 1L);
+    curl_easy_setopt(easy, CURLOPT_SSL_VERIFYHOST, 2L);
+    if (!options_.ca_file.empty()) {
+      curl_easy_setopt(easy, CURLOPT_CAINFO, options_.ca_file.c_str());
+    }
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, transfer.error_buffer);
     curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &WriteBody);

@@ -8,6 +8,8 @@
 #include <exception>
 #include <fstream>
 #include <iterator>
+#include <memory>
+#include <stdexcept>
 
 namespace qbpd::service {
 
@@ -33,9 +35,23 @@ void SendPage(httplib::Response& res, const PageResult& page) {
   res.set_content(page.html, "text/html; charset=utf-8");
 }
 
-std::string BaseOf(const httplib::Request& req) {
+std::string BaseOf(const httplib::Request& req, bool tls) {
   const std::string host = req.get_header_value("Host");
-  return "http://" + (host.empty() ? std::string("127.0.0.1") : host);
+  return (tls ? "https://" : "http://") +
+         (host.empty() ? std::string("127.0.0.1") : host);
+}
+
+std::unique_ptr<httplib::Server> MakeHttpServer(const ServerTls& tls) {
+  if (tls.cert_file.empty() && tls.key_file.empty()) {
+    return std::make_unique<httplib::Server>();
+  }
+  auto server = std::make_unique<httplib::SSLServer>(tls.cert_file.c_str(),
+                                                     tls.key_file.c_str());
+  if (!server->is_valid()) {
+    throw std::runtime_error("the certificate " + tls.cert_file + " and key " +
+                             tls.key_file + " can't be used together");
+  }
+  return server;
 }
 
 // The address a request came from: the peer's, or behind the front the one
@@ -51,14 +67,17 @@ std::string ClientOf(const httplib::Request& req, bool behind_front) {
 }  // namespace
 
 struct Server::Impl {
-  explicit Impl(ServiceCore& c) : core(c) {}
+  Impl(ServiceCore& c, const ServerTls& tls)
+      : core(c), server(MakeHttpServer(tls)), http(*server) {}
   ServiceCore& core;
-  httplib::Server http;
+  std::unique_ptr<httplib::Server> server;
+  httplib::Server& http;
 };
 
-Server::Server(ServiceCore& core, bool behind_front)
-    : impl_(std::make_unique<Impl>(core)) {
+Server::Server(ServiceCore& core, bool behind_front, const ServerTls& tls)
+    : impl_(std::make_unique<Impl>(core, tls)) {
   auto& http = impl_->http;
+  const bool https = !tls.cert_file.empty() || !tls.key_file.empty();
   ServiceCore* service = &core;
   http.set_payload_max_length(core.max_upload_bytes() + kMultipartSlack);
   // An answer goes out as a head and a body in two writes; with Nagle's rule
@@ -70,17 +89,17 @@ Server::Server(ServiceCore& core, bool behind_front)
   http.new_task_queue = [] { return new httplib::ThreadPool(kWorkers); };
 
   http.Post(R"(/api/([A-Za-z]+))",
-            [service, behind_front](const httplib::Request& req,
-                                    httplib::Response& res) {
+            [service, behind_front, https](const httplib::Request& req,
+                                           httplib::Response& res) {
               const json request = json::parse(req.body, nullptr, false);
               if (request.is_discarded() || !request.is_object()) {
                 SendJson(res, kMalformed, Failure("9999"));
                 return;
               }
               try {
-                const auto answer =
-                    service->Call(req.matches[1].str(), request,
-                                  ClientOf(req, behind_front), BaseOf(req));
+                const auto answer = service->Call(req.matches[1].str(), request,
+                                                  ClientOf(req, behind_front),
+                                                  BaseOf(req, https));
                 if (!answer) {
                   SendJson(res, kNotFound, Failure("9999"));
                   return;
@@ -160,14 +179,24 @@ Server::Server(ServiceCore& core, bool behind_front)
         res.set_header("X-Content-Type-Options", "nosniff");
         res.set_content(content, answer.file->mime.c_str());
       });
-  http.Get("/download/upgrade.xml", [service](const httplib::Request& req,
-                                              httplib::Response& res) {
-    res.set_content(service->UpgradeXml(BaseOf(req)), "application/xml");
+  http.Get("/download/upgrade.xml", [service, https](
+                                        const httplib::Request& req,
+                                        httplib::Response& res) {
+    res.set_content(service->UpgradeXml(BaseOf(req, https)), "application/xml");
   });
   http.Get("/download/upgrade1.exe", [service](const httplib::Request&,
                                                httplib::Response& res) {
     res.set_content(service->UpgradeFile(), "application/octet-stream");
   });
+  // The detached signature of the upgrade file, when one is published.
+  http.Get("/download/upgrade1.exe.sig",
+           [service](const httplib::Request&, httplib::Response& res) {
+             if (service->UpgradeSignature().empty()) {
+               SendPage(res, NotFound("No signature is published"));
+               return;
+             }
+             res.set_content(service->UpgradeSignature() + "\n", "text/plain");
+           });
 
   // A failure inside the service answers with the envelope alone: what went
   // wrong, with its paths and statements, stays on the server.

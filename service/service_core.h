@@ -48,6 +48,12 @@ struct ServiceOptions {
   std::size_t max_upload_bytes = 50u * 1024 * 1024;
   std::int64_t session_seconds = 8 * 60 * 60;
   std::string upgrade_version = "1.1.0";
+  // The upgrade file offered: this file, read at each download; when empty,
+  // a small installer script made from upgrade_version.
+  std::string upgrade_file;
+  // The detached signature (base64) published beside the upgrade file; none
+  // is published when empty.
+  std::string upgrade_signature;
   // Unix seconds; the system clock when empty.
   std::function<std::int64_t()> now;
   // Whether `password` is the one whose hash is `hash`; libsodium's check
@@ -132,6 +138,10 @@ class ServiceCore {
   // `base` is the scheme, host and port the client used.
   std::string UpgradeXml(const std::string& base) const;
   std::string UpgradeFile() const;
+  // The upgrade file's signature; "" when none is published.
+  const std::string& UpgradeSignature() const {
+    return options_.upgrade_signature;
+  }
 
  private:
   std::int64_t Now() const;
@@ -195,6 +205,11 @@ nlohmann::json Failure(const std::string& code);
 
 // The page for a photo, album or order that is not the account's.
 PageResult NotFound(const char* what);
+
+// The upgrade file that `options` offer now: the bytes of upgrade_file, or
+// the installer script made from upgrade_version; nothing when upgrade_file
+// can't be read.
+std::optional<std::string> UpgradeFileContent(const ServiceOptions& options);
 
 }  // namespace qbpd::service
 

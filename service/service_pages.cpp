@@ -7,6 +7,9 @@
 #include "service/request.h"
 #include "service/service_core.h"
 
+#include <fstream>
+#include <iterator>
+
 namespace qbpd::service {
 
 using nlohmann::json;
@@ -271,9 +274,21 @@ std::string ServiceCore::UpgradeXml(const std::string& base) const {
 }
 
 std::string ServiceCore::UpgradeFile() const {
-  return "#!/bin/sh\n# Quillbay Picture Desk upgrade " +
-         options_.upgrade_version +
-         "\necho 'Quillbay Picture Desk is up to date.'\n";
+  return UpgradeFileContent(options_).value_or(std::string());
+}
+
+std::optional<std::string> UpgradeFileContent(const ServiceOptions& options) {
+  if (options.upgrade_file.empty()) {
+    return "#!/bin/sh\n# Quillbay Picture Desk upgrade " +
+           options.upgrade_version +
+           "\necho 'Quillbay Picture Desk is up to date.'\n";
+  }
+  std::ifstream in(options.upgrade_file, std::ios::binary);
+  std::string content(std::istreambuf_iterator<char>(in), {});
+  if (!in.is_open() || in.bad()) {
+    return std::nullopt;
+  }
+  return content;
 }
 
 }  // namespace qbpd::service

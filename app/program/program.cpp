@@ -12,10 +12,12 @@
 #include "core/settings.h"
 #include "editor/frm_rotate.h"
 #include "online/online_forms.h"
+#include "online/upgrade_check.h"
 #include "platform/default_viewer.h"
 #include "platform/display_model.h"
 #include "platform/local_service.h"
 #include "platform/session_autostart.h"
+#include "platform/signature.h"
 #include "platform/wallpaper.h"
 #include "preferences/frm_preferences.h"
 #include "presentation/frm_photo_info.h"
@@ -36,6 +38,7 @@ void RegisterProgram(Application& app) {
   app.forms().Register<frmMainWindow>([a] {
     auto window = std::make_unique<frmMainWindow>(*a);
     WireCameraImport(*window, *a);
+    WireUpgradeCheck(*window, *a);
     return window;
   });
   app.forms().Register<frmMsgInfrm>(
@@ -101,6 +104,16 @@ PlatformServices MakePlatformServices(std::unique_ptr<SettingsStore> settings,
     services.default_settings = services.resources + "/default-settings.ini";
   }
   services.launcher = MakeXdgLauncher();
+  // A downloaded upgrade is an installer script; it is read by the shell
+  // rather than executed, so a temp folder mounted noexec doesn't stop it.
+  services.installer = MakeXdgLauncher("/bin/sh");
+  // The public half of the key that upgrades are signed with ships with
+  // the resources; without it every download is refused.
+  if (!services.resources.empty() &&
+      !ReadKeyFile(services.resources + "/upgrade-key.pub",
+                   services.upgrade_key)) {
+    services.upgrade_key.clear();
+  }
   services.wallpaper =
       MakeDesktopWallpaper(MakeSpawnRunner(), ProcessEnvironment());
   services.screensaver =

@@ -44,6 +44,8 @@ void OnlineTest::Start() {
   services.launcher = std::move(launcher);
   services.make_transport = make_transport_;
   services.numbers = numbers_;
+  services.installer = std::move(installer_);
+  services.upgrade_key = upgrade_key_;
   if (!real_client_) {
     services.make_client = [this] { return ForwardTo(*client_); };
     services.internet_check = [this](const std::string&) {

@@ -109,6 +109,10 @@ class OnlineTest : public ::testing::Test {
   std::function<std::unique_ptr<HttpTransport>()> make_transport_;
   // How the user's locale writes numbers (the program's own by default).
   NumberFormat numbers_;
+  // What starts a downloaded upgrade (none records), and the key that its
+  // signature must match.
+  std::unique_ptr<Launcher> installer_;
+  std::string upgrade_key_;
 
  private:
   testing::TempDir dir_;

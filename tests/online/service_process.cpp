@@ -1,5 +1,6 @@
 #include "tests/online/service_process.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <chrono>
 #include <cstring>
@@ -32,8 +33,9 @@ int RemainingMs(Clock::time_point deadline) {
 }
 
 // One GET of the home page on a fresh connection; true when any HTTP answer
-// comes back before the deadline.
-bool AnswersOnce(int port, Clock::time_point deadline) {
+// comes back before the deadline. A service that serves HTTPS (`tls`) only
+// has to take the connection.
+bool AnswersOnce(int port, Clock::time_point deadline, bool tls) {
   const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   if (fd < 0) {
     return false;
@@ -43,7 +45,11 @@ bool AnswersOnce(int port, Clock::time_point deadline) {
   address.sin_port = htons(static_cast<uint16_t>(port));
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   bool answered = false;
-  if (connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) {
+  const bool connected =
+      connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+  if (connected && tls) {
+    answered = true;
+  } else if (connected) {
     const char request[] =
         "GET / HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: close\r\n\r\n";
     if (send(fd, request, sizeof request - 1, MSG_NOSIGNAL) ==
@@ -65,7 +71,10 @@ bool AnswersOnce(int port, Clock::time_point deadline) {
 ServiceProcess::ServiceProcess(const std::string& program,
                                const std::filesystem::path& data_dir,
                                const std::vector<std::string>& extra_arguments)
-    : data_dir_(data_dir) {
+    : data_dir_(data_dir),
+      tls_(std::find(extra_arguments.begin(),
+                     extra_arguments.end(),
+                     "--cert") != extra_arguments.end()) {
   int fds[2];
   if (pipe2(fds, O_CLOEXEC) != 0) {
     error_ = "no pipe for the service's output";
@@ -119,7 +128,8 @@ ServiceProcess::~ServiceProcess() {
 }
 
 std::string ServiceProcess::base() const {
-  return "http://127.0.0.1:" + std::to_string(port_);
+  return (tls_ ? "https://localhost:" : "http://127.0.0.1:") +
+         std::to_string(port_);
 }
 
 std::string ServiceProcess::site() const {
@@ -189,7 +199,7 @@ std::string ServiceProcess::ReadFirstLine(int ms) {
 bool ServiceProcess::WaitForFirstAnswer(int ms) {
   const auto deadline = Clock::now() + std::chrono::milliseconds(ms);
   while (Clock::now() < deadline) {
-    if (AnswersOnce(port_, deadline)) {
+    if (AnswersOnce(port_, deadline, tls_)) {
       return true;
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(20));

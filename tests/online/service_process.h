@@ -29,7 +29,8 @@ class ServiceProcess {
   const std::string& error() const { return error_; }
   pid_t pid() const { return pid_; }
   int port() const { return port_; }
-  // "http://127.0.0.1:<port>": the site address of uploads and pages.
+  // "http://127.0.0.1:<port>": the site address of uploads and pages;
+  // "https://localhost:<port>" when the service was given --cert.
   std::string base() const;
   // base() + "/api": the site of the data operations.
   std::string site() const;
@@ -54,6 +55,7 @@ class ServiceProcess {
   int Reap(bool must_block);
 
   std::filesystem::path data_dir_;
+  bool tls_ = false;
   pid_t pid_ = -1;
   int stdout_fd_ = -1;
   int port_ = 0;
