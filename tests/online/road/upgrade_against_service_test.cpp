@@ -13,6 +13,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 
 namespace qbpd::testing_support {
 namespace {
@@ -51,8 +52,9 @@ class UpgradeRoadTest : public OnlineTest {
             upgrade_file_.string(), "--signing-key", secret_file_.string()};
   }
 
-  // The Help menu's check, and OK on its answer.
-  void CheckAndDownload() {
+  // The Help menu's check, and OK on its answer; `while_standing` runs when
+  // the download has ended and its window still stands.
+  void CheckAndDownload(std::function<void()> while_standing = nullptr) {
     QueueClick("frmMainWindow", "mnuHUpgrade");
     Queue("the check answered", [this] {
       auto* check = dynamic_cast<frmCheckUpgrade*>(Find("frmCheckUpgrade"));
@@ -60,19 +62,27 @@ class UpgradeRoadTest : public OnlineTest {
       EXPECT_EQ(check->lblConnecting.Caption(), kUpgradeQuestion);
     });
     QueueClick("frmCheckUpgrade", "imgOK");
+    if (while_standing) {
+      Queue("the download window stands", std::move(while_standing));
+    }
     Run();
   }
 
-  void ExpectRefused(const std::string& why) {
-    EXPECT_TRUE(started_->opened.empty());
-    EXPECT_FALSE(fs::exists(Downloaded()));
-    EXPECT_FALSE(fs::exists(Downloaded() + ".sig"));
-    auto* download =
-        dynamic_cast<frmDisplayDownload*>(Find("frmDisplayDownload"));
-    ASSERT_NE(download, nullptr);
-    EXPECT_TRUE(download->Visible());
-    EXPECT_EQ(download->FieldValue("msRefusal").ToText(), why);
-    EXPECT_TRUE(Messages().empty());
+  // The download is refused for `why`: nothing started, nothing kept,
+  // nothing said; the user then closes the window.
+  std::function<void()> ExpectRefused(std::string why) {
+    return [this, why] {
+      EXPECT_TRUE(started_->opened.empty());
+      EXPECT_FALSE(fs::exists(Downloaded()));
+      EXPECT_FALSE(fs::exists(Downloaded() + ".sig"));
+      auto* download =
+          dynamic_cast<frmDisplayDownload*>(Find("frmDisplayDownload"));
+      ASSERT_NE(download, nullptr);
+      EXPECT_TRUE(download->Visible());
+      EXPECT_EQ(download->FieldValue("msRefusal").ToText(), why);
+      EXPECT_TRUE(Messages().empty());
+      download->Unload(kUnloadFromUser);
+    };
   }
 
   std::string Downloaded() { return session().gsTempLoc + "upgrade1.exe"; }
@@ -103,22 +113,19 @@ TEST_F(UpgradeRoadTest, AChangedUpgradeIsRefusedAndDeleted) {
   std::string changed = kInstaller;
   changed.replace(changed.find("exit 0"), 6, "rm -r ");
   std::ofstream(upgrade_file_, std::ios::binary | std::ios::trunc) << changed;
-  CheckAndDownload();
-  ExpectRefused("The download doesn't match its signature.");
+  CheckAndDownload(ExpectRefused("The download doesn't match its signature."));
 }
 
 TEST_F(UpgradeRoadTest, ACutUpgradeIsRefusedAndDeleted) {
   StartAgainst(Signed());
   fs::resize_file(upgrade_file_, std::string(kInstaller).size() / 2);
-  CheckAndDownload();
-  ExpectRefused("The download doesn't match its signature.");
+  CheckAndDownload(ExpectRefused("The download doesn't match its signature."));
 }
 
 TEST_F(UpgradeRoadTest, AnUnsignedUpgradeIsRefusedAndDeleted) {
   StartAgainst(
       {"--upgrade-version", "9.0.0", "--upgrade-file", upgrade_file_.string()});
-  CheckAndDownload();
-  ExpectRefused("The download has no signature.");
+  CheckAndDownload(ExpectRefused("The download has no signature."));
 }
 
 // Unless told another version, the service offers this build's own: the

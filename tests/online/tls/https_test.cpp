@@ -138,14 +138,20 @@ TEST_F(HttpsTest, BadCertificatesAreRefusedBeforeThePasswordIsSent) {
   struct Case {
     const char* what;
     TestAuthority::Issued issued;
+    // What the transport says underneath, so that each case fails for its
+    // own reason.
+    const char* reason;
   };
   const Case cases[] = {
       {"a certificate for another host",
-       ca_.Issue("other-host", "DNS:photos.example.com", 2)},
+       ca_.Issue("other-host", "DNS:photos.example.com", 2),
+       "no alternative certificate subject name matches"},
       {"an expired certificate",
-       ca_.Issue("expired", "DNS:localhost,IP:127.0.0.1", -1)},
+       ca_.Issue("expired", "DNS:localhost,IP:127.0.0.1", -1),
+       "certificate has expired"},
       {"an unknown authority",
-       stranger.Issue("unknown", "DNS:localhost,IP:127.0.0.1", 2)},
+       stranger.Issue("unknown", "DNS:localhost,IP:127.0.0.1", 2),
+       "unable to get local issuer certificate"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
@@ -158,6 +164,15 @@ TEST_F(HttpsTest, BadCertificatesAreRefusedBeforeThePasswordIsSent) {
     EXPECT_FALSE(login.ok);
     EXPECT_EQ(login.code, kErrNoConnection);
     EXPECT_EQ(LoginFailureText(login.code, login.text), kCheckConnectionLabel);
+    HttpTransportOptions options;
+    options.ca_file = ca_.certificate().string();
+    HttpRequest request;
+    request.url = server.Site();
+    const HttpResponse raw =
+        MakeCurlTransport(options)->Perform(request, [] {});
+    EXPECT_EQ(raw.failure, HttpFailure::kNoConnection);
+    EXPECT_NE(raw.error_text.find(c.reason), std::string::npos)
+        << raw.error_text;
     EXPECT_TRUE(server.Bodies().empty());
   }
 }

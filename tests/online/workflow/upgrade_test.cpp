@@ -168,6 +168,7 @@ TEST_F(UpgradeTest, ADownloadWithoutASignatureIsRefused) {
     ASSERT_NE(Download(), nullptr);
     EXPECT_EQ(Download()->FieldValue("msRefusal").ToText(),
               "The download has no signature.");
+    Download()->Unload(kUnloadFromUser);
   });
   Run();
   EXPECT_TRUE(started_->opened.empty());
@@ -181,11 +182,16 @@ TEST_F(UpgradeTest, WithoutAnInstalledKeyEveryDownloadIsRefused) {
   ServeDownload(kInstaller, Sign(kInstaller));
   QueueClick("frmMainWindow", "mnuHUpgrade");
   QueueClick("frmCheckUpgrade", "imgOK");
+  Queue("the download stands", [this] {
+    ASSERT_NE(Download(), nullptr);
+    EXPECT_TRUE(Download()->Visible());
+    EXPECT_EQ(Download()->FieldValue("msRefusal").ToText(),
+              "No key to check the download with is installed.");
+    Download()->Unload(kUnloadFromUser);
+  });
   Run();
   EXPECT_TRUE(started_->opened.empty());
   EXPECT_FALSE(fs::exists(Downloaded()));
-  ASSERT_NE(Download(), nullptr);
-  EXPECT_TRUE(Download()->Visible());
 }
 
 // A failed download says nothing either: the window stays up.
@@ -195,12 +201,15 @@ TEST_F(UpgradeTest, AFailedDownloadLeavesTheWindowStanding) {
   client().Queue(Failure<DownloadFileReply>("", "connection lost"));
   QueueClick("frmMainWindow", "mnuHUpgrade");
   QueueClick("frmCheckUpgrade", "imgOK");
+  Queue("five seconds later", [this] {
+    host().Advance(5000);
+    ASSERT_NE(Download(), nullptr);
+    EXPECT_TRUE(Download()->Visible());
+    // tmrProg counts on, one a second, below the maximum.
+    EXPECT_EQ(Download()->ProgressBar1.Value(), 6);
+    Download()->Unload(kUnloadFromUser);
+  });
   Run();
-  host().Advance(5000);
-  ASSERT_NE(Download(), nullptr);
-  EXPECT_TRUE(Download()->Visible());
-  // tmrProg counts on, one a second, below the maximum.
-  EXPECT_EQ(Download()->ProgressBar1.Value(), 6);
   EXPECT_EQ(client().Operations(),
             (std::vector<std::string>{"GetUpgradeInfo", "DownloadFile"}));
   EXPECT_TRUE(Messages().empty());
@@ -374,8 +383,14 @@ TEST_F(UpgradeTest, ACloseDuringTheTimersCheckDropsTheAnswer) {
   WritePhotos(1);
   Start();
   client().Queue(Offer(true, /*wait_ms=*/5000));
-  Queue("a minute goes by", [this] { host().Advance(kMinute); });
-  QueueInside("close the program", [this] { main().Unload(kUnloadFromUser); });
+  // The close comes at the first pump while the service is asked.
+  client().OnCall([this](const RecordedCall& call) {
+    if (call.operation == "GetUpgradeInfo") {
+      QueueInside("close the program",
+                  [this] { main().Unload(kUnloadFromUser); });
+    }
+  });
+  host().Advance(kMinute);
   Run();
   EXPECT_EQ(client().CancelRequests(), 1);
   EXPECT_TRUE(Messages().empty());
