@@ -359,8 +359,7 @@ void frmMainWindow::Form_QueryUnload(int& Cancel, int UnloadMode) {
   tmrUpgrade.SetEnabled(false);
   tmrExplorer.SetEnabled(false);
   tmrIniitialLoad.SetEnabled(false);
-  if (CancelServiceRequest) {
-    CancelServiceRequest();
+  if (CancelServiceRequest && CancelServiceRequest()) {
     host().DoEvents();
   }
   tmrQueryUnload.SetEnabled(true);

@@ -249,9 +249,10 @@ class frmMainWindow : public Form {
 
   // --- the window's service control (ctlInet), owned by the upgrade check
   // (online/upgrade_check.h) ---------------------------------------------
-  // Cancels its running request, if one runs; empty until the check is
-  // wired. A close calls it so that it never waits for the network.
-  std::function<void()> CancelServiceRequest;
+  // Cancels its running request, if one runs (IsBusy), and says whether
+  // it did; empty until the check is wired. A close calls it so that it
+  // never waits for the network.
+  std::function<bool()> CancelServiceRequest;
 
   // --- the camera import's way in (camera/) --------------------------------
   // Asks the user to finish an operation in hand before an outside event

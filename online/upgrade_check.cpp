@@ -78,9 +78,11 @@ void WireUpgradeCheck(frmMainWindow& window, Application& app) {
   // A close never waits for the check's request: it is cancelled, and the
   // check then drops its answer.
   window.CancelServiceRequest = [client] {
-    if (client->IsBusy()) {
-      client->CancelRequest(true);
+    if (!client->IsBusy()) {
+      return false;
     }
+    client->CancelRequest(true);
+    return true;
   };
   window.On("mnuHUpgrade", "Click", [a](EventArgs&) {
     a->forms().Get<frmCheckUpgrade>().Show(/*modal=*/true);
