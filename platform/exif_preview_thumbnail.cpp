@@ -1,5 +1,7 @@
 #include "platform/exif_preview_thumbnail.h"
 
+#include "platform/jpeg_fd_source.h"
+
 #include <libexif/exif-data.h>
 #include <libexif/exif-utils.h>
 #include <turbojpeg.h>
@@ -190,51 +192,6 @@ void OnJpegError(j_common_ptr info) {
 
 void OnJpegMessage(j_common_ptr, int) {}
 
-// Reads the photo from its descriptor as the decoder asks, never further.
-struct FdSource {
-  jpeg_source_mgr pub;
-  int fd;
-  off_t offset;
-  std::array<JOCTET, 64 * 1024> buffer;
-};
-
-void InitSource(j_decompress_ptr) {}
-
-boolean FillInput(j_decompress_ptr info) {
-  auto* source = reinterpret_cast<FdSource*>(info->src);
-  const ssize_t got = ::pread(source->fd, source->buffer.data(),
-                              source->buffer.size(), source->offset);
-  if (got <= 0) {
-    // A photo cut short ends here, as the decoder expects.
-    source->buffer[0] = 0xFF;
-    source->buffer[1] = JPEG_EOI;
-    source->pub.next_input_byte = source->buffer.data();
-    source->pub.bytes_in_buffer = 2;
-    return TRUE;
-  }
-  source->offset += got;
-  source->pub.next_input_byte = source->buffer.data();
-  source->pub.bytes_in_buffer = static_cast<std::size_t>(got);
-  return TRUE;
-}
-
-void SkipInput(j_decompress_ptr info, long count) {
-  auto* source = reinterpret_cast<FdSource*>(info->src);
-  if (count <= 0) {
-    return;
-  }
-  const auto skip = static_cast<std::size_t>(count);
-  if (skip <= source->pub.bytes_in_buffer) {
-    source->pub.next_input_byte += skip;
-    source->pub.bytes_in_buffer -= skip;
-    return;
-  }
-  source->offset += static_cast<off_t>(skip - source->pub.bytes_in_buffer);
-  source->pub.bytes_in_buffer = 0;
-}
-
-void TermSource(j_decompress_ptr) {}
-
 // The photo decoded at an eighth of its size, as far as it was read.
 struct Band {
   int width = 0;
@@ -247,7 +204,7 @@ struct Band {
 // quarter of the photo is read. All C++ objects the decoder's error exit
 // could skip live in the caller.
 template <typename Enough>
-bool DecodeTopBand(int fd, Band& band, FdSource& source, Enough&& enough) {
+bool DecodeTopBand(Band& band, JpegFdSource& source, Enough&& enough) {
   jpeg_decompress_struct info;
   ErrorManager errors;
   info.err = jpeg_std_error(&errors.pub);
@@ -258,16 +215,7 @@ bool DecodeTopBand(int fd, Band& band, FdSource& source, Enough&& enough) {
     return false;
   }
   jpeg_create_decompress(&info);
-  source.pub.init_source = InitSource;
-  source.pub.fill_input_buffer = FillInput;
-  source.pub.skip_input_data = SkipInput;
-  source.pub.resync_to_restart = jpeg_resync_to_restart;
-  source.pub.term_source = TermSource;
-  source.pub.bytes_in_buffer = 0;
-  source.pub.next_input_byte = nullptr;
-  source.fd = fd;
-  source.offset = 0;
-  info.src = &source.pub;
+  UseJpegFdSource(&info, source);
   jpeg_read_header(&info, TRUE);
   info.scale_num = 1;
   info.scale_denom = 8;
@@ -552,12 +500,12 @@ PreviewThumbnail ThumbnailFromExifPreview(int fd, int size, int quality) {
     return result;
   }
   Band band;
-  auto source = std::make_unique<FdSource>();
+  const JpegFdSourcePtr source = MakeJpegFdSource(fd);
   const Rgb& shown = *preview;
   // Enough when the band covers a row of the comparison's cells and shows
   // detail.
   const int cell_rows = std::min(shown.height, layout->height / 8) / 2;
-  const bool decoded = DecodeTopBand(fd, band, *source, [&](const Band& b) {
+  const bool decoded = DecodeTopBand(band, *source, [&](const Band& b) {
     return static_cast<long long>(cell_rows) * b.rows / b.full_height >= 1 &&
            BandDetail(b) >= kMinDetail;
   });

@@ -2,6 +2,7 @@
 
 #include "platform/atomic_file.h"
 #include "platform/bmp_reader.h"
+#include "platform/jpeg_fd_source.h"
 
 #include <algorithm>
 #include <array>
@@ -27,8 +28,6 @@ constexpr int kMaxJpegShrink = 8;
 constexpr int kMaxOtherShrink = 64;
 // libjpeg scales by eighths.
 constexpr int kEighths = 8;
-// How much of a JPEG file is read at a time.
-constexpr std::size_t kStreamBlockBytes = 64 * 1024;
 
 // The kind of a photo file; nothing for a file the view doesn't show.
 std::optional<PhotoKind> SniffKind(const std::string& path) {
@@ -247,58 +246,6 @@ void OnStreamMessage(j_common_ptr info, int level) {
   }
 }
 
-// Reads the photo from its descriptor a block at a time as the decoder asks:
-// the file is never held whole in memory, so reading it costs neither a
-// copy of it nor the fresh pages one would take.
-struct StreamSource {
-  jpeg_source_mgr pub;
-  int fd;
-  off_t offset;
-  std::array<JOCTET, kStreamBlockBytes> buffer;
-};
-
-void InitStream(j_decompress_ptr) {}
-
-boolean FillStream(j_decompress_ptr info) {
-  auto* source = reinterpret_cast<StreamSource*>(info->src);
-  ssize_t got = 0;
-  do {
-    got = ::pread(source->fd, source->buffer.data(), source->buffer.size(),
-                  source->offset);
-  } while (got < 0 && errno == EINTR);
-  if (got <= 0) {
-    // The file ends before its end marker: a warning, and the marker made
-    // up, as libjpeg's own sources do.
-    WARNMS(info, JWRN_JPEG_EOF);
-    source->buffer[0] = 0xFF;
-    source->buffer[1] = JPEG_EOI;
-    source->pub.next_input_byte = source->buffer.data();
-    source->pub.bytes_in_buffer = 2;
-    return TRUE;
-  }
-  source->offset += got;
-  source->pub.next_input_byte = source->buffer.data();
-  source->pub.bytes_in_buffer = static_cast<std::size_t>(got);
-  return TRUE;
-}
-
-void SkipStream(j_decompress_ptr info, long count) {
-  auto* source = reinterpret_cast<StreamSource*>(info->src);
-  if (count <= 0) {
-    return;
-  }
-  const auto skip = static_cast<std::size_t>(count);
-  if (skip <= source->pub.bytes_in_buffer) {
-    source->pub.next_input_byte += skip;
-    source->pub.bytes_in_buffer -= skip;
-    return;
-  }
-  source->offset += static_cast<off_t>(skip - source->pub.bytes_in_buffer);
-  source->pub.bytes_in_buffer = 0;
-}
-
-void TermStream(j_decompress_ptr) {}
-
 // What a decoding is asked for: the stored size it must find, and the scale
 // in eighths with the size that scale gives.
 struct StreamTarget {
@@ -309,12 +256,11 @@ struct StreamTarget {
   int height = 0;
 };
 
-// Decodes the JPEG in `fd` into `pixels` (target.width x target.height RGB).
-// False on an error, a warning, an unusual file (CMYK, another size) or a
-// size other than the target's. All C++ objects that the decoder's error
-// exit could skip live in the caller.
-bool StreamDecode(int fd,
-                  StreamSource& source,
+// Decodes the JPEG that `source` reads into `pixels` (target.width x
+// target.height RGB). False on an error, a warning, an unusual file (CMYK,
+// another size) or a size other than the target's. All C++ objects that the
+// decoder's error exit could skip live in the caller.
+bool StreamDecode(JpegFdSource& source,
                   const StreamTarget& target,
                   unsigned char* pixels) {
   jpeg_decompress_struct info;
@@ -328,16 +274,7 @@ bool StreamDecode(int fd,
     return false;
   }
   jpeg_create_decompress(&info);
-  source.pub.init_source = InitStream;
-  source.pub.fill_input_buffer = FillStream;
-  source.pub.skip_input_data = SkipStream;
-  source.pub.resync_to_restart = jpeg_resync_to_restart;
-  source.pub.term_source = TermStream;
-  source.pub.bytes_in_buffer = 0;
-  source.pub.next_input_byte = nullptr;
-  source.fd = fd;
-  source.offset = 0;
-  info.src = &source.pub;
+  UseJpegFdSource(&info, source);
   jpeg_read_header(&info, TRUE);
   if (static_cast<int>(info.image_width) != target.stored_width ||
       static_cast<int>(info.image_height) != target.stored_height ||
@@ -399,8 +336,8 @@ std::optional<vips::VImage> TurboDecode(const std::string& path,
   if (pixels == nullptr) {
     return std::nullopt;
   }
-  const auto source = std::make_unique<StreamSource>();
-  if (!StreamDecode(fd.get(), *source, target, pixels)) {
+  const JpegFdSourcePtr source = MakeJpegFdSource(fd.get());
+  if (!StreamDecode(*source, target, pixels)) {
     vips_tracked_free(pixels);
     return std::nullopt;
   }

@@ -12,7 +12,9 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <string>
 #include <thread>
+#include <vector>
 
 namespace qbpd::service {
 
@@ -46,6 +48,26 @@ inline const std::string kJpegOfNoSize = std::string(
     23);
 
 // A running service on a free loopback port, with a clock the test moves.
+// The fields of a sign-up of an account with address and card.
+inline std::vector<std::string> SignUpFields() {
+  return {"Ann",
+          "Lee",
+          "ann@example.test",
+          "secret1",
+          "1 Main Street",
+          "",
+          "San Francisco",
+          "CA",
+          "94105",
+          "415-555-0100",
+          "",
+          "Ann Lee",
+          "4111 1111 1111 1111",
+          "01",
+          "2031",
+          "94105"};
+}
+
 class ServiceTest : public ::testing::Test {
  protected:
   using json = nlohmann::json;
@@ -133,24 +155,7 @@ class ServiceTest : public ::testing::Test {
     return {res->status, res->body};
   }
 
-  static std::vector<std::string> ValidFields() {
-    return {"Ann",
-            "Lee",
-            "ann@example.test",
-            "secret1",
-            "1 Main Street",
-            "",
-            "San Francisco",
-            "CA",
-            "94105",
-            "415-555-0100",
-            "",
-            "Ann Lee",
-            "4111 1111 1111 1111",
-            "01",
-            "2031",
-            "94105"};
-  }
+  static std::vector<std::string> ValidFields() { return SignUpFields(); }
 
   testing::TempDir dir_;
   // 2026-03-01, so that the cards of the tests are current.

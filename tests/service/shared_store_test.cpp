@@ -69,26 +69,6 @@ std::string Photo(const std::string& mark) {
   return kPng + mark;
 }
 
-// A sign-up of an account with address and card.
-std::vector<std::string> SignUpFields() {
-  return {"Ann",
-          "Lee",
-          "ann@example.test",
-          "secret1",
-          "1 Main Street",
-          "",
-          "San Francisco",
-          "CA",
-          "94105",
-          "415-555-0100",
-          "",
-          "Ann Lee",
-          "4111 1111 1111 1111",
-          "01",
-          "2031",
-          "94105"};
-}
-
 std::string DemoPassword(const fs::path& data) {
   std::ifstream file(data / kDemoAccountFile);
   std::string line;
