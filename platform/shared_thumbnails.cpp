@@ -192,7 +192,7 @@ std::optional<vips::VImage> SharedThumbnails::Read(const std::string& photo,
   // The photo's upright size, from its header.
   int photo_width = 0;
   int photo_height = 0;
-  {
+  try {
     const vips::VImage header = vips::VImage::new_from_source(
         vips::VSource::new_from_descriptor(fd), "",
         vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL));
@@ -202,6 +202,11 @@ std::optional<vips::VImage> SharedThumbnails::Read(const std::string& photo,
         header.get_int(VIPS_META_ORIENTATION) >= 5) {
       std::swap(photo_width, photo_height);
     }
+  } catch (const vips::VError&) {
+    // A kind libvips doesn't read (a bitmap): no entry can be checked
+    // against it, and the photo is decoded as before.
+    vips_error_clear();
+    return std::nullopt;
   }
   if (photo_width <= 0 || photo_height <= 0) {
     return std::nullopt;
@@ -240,16 +245,20 @@ std::optional<vips::VImage> SharedThumbnails::Read(const std::string& photo,
         !SameShape(width, height, photo_width, photo_height)) {
       continue;
     }
-    // Decoded whole here: the picture must not read from `png` later.
-    const vips::VImage entry =
-        vips::VImage::new_from_buffer(
-            png->data(), png->size(), "",
-            vips::VImage::option()->set("fail_on", VIPS_FAIL_ON_WARNING))
-            .copy_memory();
-    if (entry.width() != width || entry.height() != height) {
-      continue;
+    // Decoded whole here: the picture must not read from `png` later. An
+    // entry that doesn't decode is passed over like any other bad one.
+    try {
+      const vips::VImage entry =
+          vips::VImage::new_from_buffer(
+              png->data(), png->size(), "",
+              vips::VImage::option()->set("fail_on", VIPS_FAIL_ON_WARNING))
+              .copy_memory();
+      if (entry.width() == width && entry.height() == height) {
+        return FitDown(entry, size).copy_memory();
+      }
+    } catch (const vips::VError&) {
+      vips_error_clear();
     }
-    return FitDown(entry, size).copy_memory();
   }
   return std::nullopt;
 }
@@ -273,13 +282,19 @@ bool SharedThumbnails::WriteNormal(const std::string& photo,
       return false;
     }
   }
-  void* data = nullptr;
-  size_t length = 0;
-  thumbnail.write_to_buffer(
-      ".png", &data, &length,
-      vips::VImage::option()->set("strip", true)->set("compression", 6));
-  std::string png(static_cast<const char*>(data), length);
-  g_free(data);
+  std::string png;
+  try {
+    void* data = nullptr;
+    size_t length = 0;
+    thumbnail.write_to_buffer(
+        ".png", &data, &length,
+        vips::VImage::option()->set("strip", true)->set("compression", 6));
+    png.assign(static_cast<const char*>(data), length);
+    g_free(data);
+  } catch (const vips::VError&) {
+    vips_error_clear();
+    return false;
+  }
   // The text chunks go right after the header chunk (8 + 4 + 4 + 13 + 4).
   constexpr size_t kAfterHeader = 33;
   if (png.size() < kAfterHeader) {

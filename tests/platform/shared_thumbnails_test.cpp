@@ -1,6 +1,7 @@
 #include "platform/shared_thumbnails.h"
 
 #include "platform/image_operations.h"
+#include "tests/support/bmp_writer.h"
 #include "tests/support/temp_dir.h"
 
 #include <gtest/gtest.h>
@@ -194,6 +195,17 @@ TEST_F(SharedThumbnailsTest, OnlyATrustedEntryIsTaken) {
          WriteEntry("normal", png.substr(0, png.size() / 2));
        },
        false},
+      {"damaged picture data",
+       [&] {
+         std::string png = ForeignPng(128, 96, red, good);
+         // Scrambles the compressed pixels; every chunk stays in place.
+         const size_t data = png.find("IDAT") + 4;
+         for (size_t i = data + 2; i < data + 20 && i + 4 < png.size(); ++i) {
+           png[i] = static_cast<char>(png[i] ^ 0x5a);
+         }
+         WriteEntry("normal", png);
+       },
+       false},
       {"writable by the group",
        [&] {
          WriteEntry("normal", ForeignPng(128, 96, red, good));
@@ -237,6 +249,21 @@ TEST_F(SharedThumbnailsTest, OnlyATrustedEntryIsTaken) {
       EXPECT_GT(b, 200) << c.what;
     }
   }
+}
+
+// libvips reads no bitmaps: no entry can be checked against one, and it
+// still gets its thumbnail and its entry.
+TEST_F(SharedThumbnailsTest, ABitmapPhotoIsMadeAndWritten) {
+  const std::string bitmap = (dir_.path() / "photos" / "green.bmp").string();
+  std::ofstream(bitmap, std::ios::binary) << testing::EncodeBmp(
+      testing::BmpLayout(400, 300), [](int, int) { return 0x00ff00u; });
+  const std::string made = (dir_.path() / "made.jpg").string();
+  ASSERT_EQ(images_->GenerateThumbnailExt(bitmap, made, 85, 90), 1);
+  EXPECT_TRUE(fs::exists(SharedThumbnails(root_).EntryPath(bitmap, "normal")));
+  // A second making reads no entry and gives the same.
+  ASSERT_EQ(images_->GenerateThumbnailExt(bitmap, made, 85, 90), 1);
+  EXPECT_GT(vips::VImage::new_from_file(made.c_str()).extract_band(1).avg(),
+            200);
 }
 
 }  // namespace
