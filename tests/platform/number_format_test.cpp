@@ -6,43 +6,54 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <iterator>
-#include <optional>
+#include <map>
 #include <string>
-#include <vector>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace qbpd {
 namespace {
 
-// Sets the locale variables for one test and puts back what was there.
-class LocaleEnvironment {
- public:
-  LocaleEnvironment() {
-    for (const char* name : kNames) {
-      const char* value = std::getenv(name);
-      saved_.push_back(value ? std::optional<std::string>(value)
-                             : std::nullopt);
-      unsetenv(name);
+// SystemNumberFormat in a child process whose locale variables are
+// `environment` alone: the test's own environment stays as it is, and the
+// C library's locale loading (which keeps what it read of LOCPATH for the
+// process's life) ends with the child. The three fields come back joined by
+// "|"; empty when the child failed.
+std::string FormatIn(const std::map<std::string, std::string>& environment) {
+  int pipe_ends[2];
+  if (::pipe(pipe_ends) != 0) {
+    return "";
+  }
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::close(pipe_ends[0]);
+    for (const char* name : {"LOCPATH", "LC_ALL", "LC_NUMERIC", "LANG"}) {
+      ::unsetenv(name);
     }
-  }
-  ~LocaleEnvironment() {
-    for (size_t i = 0; i < std::size(kNames); ++i) {
-      if (saved_[i]) {
-        setenv(kNames[i], saved_[i]->c_str(), 1);
-      } else {
-        unsetenv(kNames[i]);
-      }
+    for (const auto& [name, value] : environment) {
+      ::setenv(name.c_str(), value.c_str(), 1);
     }
+    const NumberFormat format = SystemNumberFormat();
+    const std::string text = format.decimal_sign + "|" + format.thousands_sign +
+                             "|" + format.grouping;
+    const bool written = ::write(pipe_ends[1], text.data(), text.size()) ==
+                         static_cast<ssize_t>(text.size());
+    ::_exit(written ? 0 : 1);
   }
-  void Set(const char* name, const std::string& value) {
-    setenv(name, value.c_str(), 1);
+  ::close(pipe_ends[1]);
+  std::string text;
+  char buffer[256];
+  for (ssize_t got; (got = ::read(pipe_ends[0], buffer, sizeof buffer)) > 0;) {
+    text.append(buffer, static_cast<size_t>(got));
   }
-
- private:
-  static constexpr const char* kNames[] = {"LOCPATH", "LC_ALL", "LC_NUMERIC",
-                                           "LANG"};
-  std::vector<std::optional<std::string>> saved_;
-};
+  ::close(pipe_ends[0]);
+  int status = 0;
+  if (child < 0 || ::waitpid(child, &status, 0) != child ||
+      !WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+    return "";
+  }
+  return text;
+}
 
 // Compiles the system's definition of `name` (say "de_DE") as UTF-8 into
 // `folder`, so that the test needs no locale installed on the machine.
@@ -59,34 +70,23 @@ TEST(SystemNumberFormat, ReadsTheLocaleTheEnvironmentNames) {
   ASSERT_TRUE(CompileLocale(dir.path(), "de_DE"))
       << "localedef and the locale sources (package locales) are needed";
   ASSERT_TRUE(CompileLocale(dir.path(), "en_IN"));
-  LocaleEnvironment env;
-  env.Set("LOCPATH", dir.path().string());
-
-  env.Set("LANG", "de_DE.UTF-8");
-  NumberFormat german = SystemNumberFormat();
-  EXPECT_EQ(german.decimal_sign, ",");
-  EXPECT_EQ(german.thousands_sign, ".");
-  EXPECT_EQ(german.grouping, "\3\3");
-
+  const std::string path = dir.path().string();
+  EXPECT_EQ(FormatIn({{"LOCPATH", path}, {"LANG", "de_DE.UTF-8"}}), ",|.|\3\3");
   // LC_NUMERIC outranks LANG, and LC_ALL outranks both.
-  env.Set("LC_NUMERIC", "en_IN.UTF-8");
-  NumberFormat indian = SystemNumberFormat();
-  EXPECT_EQ(indian.decimal_sign, ".");
-  EXPECT_EQ(indian.thousands_sign, ",");
-  EXPECT_EQ(indian.grouping, "\3\2");
-  env.Set("LC_ALL", "de_DE.UTF-8");
-  EXPECT_EQ(SystemNumberFormat().decimal_sign, ",");
+  EXPECT_EQ(FormatIn({{"LOCPATH", path},
+                      {"LANG", "de_DE.UTF-8"},
+                      {"LC_NUMERIC", "en_IN.UTF-8"}}),
+            ".|,|\3\2");
+  EXPECT_EQ(FormatIn({{"LOCPATH", path},
+                      {"LC_ALL", "de_DE.UTF-8"},
+                      {"LC_NUMERIC", "en_IN.UTF-8"}}),
+            ",|.|\3\3");
 }
 
 TEST(SystemNumberFormat, NoLocaleOrAnUnknownOneIsTheCLocale) {
-  LocaleEnvironment env;
-  for (const char* name : {"C", "xx_NOWHERE.UTF-8"}) {
-    env.Set("LC_ALL", name);
-    const NumberFormat format = SystemNumberFormat();
-    EXPECT_EQ(format.decimal_sign, ".") << name;
-    EXPECT_EQ(format.thousands_sign, "") << name;
-    EXPECT_EQ(format.grouping, "") << name;
-  }
+  EXPECT_EQ(FormatIn({}), ".||");
+  EXPECT_EQ(FormatIn({{"LC_ALL", "C"}}), ".||");
+  EXPECT_EQ(FormatIn({{"LC_ALL", "xx_NOWHERE.UTF-8"}}), ".||");
 }
 
 }  // namespace
