@@ -61,16 +61,19 @@ int OpenPhoto(const std::string& path) {
 vips::VImage OpenLazily(const std::string& path,
                         PhotoKind kind,
                         vips::VOption* options) {
+  // Held here until a loader takes it: a file that went or can't be opened
+  // throws before that, and must not leave the options behind.
+  std::unique_ptr<vips::VOption> owned(options);
   const FileDescriptor fd(OpenPhoto(path));
   // The source reads a duplicate of the descriptor.
   const vips::VSource source = vips::VSource::new_from_descriptor(fd.get());
   switch (kind) {
     case PhotoKind::kJpeg:
-      return vips::VImage::jpegload_source(source, options);
+      return vips::VImage::jpegload_source(source, owned.release());
     case PhotoKind::kPng:
-      return vips::VImage::pngload_source(source, options);
+      return vips::VImage::pngload_source(source, owned.release());
     case PhotoKind::kTiff:
-      return vips::VImage::tiffload_source(source, options);
+      return vips::VImage::tiffload_source(source, owned.release());
     case PhotoKind::kBmp:
     case PhotoKind::kOther:
       break;
