@@ -4,6 +4,8 @@
 #include "online/service_types.h"
 #include "platform/json_value.h"
 
+#include <string>
+
 namespace qbpd {
 
 // The shapes in which the service's values travel: a grid as an array of
@@ -13,6 +15,19 @@ JsonValue GridJson(const TextGrid& grid);
 JsonValue DictionaryJson(const TextDictionary& dic);
 JsonValue PriceTiersJson(const PriceTierDictionary& dic);
 JsonValue PrintLinesJson(const PrintLineCollection& lines);
+
+// Reading the same shapes back out of an answer. Each reader returns false
+// when the value has the wrong shape (the caller then treats the whole
+// answer as unreadable) and leaves `out` as it was. A scalar reads as text.
+bool ReadText(const JsonValue& v, std::string& out);
+bool ReadStrings(const JsonValue& v, StringArray& out);
+bool ReadGrid(const JsonValue& v, TextGrid& out);
+bool ReadDictionary(const JsonValue& v, TextDictionary& out);
+bool ReadPriceTiers(const JsonValue& v, PriceTierDictionary& out);
+bool ReadPrintLines(const JsonValue& v, PrintLineCollection& out);
+// Amounts travel as text; a number is read as the program reads one: the
+// leading number, 0 for none.
+bool ReadAmount(const JsonValue& v, double& out);
 
 }  // namespace qbpd
 
