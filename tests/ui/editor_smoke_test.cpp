@@ -294,7 +294,10 @@ TEST_F(EditorSmokeTest, TheRotationPopUpAndTheProgressDialogAreWindows) {
   poll->start(20);
   // The progress dialog, taken while the batch runs (with the real image
   // library the photos are turned on disk meanwhile) or stays its second.
+  // Taken twice: as it shows, and at the end of the run (the dialog stays a
+  // second after the last photo with the whole bar).
   bool progress_seen = false;
+  bool end_seen = false;
   auto* watch = new QTimer();
   QObject::connect(watch, &QTimer::timeout, [&, watch] {
     frmRotate* dialog = app_->forms().Find<frmRotate>();
@@ -302,20 +305,28 @@ TEST_F(EditorSmokeTest, TheRotationPopUpAndTheProgressDialogAreWindows) {
     if (w == nullptr || !w->isVisible()) {
       return;
     }
-    progress_seen = true;
-    watch->stop();
-    watch->deleteLater();
-    testing::SaveScreenshot(w, "rotate_progress");
+    if (!progress_seen) {
+      progress_seen = true;
+      testing::SaveScreenshot(w, "rotate_progress");
+      return;
+    }
+    if (dialog->lblPercent.Caption() == "100%") {
+      end_seen = true;
+      watch->stop();
+      watch->deleteLater();
+      testing::SaveScreenshot(w, "rotate_progress_end");
+    }
   });
   watch->start(10);
   ClickWidget(main_->imgRightRotate);
   ASSERT_TRUE(QTest::qWaitFor([&] { return popped; }, 5000));
   ASSERT_TRUE(QTest::qWaitFor(
       [&] { return app_->forms().Find<frmRotate>() == nullptr; }, 15000));
-  if (!progress_seen) {
-    delete watch;  // never seen: it must not outlive this test
+  if (!end_seen) {
+    delete watch;  // never stopped: it must not outlive this test
   }
   EXPECT_TRUE(progress_seen);
+  EXPECT_TRUE(end_seen);
   if (!rotation_->rotations.empty()) {
     EXPECT_EQ(rotation_->rotations.size(), 2u);
   }
