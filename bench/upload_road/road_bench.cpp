@@ -50,6 +50,9 @@ namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
 constexpr char kDemoEmail[] = "demo@quillbay.test";
+// The camera-like PNG photos' size: about 4 MB at the usual compression.
+constexpr int kCameraPngWidth = 1600;
+constexpr int kCameraPngHeight = 1200;
 
 struct Options {
   int jpegs = 100;
@@ -453,14 +456,27 @@ int Main(int argc, char** argv) {
     jpegs.push_back(path.string());
     jpeg_bytes += static_cast<double>(fs::file_size(path));
   }
-  // PNG photos of fine noise, decoded from JPEGs of their own.
+  // PNG photos: with "camera", camera-like pictures saved as PNG at the
+  // usual compression (about 4 MB, as a photo edited and saved as PNG is);
+  // with "noise", fine noise decoded from JPEGs of their own (about 9 MB).
   double png_bytes = 0;
   for (int i = 0; i < o.pngs; ++i) {
     const fs::path path = folder / ("DRAW_" + std::to_string(i) + ".png");
-    const std::string jpeg = testing::MakeJpeg(
-        o.width, o.height, static_cast<std::uint32_t>(5000 + i), 95);
-    vips::VImage::new_from_buffer(jpeg.data(), jpeg.size(), "")
-        .pngsave(path.c_str(), vips::VImage::option()->set("compression", 1));
+    if (o.kind == "camera") {
+      const fs::path source = scratch.path() / "png-source.jpg";
+      if (!testing::WriteCameraPhoto(
+              source.string(), kCameraPngWidth, kCameraPngHeight, 5000 + i,
+              /*orientation=*/1, testing::CameraPreview::kNone)) {
+        throw std::runtime_error("a camera photo could not be written");
+      }
+      vips::VImage::new_from_file(source.c_str()).pngsave(path.c_str());
+      fs::remove(source);
+    } else {
+      const std::string jpeg = testing::MakeJpeg(
+          o.width, o.height, static_cast<std::uint32_t>(5000 + i), 95);
+      vips::VImage::new_from_buffer(jpeg.data(), jpeg.size(), "")
+          .pngsave(path.c_str(), vips::VImage::option()->set("compression", 1));
+    }
     png_bytes += static_cast<double>(fs::file_size(path));
   }
   std::printf("%d JPEG photos (%s, %.1f MB), %d PNG photos (%.1f MB)\n",
