@@ -1,5 +1,6 @@
 #include "online/service_client.h"
 
+#include "online/service_exchange.h"
 #include "online/service_json.h"
 #include "online/upgrade_info.h"
 #include "platform/atomic_file.h"
@@ -7,7 +8,6 @@
 #include "platform/http_transport.h"
 #include "platform/json_value.h"
 
-#include <array>
 #include <cctype>
 #include <cstdlib>
 #include <filesystem>
@@ -17,12 +17,6 @@ namespace qbpd {
 
 namespace {
 
-constexpr char kServerProblem[] =
-    "There is some problem with the server, please try after some time...";
-constexpr char kCheckConnection[] = "Please check Internet Connection";
-constexpr char kCancelledText[] = "The request was cancelled.";
-constexpr char kBusyText[] =
-    "Another request of this connection is still running.";
 constexpr char kUnreadableAnswer[] =
     "The service sent an answer that could not be read.";
 
@@ -78,26 +72,10 @@ std::string DownloadName(const std::string& url) {
 
 // --- the client ----------------------------------------------------------
 
-// What came of one exchange.
-struct Answer {
-  bool ok = false;
-  JsonValue envelope;
-  bool connection_lost = false;  // errCode "0"
-  bool cancelled = false;
-  bool from_envelope = false;  // the service itself said no
-  bool local_failure = false;  // the request couldn't be made here
-  std::string error_code;
-  std::string error_text;
-};
-
 class ServiceClient final : public ctlExtAPI {
  public:
   ServiceClient(Host& host, HttpTransportFactory factory)
-      : host_(host), factory_(std::move(factory)) {
-    if (!factory_) {
-      factory_ = [] { return MakeCurlTransport(); };
-    }
-  }
+      : exchange_(host, std::move(factory)) {}
 
   bool LoginUser(const std::string& site,
                  const std::string& email,
@@ -268,7 +246,7 @@ class ServiceClient final : public ctlExtAPI {
     request.method = "POST";
     request.url = EncodeUploadUrl(url);
     request.file = HttpFilePart{fieldName, filePath, ContentTypeOf(filePath)};
-    Answer answer = Exchange(request, /*expect_envelope=*/true);
+    ServiceAnswer answer = Exchange(request, /*expect_envelope=*/true);
     if (!answer.ok) {
       if (answer.from_envelope) {
         // The service says whether further photos can succeed.
@@ -504,7 +482,7 @@ class ServiceClient final : public ctlExtAPI {
                       std::string& notes) override {
     HttpRequest request;
     request.url = url;
-    Answer answer = Exchange(request, /*expect_envelope=*/false);
+    ServiceAnswer answer = Exchange(request, /*expect_envelope=*/false);
     if (!answer.ok) {
       return false;
     }
@@ -532,7 +510,7 @@ class ServiceClient final : public ctlExtAPI {
     HttpRequest request;
     request.url = url;
     request.max_response_bytes = kMaxDownloadBytes;
-    Answer answer = Exchange(request, /*expect_envelope=*/false);
+    ServiceAnswer answer = Exchange(request, /*expect_envelope=*/false);
     if (!answer.ok) {
       errText = answer.error_text;
       return false;
@@ -552,21 +530,13 @@ class ServiceClient final : public ctlExtAPI {
   }
 
   void CancelRequest(bool cancel) override {
-    if (!cancel) {
-      return;
-    }
-    if (busy_) {
-      cancel_requested_ = true;
-      if (transport_) {
-        transport_->Cancel();
-      }
-    } else {
-      cancelled_ = true;
+    if (cancel) {
+      exchange_.Cancel();
     }
   }
 
-  bool IsBusy() const override { return busy_; }
-  bool IsCancelled() const override { return cancelled_; }
+  bool IsBusy() const override { return exchange_.busy(); }
+  bool IsCancelled() const override { return exchange_.cancelled(); }
 
  private:
   // Reads the member `name` of the envelope with `reader`; a missing member
@@ -592,7 +562,7 @@ class ServiceClient final : public ctlExtAPI {
     request.headers.emplace_back("Content-Type", "application/json");
     request.headers.emplace_back("Accept", "application/json");
     request.body = SerializeJson(body);
-    Answer answer = Exchange(request, /*expect_envelope=*/true);
+    ServiceAnswer answer = Exchange(request, /*expect_envelope=*/true);
     if (!answer.ok) {
       return Fail(answer, errCode, errText);
     }
@@ -604,7 +574,7 @@ class ServiceClient final : public ctlExtAPI {
     return true;
   }
 
-  static bool Fail(const Answer& answer,
+  static bool Fail(const ServiceAnswer& answer,
                    std::string& errCode,
                    std::string& errText) {
     errCode = answer.error_code;
@@ -612,111 +582,11 @@ class ServiceClient final : public ctlExtAPI {
     return false;
   }
 
-  // Sends one request with the busy and cancel bookkeeping. For an envelope
-  // the answer's JSON object is in `envelope`; otherwise its body is the text
-  // of `envelope`.
-  Answer Exchange(const HttpRequest& request, bool expect_envelope) {
-    Answer answer;
-    if (busy_) {
-      answer.error_code = kErrServiceFailed;
-      answer.error_text = kBusyText;
-      return answer;
-    }
-    busy_ = true;
-    cancelled_ = false;
-    cancel_requested_ = false;
-    if (!transport_) {
-      transport_ = factory_();
-    }
-    HttpResponse response;
-    if (transport_) {
-      response = transport_->Perform(request, [this] { host_.DoEvents(); });
-    } else {
-      response.failure = HttpFailure::kBadRequest;
-      response.error_text = "No network transport is available.";
-    }
-    busy_ = false;
-    if (cancel_requested_ || response.failure == HttpFailure::kCancelled) {
-      cancelled_ = true;
-      answer.cancelled = true;
-      answer.error_text = kCancelledText;
-      return answer;
-    }
-    Interpret(response, expect_envelope, answer);
-    return answer;
+  ServiceAnswer Exchange(const HttpRequest& request, bool expect_envelope) {
+    return exchange_.Send(request, expect_envelope);
   }
 
-  static void Interpret(HttpResponse& response,
-                        bool expect_envelope,
-                        Answer& answer) {
-    switch (response.failure) {
-      case HttpFailure::kNone:
-        break;
-      case HttpFailure::kNoConnection:
-      case HttpFailure::kTimeout:
-        answer.connection_lost = true;
-        answer.error_code = kErrNoConnection;
-        answer.error_text = kCheckConnection;
-        return;
-      case HttpFailure::kBadRequest:
-        answer.local_failure = true;
-        answer.error_code = kErrServiceFailed;
-        answer.error_text = response.error_text;
-        return;
-      case HttpFailure::kTooLarge:
-        answer.error_code = kErrServiceFailed;
-        answer.error_text = response.error_text;
-        return;
-      case HttpFailure::kCancelled:
-        answer.cancelled = true;
-        answer.error_text = kCancelledText;
-        return;
-    }
-    bool success_status = response.status >= 200 && response.status < 300;
-    if (!expect_envelope) {
-      if (!success_status) {
-        answer.error_code = kErrServiceFailed;
-        answer.error_text = "The service answered with HTTP status " +
-                            std::to_string(response.status) + ".";
-        return;
-      }
-      answer.ok = true;
-      answer.envelope = JsonValue(std::move(response.body));
-      return;
-    }
-    // The service answers its own refusals with an envelope under any status;
-    // anything else that isn't an envelope means that it failed.
-    std::optional<JsonValue> parsed = ParseJson(response.body);
-    const JsonValue* ok = parsed ? parsed->Find("ok") : nullptr;
-    if (!parsed || !parsed->is_object() || ok == nullptr) {
-      answer.error_code = kErrServiceFailed;
-      answer.error_text = kServerProblem;
-      return;
-    }
-    answer.envelope = std::move(*parsed);
-    if (ok->AsBool() && success_status) {
-      answer.ok = true;
-      return;
-    }
-    answer.from_envelope = true;
-    const JsonValue* code = answer.envelope.Find("errCode");
-    const JsonValue* text = answer.envelope.Find("errText");
-    answer.error_code = code != nullptr ? code->AsText() : "";
-    answer.error_text = text != nullptr ? text->AsText() : "";
-    if (answer.error_code.empty()) {
-      answer.error_code = kErrServiceFailed;
-      if (answer.error_text.empty()) {
-        answer.error_text = kServerProblem;
-      }
-    }
-  }
-
-  Host& host_;
-  HttpTransportFactory factory_;
-  std::unique_ptr<HttpTransport> transport_;
-  bool busy_ = false;
-  bool cancelled_ = false;
-  bool cancel_requested_ = false;
+  ServiceExchange exchange_;
 };
 
 }  // namespace
@@ -725,61 +595,6 @@ std::unique_ptr<ctlExtAPI> MakeServiceClient(
     Host& host,
     HttpTransportFactory transport_factory) {
   return std::make_unique<ServiceClient>(host, std::move(transport_factory));
-}
-
-std::string OperationUrl(const std::string& site,
-                         const std::string& operation) {
-  if (!site.empty() && site.back() == '/') {
-    return site + operation;
-  }
-  return site + "/" + operation;
-}
-
-std::string EncodeUploadUrl(const std::string& url) {
-  static constexpr std::array<std::string_view, 6> kKeys = {
-      "authcode", "numimages", "albumid", "albumname", "sourcecode", "file"};
-  size_t question = url.find('?');
-  if (question == std::string::npos) {
-    return url;
-  }
-  std::string query = url.substr(question + 1);
-  // Where the next of the program's keys begins after `from`, at an "&".
-  auto next_key = [&](size_t from) {
-    size_t best = std::string::npos;
-    for (std::string_view key : kKeys) {
-      std::string marker = "&" + std::string(key) + "=";
-      size_t at = query.find(marker, from);
-      if (at < best) {
-        best = at;
-      }
-    }
-    return best;
-  };
-  std::string out = url.substr(0, question + 1);
-  size_t pos = 0;
-  bool first = true;
-  while (pos < query.size()) {
-    size_t equals = query.find('=', pos);
-    size_t stop = next_key(pos);
-    if (equals == std::string::npos || equals > stop) {
-      // A part that is no key=value pair goes as it is.
-      size_t end = stop == std::string::npos ? query.size() : stop;
-      out += (first ? "" : "&") + query.substr(pos, end - pos);
-      pos = end == query.size() ? end : end + 1;
-      first = false;
-      continue;
-    }
-    std::string key = query.substr(pos, equals - pos);
-    size_t end = key == "file" ? std::string::npos : next_key(equals);
-    if (end == std::string::npos) {
-      end = query.size();
-    }
-    out += (first ? "" : "&") + key + "=" +
-           EscapeQueryValue(query.substr(equals + 1, end - equals - 1));
-    pos = end == query.size() ? end : end + 1;
-    first = false;
-  }
-  return out;
 }
 
 }  // namespace qbpd
