@@ -244,9 +244,13 @@ int main(int argc, char** argv) {
     }
     std::fflush(stdout);
 
-    std::thread waiter([&server, &stop_signals] {
+    std::thread waiter([&server, &front, &stop_signals] {
       int signal_number = 0;
       sigwait(&stop_signals, &signal_number);
+      // The front goes first: it finishes the answers under way and closes
+      // the connections it keeps open to the service, whose threads would
+      // otherwise wait out their keep-alive time before the server ends.
+      front.reset();
       server.Stop();
     });
     const bool served = server.Run();
