@@ -121,11 +121,17 @@ class TimedHost final : public ScriptedHost {
   }
   void Mark() {
     const auto now = Clock::now();
-    if (measuring_) {
-      longest_ = std::max(longest_, now - last_);
+    if (measuring_ && now - last_ > longest_) {
+      longest_ = now - last_;
+      longest_at_ = describe_ ? describe_() : "";
     }
     last_ = now;
   }
+  // Says, when a gap is the longest so far, where the run is at its end.
+  void DescribeMoments(std::function<std::string()> describe) {
+    describe_ = std::move(describe);
+  }
+  const std::string& LongestAt() const { return longest_at_; }
   void Measure(bool on) {
     Mark();
     measuring_ = on;
@@ -141,6 +147,8 @@ class TimedHost final : public ScriptedHost {
   bool measuring_ = false;
   Clock::time_point last_ = Clock::now();
   Clock::duration longest_{};
+  std::function<std::string()> describe_;
+  std::string longest_at_;
 };
 
 // When the photo transfers of the run started and ended.
@@ -319,6 +327,7 @@ struct RoadRun {
   int uploaded = 0;
   int selected = 0;
   double longest_wait_ms = 0;
+  std::string longest_wait_at;  // where the run was when that wait ended
   double peak_mb = 0;
   std::string auth_code;
 };
@@ -336,6 +345,14 @@ RoadRun RunRoad(const fs::path& home,
   user::Click(main.imgSelectAll);
   RoadRun run;
   run.selected = app.session().gdicSelectedPhotos.Count();
+  host.DescribeMoments([&app, &log] {
+    const int sent = app.session().giUploadedCount;
+    return log.file.empty()
+               ? "between transfers, " + std::to_string(sent) + " sent"
+               : "in the transfer of " +
+                     fs::path(log.file).filename().string() + ", " +
+                     std::to_string(sent) + " sent";
+  });
   Clock::time_point shown;
   Clock::time_point chosen;
   host.Queue("upload", [&main] { user::Click(main.imgUpload); });
@@ -356,6 +373,7 @@ RoadRun RunRoad(const fs::path& home,
   run.engine_seconds = std::chrono::duration<double>(shown - chosen).count();
   run.bytes_sent = log.bytes_sent;
   run.longest_wait_ms = host.LongestMs();
+  run.longest_wait_at = host.LongestAt();
   run.peak_mb = PeakMemoryMb();
   run.uploaded = app.session().giUploadedCount;
   run.auth_code = app.session().gsAuthCode;
@@ -511,13 +529,13 @@ int Main(int argc, char** argv) {
     std::printf(
         "round %d: road %d of %d photos (%.1f MB) in %.2f s (%.1f MB/s), of "
         "which the transfer screen %.2f s (%.1f MB/s), longest event wait "
-        "%.1f ms, peak memory %.0f MB; curl %d of %d in %.2f s (%.1f MB/s); "
-        "road / curl %.3f, transfer screen / curl %.3f\n",
+        "%.1f ms (%s), peak memory %.0f MB; curl %d of %d in %.2f s (%.1f "
+        "MB/s); road / curl %.3f, transfer screen / curl %.3f\n",
         round, road.uploaded, road.selected, road.bytes_sent / 1e6,
         road.seconds, road.bytes_sent / 1e6 / road.seconds, road.engine_seconds,
         road.bytes_sent / 1e6 / road.engine_seconds, road.longest_wait_ms,
-        road.peak_mb, curl_ok, o.jpegs, curl_seconds, curl_rate / 1e6, ratio,
-        engine_ratio);
+        road.longest_wait_at.c_str(), road.peak_mb, curl_ok, o.jpegs,
+        curl_seconds, curl_rate / 1e6, ratio, engine_ratio);
     all_sent = all_sent && road.uploaded == road.selected && curl_ok == o.jpegs;
   }
   std::printf(
