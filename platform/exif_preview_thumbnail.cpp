@@ -23,14 +23,15 @@
 namespace qbpd {
 namespace {
 
-// The EXIF data and the frame header sit at the start of the file; a photo
-// whose first scan starts later than this is left to the full path.
+// The EXIF data and the frame header sit at the start of the file: its first
+// bytes are read, and more up to the limit when the first scan starts later.
+// A photo whose first scan starts past the limit is left to the full path.
+constexpr std::size_t kFirstHeadBytes = 64 * 1024;
 constexpr std::size_t kHeadBytes = 256 * 1024;
 // Cameras embed previews of 160 x 120 or a few hundred pixels; anything
 // larger is decoded no faster than the photo's own eighth.
 constexpr int kMaxPreviewSide = 1600;
-// The band of the photo that is checked, as parts of its height.
-constexpr int kFirstBandDivisor = 32;
+// The most of the photo's height that is decoded for the check.
 constexpr int kLastBandDivisor = 4;
 // How far the preview's band may stand from the photo's, over 0..255 in
 // each channel: the mean absolute difference of their pixels, and the
@@ -43,6 +44,24 @@ constexpr double kMaxChannelShift = 3.0;
 // How much detail the band must show, as the standard deviation of its
 // pixels over 0..255: below it a crop or a turn could leave it unchanged.
 constexpr double kMinDetail = 6.0;
+
+// Memory a thread keeps from one photo to the next, grown when a photo needs
+// more and never cleared: every byte is written before it is read, so
+// neither zeroing nor fresh pages are paid for each photo.
+class Scratch {
+ public:
+  std::uint8_t* Get(std::size_t size) {
+    if (size > capacity_) {
+      data_.reset(new std::uint8_t[size]);
+      capacity_ = size;
+    }
+    return data_.get();
+  }
+
+ private:
+  std::unique_ptr<std::uint8_t[]> data_;
+  std::size_t capacity_ = 0;
+};
 
 struct Layout {
   int width = 0;
@@ -152,14 +171,26 @@ struct TurboDeleter {
 };
 using TurboHandle = std::unique_ptr<void, TurboDeleter>;
 
+// The thread's TurboJPEG decoder and encoder, made once: a handle holds the
+// library's tables and work memory, which are not remade for every photo.
+void* Decompressor() {
+  thread_local const TurboHandle handle(tjInitDecompress());
+  return handle.get();
+}
+
+void* Compressor() {
+  thread_local const TurboHandle handle(tjInitCompress());
+  return handle.get();
+}
+
 std::optional<Rgb> DecodePreview(const std::vector<std::uint8_t>& jpeg) {
-  const TurboHandle handle(tjInitDecompress());
+  void* const handle = Decompressor();
   int width = 0;
   int height = 0;
   int subsampling = 0;
   int colourspace = 0;
   if (!handle ||
-      tjDecompressHeader3(handle.get(), jpeg.data(),
+      tjDecompressHeader3(handle, jpeg.data(),
                           static_cast<unsigned long>(jpeg.size()), &width,
                           &height, &subsampling, &colourspace) != 0 ||
       width < 1 || height < 1 || width > kMaxPreviewSide ||
@@ -170,7 +201,7 @@ std::optional<Rgb> DecodePreview(const std::vector<std::uint8_t>& jpeg) {
   rgb.width = width;
   rgb.height = height;
   rgb.pixels.resize(static_cast<std::size_t>(width) * height * 3);
-  if (tjDecompress2(handle.get(), jpeg.data(),
+  if (tjDecompress2(handle, jpeg.data(),
                     static_cast<unsigned long>(jpeg.size()), rgb.pixels.data(),
                     width, width * 3, height, TJPF_RGB,
                     TJFLAG_STOPONWARNING) != 0) {
@@ -195,9 +226,9 @@ void OnJpegMessage(j_common_ptr, int) {}
 // The photo decoded at an eighth of its size, as far as it was read.
 struct Band {
   int width = 0;
-  int full_height = 0;  // the whole photo's height at this scale
-  int rows = 0;         // rows decoded so far
-  std::vector<std::uint8_t> pixels;
+  int full_height = 0;             // the whole photo's height at this scale
+  int rows = 0;                    // rows decoded so far
+  std::uint8_t* pixels = nullptr;  // the thread's scratch memory
 };
 
 // Decodes rows from the top until `enough` says the band will do or a
@@ -226,18 +257,18 @@ bool DecodeTopBand(Band& band, JpegFdSource& source, Enough&& enough) {
   band.width = static_cast<int>(info.output_width);
   band.full_height = static_cast<int>(info.output_height);
   const int stride = band.width * 3;
-  const int first = std::max(1, band.full_height / kFirstBandDivisor);
-  const int last = std::max(first, band.full_height / kLastBandDivisor);
-  band.pixels.resize(static_cast<std::size_t>(stride) * last);
+  const int last = std::max(1, band.full_height / kLastBandDivisor);
+  thread_local Scratch memory;
+  band.pixels = memory.Get(static_cast<std::size_t>(stride) * last);
   band.rows = 0;
   while (band.rows < last) {
-    JSAMPROW row = band.pixels.data() + static_cast<std::size_t>(band.rows) *
-                                            static_cast<std::size_t>(stride);
+    JSAMPROW row = band.pixels + static_cast<std::size_t>(band.rows) *
+                                     static_cast<std::size_t>(stride);
     if (jpeg_read_scanlines(&info, &row, 1) != 1) {
       break;
     }
     ++band.rows;
-    if (band.rows >= first && enough(band)) {
+    if (enough(band)) {
       break;
     }
   }
@@ -313,7 +344,7 @@ Comparison Compare(const Rgb& preview, const Band& band) {
       const std::array<double, 3> p =
           CellMean(preview.pixels.data(), preview.width, px0, px1, py0, py1);
       const std::array<double, 3> b =
-          CellMean(band.pixels.data(), band.width, bx0, bx1, by0, by1);
+          CellMean(band.pixels, band.width, bx0, bx1, by0, by1);
       for (int k = 0; k < 3; ++k) {
         absolute += std::fabs(b[k] - p[k]);
         shift[k] += b[k] - p[k];
@@ -445,12 +476,13 @@ Rgb Upright(const Rgb& stored, int orientation) {
 
 std::vector<std::uint8_t> Encode(const Rgb& rgb, int quality) {
   std::vector<std::uint8_t> jpeg;
-  const TurboHandle handle(tjInitCompress());
+  void* const handle = Compressor();
   unsigned char* buffer = nullptr;
   unsigned long size = 0;
-  if (handle && tjCompress2(handle.get(), rgb.pixels.data(), rgb.width,
-                            rgb.width * 3, rgb.height, TJPF_RGB, &buffer, &size,
-                            TJSAMP_420, quality, 0) == 0) {
+  if (handle != nullptr &&
+      tjCompress2(handle, rgb.pixels.data(), rgb.width, rgb.width * 3,
+                  rgb.height, TJPF_RGB, &buffer, &size, TJSAMP_420, quality,
+                  0) == 0) {
     jpeg.assign(buffer, buffer + size);
   }
   tjFree(buffer);
@@ -461,13 +493,20 @@ std::vector<std::uint8_t> Encode(const Rgb& rgb, int quality) {
 
 PreviewThumbnail ThumbnailFromExifPreview(int fd, int size, int quality) {
   PreviewThumbnail result;
-  std::vector<std::uint8_t> head(kHeadBytes);
-  const ssize_t got = ::pread(fd, head.data(), head.size(), 0);
+  thread_local Scratch memory;
+  std::uint8_t* const head = memory.Get(kHeadBytes);
+  ssize_t got = ::pread(fd, head, kFirstHeadBytes, 0);
   if (got <= 0 || size < 1) {
     return result;
   }
-  const std::optional<Layout> layout =
-      ReadLayout(head.data(), static_cast<std::size_t>(got));
+  std::optional<Layout> layout =
+      ReadLayout(head, static_cast<std::size_t>(got));
+  if (!layout && static_cast<std::size_t>(got) == kFirstHeadBytes) {
+    const ssize_t more = ::pread(fd, head + got, kHeadBytes - kFirstHeadBytes,
+                                 static_cast<off_t>(got));
+    got += std::max<ssize_t>(more, 0);
+    layout = ReadLayout(head, static_cast<std::size_t>(got));
+  }
   if (!layout || layout->width < 1 || layout->height < 1) {
     return result;
   }

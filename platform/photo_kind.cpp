@@ -187,6 +187,56 @@ constexpr std::uint64_t kBlocksPerByteAtLeast = 64;
 constexpr int kEoi = 0xD9;
 constexpr int kSos = 0xDA;
 
+// A start-of-frame marker (the DHT, JPG and DAC markers share the range).
+bool IsFrameMarker(int marker) {
+  return marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 &&
+         marker != 0xCC;
+}
+
+// Whether a JPEG's picture is all in its first scan, as told by its frame
+// header and the first scan's header: a sequential Huffman frame whose
+// height is given (no DNL marker after the scan) and a first scan of all
+// its components. Between such a scan and the end marker no other segment
+// belongs.
+class SingleScan {
+ public:
+  // `head`: the frame header's first six bytes (precision, height, width,
+  // components) or the scan header's first byte (its components).
+  void Note(int marker, std::uint64_t head) {
+    if (marker == kSos) {
+      scan_components_ = static_cast<int>(head & 0xFF);
+      return;
+    }
+    ++frames_;
+    sequential_ = marker == 0xC0 || marker == 0xC1;
+    height_ = static_cast<int>((head >> 24) & 0xFFFF);
+    frame_components_ = static_cast<int>(head & 0xFF);
+  }
+
+  bool whole_picture() const {
+    return frames_ == 1 && sequential_ && height_ > 0 &&
+           frame_components_ > 0 && scan_components_ == frame_components_;
+  }
+
+ private:
+  int frames_ = 0;
+  bool sequential_ = false;
+  int height_ = 0;
+  int frame_components_ = 0;
+  int scan_components_ = 0;
+};
+
+// True when the file's last two bytes are the end-of-image marker.
+bool EndsWithEndMarker(int fd) {
+  struct stat info {};
+  if (::fstat(fd, &info) != 0 || info.st_size < 4) {
+    return false;
+  }
+  std::array<std::uint8_t, 2> tail{};
+  return ::pread(fd, tail.data(), tail.size(), info.st_size - 2) == 2 &&
+         tail[0] == 0xFF && tail[1] == kEoi;
+}
+
 }  // namespace
 
 bool JpegIsWhole(int fd) {
@@ -196,6 +246,7 @@ bool JpegIsWhole(int fd) {
   }
   // The segments before the first scan, each with its length; a thumbnail
   // inside the EXIF segment is skipped whole with it.
+  SingleScan single;
   for (;;) {
     int marker = in.Next();
     if (marker != 0xFF) {
@@ -215,12 +266,28 @@ bool JpegIsWhole(int fd) {
     if (high < 0 || low < 0 || (high << 8 | low) < 2) {
       return false;
     }
-    if (!in.Skip(static_cast<std::size_t>((high << 8 | low) - 2))) {
+    std::size_t body = static_cast<std::size_t>((high << 8 | low) - 2);
+    if (marker == kSos || IsFrameMarker(marker)) {
+      // The first bytes of the frame header or of the scan's header.
+      const std::size_t wanted = marker == kSos ? 1 : 6;
+      const std::int64_t head =
+          body >= wanted ? in.Number(static_cast<int>(wanted)) : -1;
+      if (head >= 0) {
+        body -= wanted;
+        single.Note(marker, static_cast<std::uint64_t>(head));
+      }
+    }
+    if (!in.Skip(body)) {
       return false;
     }
     if (marker == kSos) {
       break;
     }
+  }
+  // Compressed data of one scan holds no 0xFF 0xD9 but the end marker
+  // itself, so a file of one scan cut short can't end with those bytes.
+  if (single.whole_picture() && EndsWithEndMarker(fd)) {
+    return true;
   }
   // In the compressed data a 0xFF byte is followed by a stuffed 0, a restart
   // marker or another segment's marker; the image ends at the first EOI.

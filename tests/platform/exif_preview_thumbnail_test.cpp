@@ -151,5 +151,50 @@ TEST(ExifPreviewThumbnailTest, ABrokenPreviewOrHeaderIsNeverTaken) {
             PreviewVerdict::kNoPreview);
 }
 
+// The header is read in two steps: segments that push the first scan past
+// the first read (a colour profile, a long comment) still leave the preview
+// to be taken, and one pushed past the whole header's limit leaves the photo
+// to its full path. Photos of both sizes in turn, so that the memory kept
+// from one photo to the next never shows the last one's bytes.
+TEST(ExifPreviewThumbnailTest, APreviewIsFoundBehindLongSegments) {
+  TempDir dir;
+  const std::string path = (dir / "photo.jpg").string();
+  ASSERT_TRUE(WriteCameraPhoto(path, 1200, 900, 5, 1, CameraPreview::kGood));
+  const std::string whole = testing::ReadFile(path);
+  // Past the EXIF segment: its length follows its marker.
+  ASSERT_EQ(whole.substr(2, 2), std::string("\xFF\xE1", 2));
+  const std::size_t after_exif = 4 + (static_cast<std::uint8_t>(whole[4]) << 8 |
+                                      static_cast<std::uint8_t>(whole[5]));
+  auto with_comments = [&](int count) {
+    std::string comment("\xFF\xFE\xFF\xFF", 4);
+    comment.append(0xFFFF - 2, 'c');
+    std::string bytes = whole.substr(0, after_exif);
+    for (int i = 0; i < count; ++i) {
+      bytes += comment;
+    }
+    return bytes + whole.substr(after_exif);
+  };
+  const vips::VImage own = OwnThumbnail(path).copy_memory();
+  struct Case {
+    int comments;  // of 64 KB each
+    PreviewVerdict verdict;
+  };
+  for (int round = 0; round < 2; ++round) {
+    for (const Case& c :
+         {Case{0, PreviewVerdict::kTaken}, Case{2, PreviewVerdict::kTaken},
+          Case{4, PreviewVerdict::kNoPreview}}) {
+      const std::string name = "long" + std::to_string(c.comments) + ".jpg";
+      dir.WriteFile(name, with_comments(c.comments));
+      const PreviewThumbnail made = FromPreview((dir / name).string());
+      ASSERT_EQ(made.verdict, c.verdict) << c.comments << " round " << round;
+      if (c.verdict == PreviewVerdict::kTaken) {
+        const vips::VImage mine = Decode(made.jpeg);
+        ASSERT_EQ(mine.width(), own.width());
+        EXPECT_LT(MeanDifference(mine, own), 6.0) << c.comments;
+      }
+    }
+  }
+}
+
 }  // namespace
 }  // namespace qbpd

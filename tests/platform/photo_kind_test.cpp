@@ -113,6 +113,35 @@ TEST_F(PhotoKindTest, AJpegIsWholeOnlyWithItsEndMarker) {
   EXPECT_FALSE(Whole(with_exif.substr(0, with_exif.size() / 2)));
 }
 
+// A picture of one scan is told whole by its last bytes; one of several
+// scans is read to its end, so that a cut which leaves the end marker's
+// bytes last (here inside a comment between two scans) still fails.
+TEST_F(PhotoKindTest, APictureOfSeveralScansIsReadToItsEnd) {
+  const std::string comment =
+      std::string("\xFF\xFE\x00\x10", 4) + "note \xFF\xD9 rest..";
+  const std::string jpeg = Jpeg(/*progressive=*/true);
+  // The segment marker after the first scan's compressed data.
+  const std::size_t first_scan = jpeg.find("\xFF\xDA", 2);
+  ASSERT_NE(first_scan, std::string::npos);
+  std::size_t next = jpeg.find('\xFF', first_scan + 2);
+  auto in_data = [&](std::size_t at) {
+    const auto after = static_cast<std::uint8_t>(jpeg[at + 1]);
+    return after == 0 || (after >= 0xD0 && after <= 0xD7);
+  };
+  while (next != std::string::npos && next + 1 < jpeg.size() && in_data(next)) {
+    next = jpeg.find('\xFF', next + 2);
+  }
+  ASSERT_NE(next, std::string::npos);
+  ASSERT_NE(static_cast<std::uint8_t>(jpeg[next + 1]), 0xD9);
+  const std::string with_comment =
+      jpeg.substr(0, next) + comment + jpeg.substr(next);
+  EXPECT_TRUE(Whole(with_comment));
+  const std::size_t cut = next + comment.find('\xD9') + 1;
+  EXPECT_FALSE(Whole(with_comment.substr(0, cut)));
+  // The same picture of one scan is whole by its end.
+  EXPECT_TRUE(Whole(Jpeg(/*progressive=*/false)));
+}
+
 TEST_F(PhotoKindTest, AJpegMayNotTakeMoreThanAPhotoMay) {
   EXPECT_TRUE(Within(Jpeg(true), PhotoKind::kJpeg));
   EXPECT_TRUE(Within(Jpeg(false), PhotoKind::kJpeg));
