@@ -121,7 +121,8 @@ class PhotoWaitTest : public DesktopTest {
   }
 };
 
-TEST_F(PhotoWaitTest, WindowPaintsAndTicksButHoldsFormRequestsWhileALargePhotoLoads) {
+TEST_F(PhotoWaitTest,
+       WindowPaintsAndTicksButHoldsFormRequestsWhileALargePhotoLoads) {
   LoadSeen seen;
   LoadLargePhoto(seen);
   EXPECT_TRUE(seen.loaded);
