@@ -63,6 +63,19 @@ vips::VImage Picture(int width, int height, int bands) {
   return vips::VImage::bandjoin(planes).cast(VIPS_FORMAT_UCHAR);
 }
 
+// Noise: detail in every block, as a sharp photo has, the slowest content
+// to decode and to inflate for its size.
+vips::VImage Detailed(int width, int height) {
+  const vips::VImage noise = vips::VImage::gaussnoise(
+      width, height, vips::VImage::option()->set("sigma", 60.0));
+  return noise
+      .bandjoin({noise.flip(VIPS_DIRECTION_VERTICAL),
+                 noise.flip(VIPS_DIRECTION_HORIZONTAL)})
+      .cast(VIPS_FORMAT_UCHAR)
+      .copy(vips::VImage::option()->set("interpretation",
+                                        VIPS_INTERPRETATION_sRGB));
+}
+
 void SaveJpeg(const fs::path& path,
               int width,
               int height,
@@ -152,6 +165,23 @@ std::vector<Input> Inputs() {
       {"large-10000-deflate.tif",
        [](const fs::path& p) {
          Picture(10000, 10000, 3)
+             .tiffsave(p.c_str(), vips::VImage::option()->set(
+                                      "compression",
+                                      VIPS_FOREIGN_TIFF_COMPRESSION_DEFLATE));
+       }},
+      {"detailed-8000.jpg",
+       [](const fs::path& p) {
+         Detailed(8000, 8000)
+             .jpegsave(p.c_str(), vips::VImage::option()->set("Q", 90));
+       }},
+      {"detailed-5000.png",
+       [](const fs::path& p) {
+         Detailed(5000, 5000)
+             .pngsave(p.c_str(), vips::VImage::option()->set("compression", 1));
+       }},
+      {"detailed-5000-deflate.tif",
+       [](const fs::path& p) {
+         Detailed(5000, 5000)
              .tiffsave(p.c_str(), vips::VImage::option()->set(
                                       "compression",
                                       VIPS_FOREIGN_TIFF_COMPRESSION_DEFLATE));
