@@ -10,6 +10,7 @@
 #include <QTimer>
 
 #include <clocale>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -52,11 +53,18 @@ int main(int argc, char** argv) {
       qbpd::MakePlatformServices(nullptr, std::move(activation));
   services.clipboard = qbpd::MakeQtClipboard();
   services.launcher = qbpd::MakeXdgLauncher();
-  services.make_display = [] { return qbpd::MakeVipsDisplayControl(); };
-  services.numbers = qbpd::SystemNumberFormat();
-
   auto owned_host = std::make_unique<qbpd::QtHost>();
   qbpd::QtHost& host = *owned_host;
+  // The photo view decodes on another thread while the window keeps
+  // painting; the program sees nothing of the wait.
+  services.make_display = [&host] {
+    return qbpd::MakeVipsDisplayControl(
+        /*work_ahead=*/true, [&host](const std::function<bool()>& done) {
+          host.WaitUnnoticed(done);
+        });
+  };
+  services.numbers = qbpd::SystemNumberFormat();
+
   qbpd::Application app(std::move(owned_host), std::move(services),
                         qbpd::RegisterProgram);
   host.SetIdleHook([&app] {
@@ -67,7 +75,7 @@ int main(int argc, char** argv) {
   });
   QTimer instance_poll;
   QObject::connect(&instance_poll, &QTimer::timeout, [&app, &host] {
-    if (host.dispatch_depth() == 0) {
+    if (host.dispatch_depth() == 0 && !host.Holding()) {
       std::optional<qbpd::ActivationToken> request = app.PollInstanceRequests();
       host.AfterEvent();
       if (request) {

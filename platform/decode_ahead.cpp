@@ -1,12 +1,14 @@
 #include "platform/decode_ahead.h"
 
 #include <algorithm>
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <map>
 #include <mutex>
 #include <sys/stat.h>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -47,8 +49,11 @@ struct Decoded {
 class DecodeAheadModel final : public DecodeAheadDisplay {
  public:
   DecodeAheadModel(std::function<std::shared_ptr<DisplayControl>()> make,
-                   std::shared_ptr<DisplayControl> first)
-      : make_(std::move(make)), current_(std::move(first)) {}
+                   std::shared_ptr<DisplayControl> first,
+                   DecodeWait wait)
+      : make_(std::move(make)),
+        wait_(std::move(wait)),
+        current_(std::move(first)) {}
 
   ~DecodeAheadModel() override {
     {
@@ -116,9 +121,14 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
       ++served_;
       return true;
     }
-    if (!current_->LoadPhoto(path)) {
+    // Decoded apart into a model of its own, so that the one on show stays
+    // whole until the new one is there; a failed load leaves it as it was.
+    std::shared_ptr<DisplayControl> loaded = LoadApart(path);
+    if (!loaded) {
       return false;
     }
+    loaded->SetEventSink(sink_);
+    current_ = std::move(loaded);
     fitted_ahead_ = false;
     return true;
   }
@@ -227,7 +237,7 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
   std::shared_ptr<DisplayControl> TakeDecoded(const std::string& path) {
     std::unique_lock lock(mutex_);
     std::erase(queue_, path);
-    changed_.wait(lock, [&] { return working_ != path; });
+    WaitUntil(lock, [&] { return working_ != path; });
     auto it = ready_.find(path);
     if (it == ready_.end()) {
       return nullptr;
@@ -239,6 +249,59 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
       return nullptr;
     }
     return decoded.model;
+  }
+
+  // A plain model loaded with `path` at the view size of now, or null when
+  // the load fails. The decoding runs on a thread of its own while this one
+  // waits through `wait_`.
+  std::shared_ptr<DisplayControl> LoadApart(const std::string& path) {
+    struct Job {
+      std::shared_ptr<DisplayControl> model;
+      std::atomic<bool> done{false};
+    };
+    auto job = std::make_shared<Job>();
+    auto load = [job, make = make_, path, width = width_, height = height_] {
+      std::shared_ptr<DisplayControl> model = make ? make() : nullptr;
+      if (model) {
+        model->SetViewSize(width, height);
+        if (!model->LoadPhoto(path)) {
+          model.reset();
+        }
+      }
+      job->model = std::move(model);
+      job->done.store(true, std::memory_order_release);
+    };
+    std::jthread thread;
+    try {
+      thread = std::jthread(load);
+    } catch (const std::system_error&) {
+      load();  // no thread to be had: the same load, on this one
+    }
+    if (wait_ && thread.joinable()) {
+      wait_([&job] { return job->done.load(std::memory_order_acquire); });
+    }
+    if (thread.joinable()) {
+      thread.join();
+    }
+    return std::move(job->model);
+  }
+
+  // Waits until `ready` holds under `lock`: through `wait_` when there is
+  // one (the lock is let go meanwhile), else on the condition.
+  void WaitUntil(std::unique_lock<std::mutex>& lock,
+                 const std::function<bool()>& ready) {
+    if (!wait_) {
+      changed_.wait(lock, ready);
+      return;
+    }
+    while (!ready()) {
+      lock.unlock();
+      wait_([&] {
+        std::lock_guard check(mutex_);
+        return ready();
+      });
+      lock.lock();
+    }
   }
 
   void Work() {
@@ -289,6 +352,7 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
   }
 
   std::function<std::shared_ptr<DisplayControl>()> make_;
+  DecodeWait wait_;
   std::shared_ptr<DisplayControl> current_;
   EventSink sink_;
   int served_ = 0;
@@ -313,12 +377,14 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
 }  // namespace
 
 std::unique_ptr<DecodeAheadDisplay> MakeDecodeAheadDisplay(
-    std::function<std::shared_ptr<DisplayControl>()> make) {
+    std::function<std::shared_ptr<DisplayControl>()> make,
+    DecodeWait wait) {
   std::shared_ptr<DisplayControl> first = make ? make() : nullptr;
   if (!first) {
     return nullptr;
   }
-  return std::make_unique<DecodeAheadModel>(std::move(make), std::move(first));
+  return std::make_unique<DecodeAheadModel>(std::move(make), std::move(first),
+                                            std::move(wait));
 }
 
 }  // namespace qbpd

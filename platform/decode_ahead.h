@@ -30,10 +30,20 @@ class DecodeAheadDisplay : public DisplayControl {
   virtual int LoadsDecodedAhead() const = 0;
 };
 
-// `make` makes the plain models: one for the view, and one per photo decoded
-// ahead (called on the worker thread). Null when `make` gives nothing.
+// How the caller's thread waits for a decoding on another thread: it calls
+// `done` until it answers true (Host::WaitUnnoticed in the desktop program).
+// None blocks the thread plainly.
+using DecodeWait = std::function<void(const std::function<bool()>& done)>;
+
+// `make` makes the plain models: one for the view, one per photo decoded
+// ahead and one per LoadPhoto (called on worker threads). LoadPhoto decodes
+// on a thread of its own too, while the caller waits through `wait`: until
+// it returns, the view keeps the photo it had, whole, and answers for it
+// (a paint meanwhile shows the old photo, never part of the new one). Null
+// when `make` gives nothing.
 std::unique_ptr<DecodeAheadDisplay> MakeDecodeAheadDisplay(
-    std::function<std::shared_ptr<DisplayControl>()> make);
+    std::function<std::shared_ptr<DisplayControl>()> make,
+    DecodeWait wait = {});
 
 }  // namespace qbpd
 

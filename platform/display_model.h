@@ -1,6 +1,7 @@
 #ifndef QBPD_PLATFORM_DISPLAY_MODEL_H_
 #define QBPD_PLATFORM_DISPLAY_MODEL_H_
 
+#include "platform/decode_ahead.h"
 #include "platform/forms/display_control.h"
 
 #include <memory>
@@ -36,10 +37,13 @@ namespace qbpd {
 //
 // With `work_ahead`, the model decodes the photos that PrepareLoad names on
 // a thread of its own (see decode_ahead.h), so that their LoadPhoto takes
-// no decoding on the caller's thread; every answer is the same as without.
-// Without, PrepareLoad is ignored (the benchmarks and the tests compare the
-// two).
-std::unique_ptr<DisplayControl> MakeVipsDisplayControl(bool work_ahead = true);
+// no decoding on the caller's thread, and every other LoadPhoto decodes on a
+// thread of its own while the caller waits through `wait` (the desktop
+// program's window keeps painting meanwhile); every answer is the same as
+// without. Without, PrepareLoad is ignored and LoadPhoto decodes on the
+// caller's thread (the benchmarks and the tests compare the two).
+std::unique_ptr<DisplayControl> MakeVipsDisplayControl(bool work_ahead = true,
+                                                       DecodeWait wait = {});
 
 }  // namespace qbpd
 

@@ -594,7 +594,8 @@ class VipsDisplayControl final : public DisplayControl {
 
 }  // namespace
 
-std::unique_ptr<DisplayControl> MakeVipsDisplayControl(bool work_ahead) {
+std::unique_ptr<DisplayControl> MakeVipsDisplayControl(bool work_ahead,
+                                                       DecodeWait wait) {
   // Starting libvips again is harmless. Its operation cache stays off, as
   // for the thumbnails: cached loaders would keep photo files open.
   if (VIPS_INIT("qbpd") == 0) {
@@ -603,9 +604,11 @@ std::unique_ptr<DisplayControl> MakeVipsDisplayControl(bool work_ahead) {
   if (!work_ahead) {
     return std::make_unique<VipsDisplayControl>();
   }
-  return MakeDecodeAheadDisplay([]() -> std::shared_ptr<DisplayControl> {
-    return std::make_unique<VipsDisplayControl>();
-  });
+  return MakeDecodeAheadDisplay(
+      []() -> std::shared_ptr<DisplayControl> {
+        return std::make_unique<VipsDisplayControl>();
+      },
+      std::move(wait));
 }
 
 }  // namespace qbpd

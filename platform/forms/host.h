@@ -119,6 +119,20 @@ class Host {
     }
   }
 
+  // Waits until `done` answers true while work below the program's
+  // interfaces runs on another thread (the photo view's decoding), with
+  // nothing of the program running meanwhile: a call that waits here returns
+  // before any other event of the program is handled. A desktop host keeps
+  // its windows painting and answering the window system, and holds user
+  // input, the program's timers and what the window system asks of a form
+  // (a close, a resize) until the event in hand is over. This host, as the
+  // scripted one, waits plainly.
+  virtual void WaitUnnoticed(const std::function<bool()>& done) {
+    while (!done()) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+  }
+
   // A timer control's Enabled or Interval changed (or it is going away, with
   // `removed` set). Enabling or changing the interval starts a new period.
   virtual void TimerChanged(Timer& timer, bool removed) = 0;

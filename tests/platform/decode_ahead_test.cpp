@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -208,6 +209,69 @@ TEST_F(DecodeAheadTest, FailedLoadKeepsThePhotoOnShowAndItsZoom) {
   // Still the good photo, still at the 100% its load left.
   EXPECT_EQ(ahead->PhotoWidth(), 900);
   EXPECT_EQ(ahead->ZoomPercent(), 100);
+}
+
+// The caller's thread waits through the injected wait, which paints the
+// view as a desktop window does meanwhile: every paint shows the photo
+// that was on show, whole, and the load then answers as a plain one.
+TEST_F(DecodeAheadTest, LoadWaitsThroughTheWaitWhilePaintsShowTheOldPhoto) {
+  const fs::path old_photo = dir_ / "old.jpg";
+  const fs::path big = dir_ / "big.png";
+  const fs::path broken = dir_ / "broken.jpg";
+  SavePicture(old_photo, 700, 500, 11);
+  SavePicture(big, 3000, 2000, 12);
+  std::ofstream(broken) << "broken";
+  struct Case {
+    const char* name;
+    fs::path path;
+    bool hinted;  // being decoded ahead when the load comes
+    bool loads;
+  };
+  const Case cases[] = {
+      {"not hinted", big, false, true},
+      {"hinted", big, true, true},
+      {"refused", broken, false, false},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    DecodeAheadDisplay* view = nullptr;
+    int waits = 0;
+    bool only_old = true;
+    std::vector<std::uint8_t> old_drawn;
+    auto model = MakeDecodeAheadDisplay(
+        []() -> std::shared_ptr<DisplayControl> {
+          return MakeVipsDisplayControl(/*work_ahead=*/false);
+        },
+        [&](const std::function<bool()>& done) {
+          ++waits;
+          do {
+            std::vector<std::uint8_t> drawn;
+            only_old = only_old && view->PhotoWidth() == 700 &&
+                       view->Render(0, 0, 64, 48, drawn) && drawn == old_drawn;
+          } while (!done());
+        });
+    view = model.get();
+    model->SetViewSize(kViewWidth, kViewHeight);
+    ASSERT_TRUE(model->LoadPhoto(old_photo.string()));
+    ASSERT_TRUE(model->Render(0, 0, 64, 48, old_drawn));
+    ASSERT_GE(waits, 1);
+    waits = 0;
+    only_old = true;  // from now on there is an old photo to show
+    if (c.hinted) {
+      model->PrepareLoad({c.path.string()});
+    }
+    const Seen seen = LoadAndLook(*model, c.path.string());
+    if (!c.hinted) {
+      EXPECT_GE(waits, 1);
+    }
+    EXPECT_TRUE(only_old);
+    EXPECT_EQ(seen.loaded, c.loads);
+    if (c.loads) {
+      EXPECT_TRUE(seen == LoadAndLook(*Plain(), c.path.string()));
+    } else {
+      EXPECT_EQ(seen.width, 700);
+    }
+  }
 }
 
 }  // namespace

@@ -43,7 +43,15 @@ void DesktopTest::SetUp() {
   services.resources = FindResourcesFolder(services.places);
   services.images =
       MakeVipsImageOperations((tmp_.path() / "cache" / "t").string());
-  services.make_display = [] { return MakeVipsDisplayControl(); };
+  auto owned = std::make_unique<QtHost>();
+  host_ = owned.get();
+  // As the desktop program makes it: the decoding waits unnoticed.
+  services.make_display = [host = host_] {
+    return MakeVipsDisplayControl(
+        /*work_ahead=*/true, [host](const std::function<bool()>& done) {
+          host->WaitUnnoticed(done);
+        });
+  };
   services.clipboard = MakeQtClipboard();
   if (!instance_folder_.empty()) {
     services.instance = MakeSingleInstance(instance_folder_);
@@ -57,8 +65,6 @@ void DesktopTest::SetUp() {
   if (adjust_services_) {
     adjust_services_(services);
   }
-  auto owned = std::make_unique<QtHost>();
-  host_ = owned.get();
   app_ = std::make_unique<Application>(std::move(owned), std::move(services),
                                        RegisterProgram);
   Application* app = app_.get();

@@ -19,6 +19,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QCursor>
+#include <QElapsedTimer>
 #include <QFontMetrics>
 #include <QKeyEvent>
 #include <QLabel>
@@ -375,6 +376,45 @@ TEST_F(FormWindowTest, AModalFormHoldsItsCallerUntilItIsHidden) {
   QTest::mouseClick(WidgetFor(probe_->cmdDialog), Qt::LeftButton);
   EXPECT_EQ(probe_->lblStatus.Caption(), "dialog closed");
   EXPECT_EQ(host_->ModalForm(), nullptr);
+}
+
+// A call that waits unnoticed (the photo view's decoding): Qt's own timers
+// run, the program's timer and what the window tells its form wait until
+// the event in hand is over; a timer that came due meanwhile fires once.
+TEST_F(FormWindowTest, AWaitUnnoticedHoldsTimersAndFormRequestsToTheEnd) {
+  int qt_ticks = 0;
+  QTimer qt_timer;
+  QObject::connect(&qt_timer, &QTimer::timeout, [&qt_ticks] { ++qt_ticks; });
+  qt_timer.start(5);
+  int program_ticks_during = -1;
+  int qt_ticks_during = 0;
+  bool request_ran = false;
+  bool request_ran_during = false;
+  bool waiting = false;
+  probe_->Dispatch("test", [&] {
+    probe_->tmrTick.SetInterval(5);
+    probe_->tmrTick.SetEnabled(true);
+    const int before = probe_->ticks;
+    waiting = true;
+    // A request the window makes of its form while the call waits.
+    QTimer::singleShot(10, [&] {
+      window_->ActOnForm([&] {
+        request_ran = true;
+        request_ran_during = waiting;
+      });
+    });
+    QElapsedTimer clock;
+    clock.start();
+    host_->WaitUnnoticed([&] { return clock.elapsed() >= 150; });
+    waiting = false;
+    program_ticks_during = probe_->ticks - before;
+    qt_ticks_during = qt_ticks;
+  });
+  EXPECT_EQ(program_ticks_during, 0);
+  EXPECT_GE(qt_ticks_during, 1);
+  EXPECT_TRUE(QTest::qWaitFor([this] { return probe_->ticks >= 3; }, 3000));
+  EXPECT_TRUE(request_ran);
+  EXPECT_FALSE(request_ran_during);
 }
 
 TEST_F(FormWindowTest, TimersTickAndControlArrayMembersComeAndGo) {

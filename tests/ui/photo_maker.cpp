@@ -25,6 +25,18 @@ void MakePhoto(const std::string& path,
   image.jpegsave(path.c_str(), vips::VImage::option()->set("Q", 85));
 }
 
+void MakeDetailedPhoto(const std::string& path, int width, int height) {
+  const vips::VImage noise = vips::VImage::gaussnoise(
+      width, height, vips::VImage::option()->set("sigma", 60.0));
+  noise
+      .bandjoin({noise.flip(VIPS_DIRECTION_VERTICAL),
+                 noise.flip(VIPS_DIRECTION_HORIZONTAL)})
+      .cast(VIPS_FORMAT_UCHAR)
+      .copy(vips::VImage::option()->set("interpretation",
+                                        VIPS_INTERPRETATION_sRGB))
+      .jpegsave(path.c_str(), vips::VImage::option()->set("Q", 90));
+}
+
 void MakeRedEyeCard(const std::string& path) {
   using vips::VImage;
   VImage card = VImage::black(1200, 800, VImage::option()->set("bands", 3))

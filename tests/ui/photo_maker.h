@@ -14,6 +14,10 @@ void MakePhoto(const std::string& path,
                int shade = 0,
                int orientation = 1);
 
+// Makes a baseline JPEG of `width` x `height` at `path` with detail in
+// every block (noise), slow to decode for its size.
+void MakeDetailedPhoto(const std::string& path, int width, int height);
+
 // Writes a JPEG card with a face's two eyes at `path`, 1200 x 800: skin, the
 // white of each eye, a brown iris, a red pupil of radius 20 with a white
 // catch-light; the pupils' centres at (400, 350) and (800, 350).

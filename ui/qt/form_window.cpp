@@ -13,6 +13,7 @@
 #include <QCloseEvent>
 #include <QKeyEvent>
 #include <QMenuBar>
+#include <QPointer>
 #include <QShortcut>
 #include <QVBoxLayout>
 
@@ -67,6 +68,16 @@ bool FormWindow::Alive(const Control* control) const {
 
 void FormWindow::Act(const Control* control, const std::function<void()>& fn) {
   if (detached_ || (control != nullptr && !Alive(control))) {
+    return;
+  }
+  if (host_.Holding()) {
+    // The program is in the middle of a call that waits unnoticed.
+    QPointer<FormWindow> self(this);
+    host_.Hold([self, control, fn] {
+      if (self != nullptr) {
+        self->Act(control, fn);
+      }
+    });
     return;
   }
   // The handlers may unload the form and so drop this window; what is
@@ -389,6 +400,10 @@ void FormWindow::resizeEvent(QResizeEvent* event) {
 
 void FormWindow::moveEvent(QMoveEvent* event) {
   QWidget::moveEvent(event);
+  TellMoved();
+}
+
+void FormWindow::TellMoved() {
   if (detached_ || applying_geometry_ || !form_.Visible()) {
     return;
   }
@@ -397,6 +412,16 @@ void FormWindow::moveEvent(QMoveEvent* event) {
   int top = PixelsToTwips(pos().y());
   if (TwipsToPixels(form_.Left()) == pos().x() &&
       TwipsToPixels(form_.Top()) == pos().y()) {
+    return;
+  }
+  if (host_.Holding()) {
+    // Told once the program's call in hand is over.
+    QPointer<FormWindow> self(this);
+    host_.Hold([self] {
+      if (self != nullptr) {
+        self->TellMoved();
+      }
+    });
     return;
   }
   form_.Move(left, top, form_.Width(), form_.Height());

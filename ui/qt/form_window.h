@@ -79,6 +79,8 @@ class FormWindow : public QWidget {
   void keyPressEvent(QKeyEvent* event) override;
 
  private:
+  // Tells the form where its window now stands.
+  void TellMoved();
   // What was last applied to a widget of the properties every control has,
   // so that a sync touches Qt only for what changed.
   struct Applied {

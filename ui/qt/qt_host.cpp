@@ -21,8 +21,10 @@
 #include <QWindow>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <iostream>
+#include <thread>
 
 namespace qbpd {
 namespace {
@@ -100,7 +102,7 @@ void QtHost::AfterEvent() {
 }
 
 void QtHost::Idle() {
-  if (in_idle_) {
+  if (in_idle_ || Holding()) {
     return;
   }
   AfterEvent();
@@ -349,8 +351,45 @@ void QtHost::Sleep(int ms) {
   loop.exec();
 }
 
+void QtHost::WaitUnnoticed(const std::function<bool()>& done) {
+  ++holding_;
+  while (!done()) {
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    if (!done()) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+  }
+  --holding_;
+  if (!Holding() && (!held_.empty() || !held_timers_.empty())) {
+    QTimer::singleShot(0, this, [this] { ReleaseHeld(); });
+  }
+}
+
+void QtHost::Hold(std::function<void()> action) {
+  held_.push_back(std::move(action));
+}
+
+void QtHost::ReleaseHeld() {
+  if (Holding()) {
+    return;  // that wait releases them when it ends
+  }
+  std::vector<std::function<void()>> actions = std::move(held_);
+  std::vector<Timer*> timers = std::move(held_timers_);
+  held_.clear();
+  held_timers_.clear();
+  for (const auto& action : actions) {
+    action();
+  }
+  for (Timer* timer : timers) {
+    FireTimer(timer);  // one that went meanwhile is no longer known
+  }
+}
+
 void QtHost::TimerChanged(Timer& timer, bool removed) {
   auto it = timers_.find(&timer);
+  if (removed) {
+    std::erase(held_timers_, &timer);
+  }
   if (removed || !timer.IsRunning()) {
     if (it != timers_.end()) {
       it->second->stop();
@@ -376,6 +415,13 @@ void QtHost::TimerChanged(Timer& timer, bool removed) {
 void QtHost::FireTimer(Timer* timer) {
   if (!timers_.contains(timer) || firing_.contains(timer) ||
       !timer->IsRunning()) {
+    return;
+  }
+  if (Holding()) {
+    if (std::find(held_timers_.begin(), held_timers_.end(), timer) ==
+        held_timers_.end()) {
+      held_timers_.push_back(timer);
+    }
     return;
   }
   // A timer does not fire again while its own handler runs (the handler may
@@ -432,6 +478,10 @@ void QtHost::SendKeys(const std::string& keys) {
   // As typed keys do, they arrive after the current event: at the next turn
   // of the event loop, on the form that is active then.
   QTimer::singleShot(0, this, [this, keys] {
+    if (Holding()) {
+      Hold([this, keys] { SendKeys(keys); });
+      return;
+    }
     Form* target = ActiveForm();
     if (target == nullptr) {
       return;

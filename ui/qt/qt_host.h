@@ -50,6 +50,12 @@ class QtHost : public QObject, public Host {
   void AfterEvent();
   // Brings every window in step with its form.
   void SyncWindows();
+  // True while WaitUnnoticed waits: nothing may reach the program, and what
+  // would is held with Hold.
+  bool Holding() const { return holding_ > 0; }
+  // Runs `action` (something a window would do to its form) once the wait
+  // is over, at the next turn of the event loop.
+  void Hold(std::function<void()> action);
   // Where keys sent with SendKeys and unhandled key presses go: the modal
   // form, else the form whose window was activated last.
   Form* ActiveForm() const;
@@ -72,6 +78,11 @@ class QtHost : public QObject, public Host {
   void PopupMenu(Form& form, Menu& menu, int x, int y) override;
   void DoEvents() override;
   void Sleep(int ms) override;
+  // Pumps only the events that reach no program code: paints, the window
+  // system's own, Qt's timers. User input waits in its queue; the
+  // program's timer ticks, form events and SendKeys are held (a timer that
+  // came due fires once) and run after the event in hand.
+  void WaitUnnoticed(const std::function<bool()>& done) override;
   void TimerChanged(Timer& timer, bool removed) override;
   LocalTime Now() const override;
   long long TickCount() const override;
@@ -97,6 +108,8 @@ class QtHost : public QObject, public Host {
 
   void FireTimer(Timer* timer);
   void Idle();
+  // Runs what a wait held, unless another wait holds it now.
+  void ReleaseHeld();
   // The window that a dialog of the program sits on.
   QWidget* DialogParent() const;
 
@@ -105,6 +118,9 @@ class QtHost : public QObject, public Host {
   std::vector<Form*> active_forms_;
   std::map<Timer*, QTimer*> timers_;
   std::set<Timer*> firing_;
+  int holding_ = 0;
+  std::vector<std::function<void()>> held_;
+  std::vector<Timer*> held_timers_;
   std::function<void()> idle_hook_;
   QElapsedTimer ticks_;
   // When the windows were last brought in step; DoEvents does it at most
