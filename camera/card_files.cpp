@@ -52,7 +52,7 @@ namespace {
 // next one is read and written.
 constexpr std::size_t kThreads = 2;
 // Files written before any of them is flushed (one batch of PlaceAll).
-constexpr std::size_t kBatch = 8;
+constexpr std::size_t kBatch = 16;
 // How far the copies may run ahead of the results taken, in files.
 constexpr std::size_t kAhead = 3 * kBatch;
 // Copies placed before their folder is flushed (once for all of them) and,

@@ -19,10 +19,14 @@ constexpr int kTakePollMs = 50;
 // Photos saved before their folder is flushed once for all of them; only
 // then may they leave the camera.
 constexpr std::size_t kFlushBatch = 32;
-// Photos written by one save before any of them is flushed.
-constexpr std::size_t kBatch = 4;
-// Photos whose saves may wait while the next photo comes from the camera.
+// Photos written by one save before any of them is flushed: so many, or
+// fewer that reach so many bytes.
+constexpr std::size_t kBatch = 16;
+constexpr std::size_t kBatchBytes = 64 << 20;
+// Photos whose saves may wait while the next photo comes from the camera,
+// and the most bytes they may hold.
 constexpr std::size_t kSavesAhead = 2 * kBatch;
+constexpr std::size_t kAheadBytes = 160 << 20;
 // Threads saving: while one batch is flushed and read back, the next one is
 // written.
 constexpr std::size_t kThreads = 2;
@@ -143,6 +147,9 @@ ImageAcquisitionResult RunImageAcquisition(const ImageAcquisitionRun& run) {
   // A save that failed ends the run; the saves under way when a photo could
   // not be fetched are still taken.
   bool save_failed = false;
+  // The bytes of each photo handed to a save, and of those not taken yet.
+  std::vector<std::size_t> sizes;
+  std::size_t ahead_bytes = 0;
   // Photos saved whose folder is not flushed yet.
   std::vector<std::size_t> unflushed;
   // Flushes the folder once for the photos saved since the last time, and
@@ -193,6 +200,9 @@ ImageAcquisitionResult RunImageAcquisition(const ImageAcquisitionRun& run) {
             destination + "/" + PictureName(base, number++, file.name));
       }
     }
+    if (ahead) {
+      ahead_bytes -= sizes[taken];
+    }
     ++taken;
     if (!saved.ok()) {
       failed = save_failed = true;
@@ -210,11 +220,17 @@ ImageAcquisitionResult RunImageAcquisition(const ImageAcquisitionRun& run) {
   };
   // Photos fetched for the next save, and its start on a thread.
   std::vector<TransferItem> batch;
+  std::size_t batch_bytes = 0;
   auto submit = [&] {
     if (batch.empty()) {
       return;
     }
     const std::size_t count = batch.size();
+    for (const TransferItem& item : batch) {
+      sizes.push_back(item.content.size());
+    }
+    ahead_bytes += batch_bytes;
+    batch_bytes = 0;
     ahead->Add(
         [&pool, items = std::move(batch)](FileTransfer& t) mutable {
           std::vector<TransferResult> saved = t.PlaceAll(items);
@@ -249,15 +265,17 @@ ImageAcquisitionResult RunImageAcquisition(const ImageAcquisitionRun& run) {
     do {
       target = destination + "/" + PictureName(base, number++, file.name);
     } while (std::filesystem::exists(target, ignored));
+    batch_bytes += content.size();
     TransferItem item;
     item.content = std::move(content);
     item.target = std::move(target);
     batch.push_back(std::move(item));
-    if (batch.size() == kBatch) {
+    if (batch.size() == kBatch || batch_bytes >= kBatchBytes) {
       submit();
     }
     // Saves may wait while the next photo is fetched.
-    while (!failed && added - taken > kSavesAhead) {
+    while (!failed && taken < added &&
+           (added - taken > kSavesAhead || ahead_bytes > kAheadBytes)) {
       take("");
     }
   }

@@ -64,62 +64,6 @@ AlignedBuffer NewAlignedBuffer() {
       static_cast<unsigned char*>(std::aligned_alloc(kAlign, kChunk)));
 }
 
-// Reads `fd` from its start to its end into the hash. False with errno set
-// when a read fails.
-bool HashFrom(int fd,
-              unsigned char* buffer,
-              ContentHash& hash,
-              std::uint64_t& size) {
-  size = 0;
-  if (::lseek(fd, 0, SEEK_SET) != 0) {
-    return false;
-  }
-  for (;;) {
-    const ssize_t got = ::read(fd, buffer, kChunk);
-    if (got < 0 && errno == EINTR) {
-      continue;
-    }
-    if (got < 0) {
-      return false;
-    }
-    if (got == 0) {
-      return true;
-    }
-    hash.Add(buffer, static_cast<std::size_t>(got));
-    size += static_cast<std::uint64_t>(got);
-  }
-}
-
-// Reads back what the disk holds, not what the cache kept of the writes: the
-// descriptor is switched to direct reads; a file system that refuses them
-// gets its cached pages of the file dropped (they are clean after the flush)
-// and is read as usual.
-bool ReadBack(int fd,
-              unsigned char* buffer,
-              std::uint64_t& hash,
-              std::uint64_t& size) {
-  const int flags = ::fcntl(fd, F_GETFL);
-  if (flags >= 0 && ::fcntl(fd, F_SETFL, flags | O_DIRECT) == 0) {
-    ContentHash direct;
-    if (HashFrom(fd, buffer, direct, size)) {
-      hash = direct.Value();
-      return true;
-    }
-    if (errno != EINVAL) {
-      return false;
-    }
-    // Accepted at first but refused at the read: read through the cache.
-    ::fcntl(fd, F_SETFL, flags);
-  }
-  ::posix_fadvise(fd, 0, 0, POSIX_FADV_DONTNEED);
-  ContentHash cached;
-  if (!HashFrom(fd, buffer, cached, size)) {
-    return false;
-  }
-  hash = cached.Value();
-  return true;
-}
-
 // Writes `size` bytes and asks the disk to start writing them now, so that
 // the flush at the end finds most of the file written.
 bool WriteAndStart(int fd,
@@ -140,8 +84,74 @@ struct Written {
   std::unique_ptr<FileDescriptor> fd;
   std::string temp;
   std::uint64_t size = 0;
+  // What the read-back must equal: the bytes themselves when they are at
+  // hand (a camera's file), otherwise the source's content hash.
+  const std::string* content = nullptr;
   std::uint64_t hash = 0;
 };
+
+// Reads `fd` from its start to its end, handing each piece to `take`. False
+// with errno set when a read fails.
+template <typename Take>
+bool ReadAll(int fd, unsigned char* buffer, Take&& take) {
+  if (::lseek(fd, 0, SEEK_SET) != 0) {
+    return false;
+  }
+  for (;;) {
+    const ssize_t got = ::read(fd, buffer, kChunk);
+    if (got < 0 && errno == EINTR) {
+      continue;
+    }
+    if (got < 0) {
+      return false;
+    }
+    if (got == 0) {
+      return true;
+    }
+    take(buffer, static_cast<std::size_t>(got));
+  }
+}
+
+// Reads `file` back and says in `equal` whether it is what was written.
+bool ReadAndCompare(const Written& file, unsigned char* buffer, bool& equal) {
+  ContentHash hash;
+  std::uint64_t size = 0;
+  bool same = true;
+  const bool read = ReadAll(
+      file.fd->get(), buffer, [&](const unsigned char* data, std::size_t n) {
+        if (file.content != nullptr) {
+          same = same && size + n <= file.content->size() &&
+                 std::memcmp(file.content->data() + size, data, n) == 0;
+        } else {
+          hash.Add(data, n);
+        }
+        size += n;
+      });
+  equal = read && size == file.size &&
+          (file.content != nullptr ? same : hash.Value() == file.hash);
+  return read;
+}
+
+// Reads back what the disk holds, not what the cache kept of the writes: the
+// descriptor is switched to direct reads; a file system that refuses them
+// gets its cached pages of the file dropped (they are clean after the flush)
+// and is read as usual. False when it can't be read.
+bool ReadBack(const Written& file, unsigned char* buffer, bool& equal) {
+  const int fd = file.fd->get();
+  const int flags = ::fcntl(fd, F_GETFL);
+  if (flags >= 0 && ::fcntl(fd, F_SETFL, flags | O_DIRECT) == 0) {
+    if (ReadAndCompare(file, buffer, equal)) {
+      return true;
+    }
+    if (errno != EINVAL) {
+      return false;
+    }
+    // Accepted at first but refused at the read: read through the cache.
+    ::fcntl(fd, F_SETFL, flags);
+  }
+  ::posix_fadvise(fd, 0, 0, POSIX_FADV_DONTNEED);
+  return ReadAndCompare(file, buffer, equal);
+}
 
 class VerifiedFileTransfer final : public FileTransfer {
  public:
@@ -309,17 +319,15 @@ class VerifiedFileTransfer final : public FileTransfer {
     if (!OpenTemporary(target, 0644, file, result)) {
       return;
     }
-    ContentHash hash;
     for (std::size_t at = 0; at < content.size(); at += kChunk) {
       const std::size_t size = std::min(kChunk, content.size() - at);
-      hash.Add(content.data() + at, size);
       if (!WriteAndStart(file.fd->get(), content.data() + at, size, at)) {
         return Drop(file, result, TransferStatus::kTargetFailed,
                     Why("Cannot write", target));
       }
     }
     file.size = content.size();
-    file.hash = hash.Value();
+    file.content = &content;
   }
 
   // Reads the flushed temporary file back and gives it its name; on any
@@ -328,13 +336,12 @@ class VerifiedFileTransfer final : public FileTransfer {
               const std::string& target,
               bool replace,
               TransferResult& result) {
-    std::uint64_t hash = 0;
-    std::uint64_t read_back = 0;
-    if (!ReadBack(file.fd->get(), buffer_.get(), hash, read_back)) {
+    bool equal = false;
+    if (!ReadBack(file, buffer_.get(), equal)) {
       return Drop(file, result, TransferStatus::kVerifyFailed,
                   Why("Cannot read back", target));
     }
-    if (read_back != file.size || hash != file.hash) {
+    if (!equal) {
       return Drop(file, result, TransferStatus::kVerifyFailed,
                   "The copy " + target + " differs from its source.");
     }

@@ -51,7 +51,8 @@ struct TransferItem {
 // Copies and moves photo files so that nothing is lost: the copy is written
 // to a temporary file in the target's folder, flushed to the disk and read
 // back from the disk (not from the cache), and only when it is whole and
-// equal to the source (size and content hash) does it take its name. A move
+// equal to the source (size and content hash; a file fetched from a camera,
+// which is in memory, byte for byte) does it take its name. A move
 // deletes its source only after that and after the target's folder, which
 // holds the name, is flushed too. On a failure before the naming no file is
 // left at the target name or beside it, and the source is untouched.
