@@ -48,11 +48,16 @@ std::vector<std::string> ListFolderFiles(const std::string& folder) {
 
 namespace {
 
-// Files copied at once: while one is flushed and read back, the next one is
-// read and written.
+// Threads copying at once: while one batch is flushed and read back, the
+// next one is read and written.
 constexpr std::size_t kThreads = 2;
-// How far the copies may run ahead of the results taken.
-constexpr std::size_t kAhead = 4;
+// Files written before any of them is flushed (one batch of PlaceAll).
+constexpr std::size_t kBatch = 16;
+// How far the copies may run ahead of the results taken, in files.
+constexpr std::size_t kAhead = 3 * kBatch;
+// Copies placed before their folder is flushed (once for all of them) and,
+// in a move, their sources deleted.
+constexpr std::size_t kFlushBatch = 32;
 
 bool ExistsIn(const std::string& folder, const std::string& name) {
   std::error_code ignored;
@@ -96,7 +101,8 @@ CardCopyReport CopyFilesInto(const std::vector<std::string>& files,
   if (own.size() == kThreads) {
     ahead = std::make_unique<TransferAhead>(std::move(own));
   }
-  std::deque<TransferAhead::Job> here;
+  // Results of the copies run on this thread, not taken yet.
+  std::deque<TransferResult> here;
   // Names given to moves whose results are not taken yet.
   std::set<std::string> given;
   // For copies: the last job writing each name. Two card files of one name
@@ -105,9 +111,34 @@ CardCopyReport CopyFilesInto(const std::vector<std::string>& files,
   std::vector<std::string> targets(files.size());
   std::size_t added = 0;
   std::size_t taken = 0;
+  // Copies in place whose folder is not flushed yet: they count, and a moved
+  // file's source goes, only once it is.
+  std::vector<std::pair<std::size_t, TransferResult>> placed;
+  auto flush = [&] {
+    if (placed.empty()) {
+      return;
+    }
+    std::string error;
+    const bool flushed = transfer.FlushFolder(folder, error);
+    for (auto& [index, result] : placed) {
+      if (!flushed) {
+        // The copy is there, but not safely: the source stays.
+        result.status = TransferStatus::kTargetFailed;
+        result.error = error;
+      } else if (move && !transfer.RemoveSource(files[index], result.error)) {
+        result.status = TransferStatus::kSourceKept;
+      }
+      Record(report, result);
+    }
+    placed.clear();
+  };
   while (taken < files.size()) {
     const std::size_t window = ahead ? kAhead : 1;
-    while (added < files.size() && added - taken < window) {
+    // The next batch: files[first, added).
+    const std::size_t first = added;
+    std::vector<TransferItem> batch;
+    while (added < files.size() && added - taken < window &&
+           batch.size() < (ahead ? kBatch : 1)) {
       const std::string& source = files[added];
       const std::string name = fs::path(source).filename().string();
       std::string target = name;
@@ -117,23 +148,36 @@ CardCopyReport CopyFilesInto(const std::vector<std::string>& files,
         });
         given.insert(target);
       } else {
+        // Within a batch the names are given in order; a name that an
+        // earlier batch still writes waits for it.
         const auto last = last_of.find(target);
-        if (last != last_of.end() && last->second >= taken) {
+        if (last != last_of.end() && last->second >= taken &&
+            last->second < first) {
           break;
         }
         last_of[target] = added;
       }
       targets[added] = target;
-      TransferAhead::Job job = [source, path = folder + "/" + target,
-                                move](FileTransfer& t) {
-        return move ? t.Move(source, path) : t.Copy(source, path);
+      TransferItem item;
+      item.source = source;
+      item.target = folder + "/" + target;
+      item.replace = !move;
+      batch.push_back(std::move(item));
+      ++added;
+    }
+    if (!batch.empty()) {
+      const std::size_t count = batch.size();
+      TransferAhead::Job job = [batch =
+                                    std::move(batch)](FileTransfer& t) mutable {
+        return t.PlaceAll(batch);
       };
       if (ahead) {
-        ahead->Add(std::move(job));
+        ahead->Add(std::move(job), count);
       } else {
-        here.push_back(std::move(job));
+        for (TransferResult& r : job(transfer)) {
+          here.push_back(std::move(r));
+        }
       }
-      ++added;
     }
     TransferResult result;
     if (ahead) {
@@ -142,7 +186,7 @@ CardCopyReport CopyFilesInto(const std::vector<std::string>& files,
       }
       result = *ahead->TakeNext();
     } else {
-      result = here.front()(transfer);
+      result = std::move(here.front());
       here.pop_front();
     }
     const std::string& source = files[taken];
@@ -157,14 +201,22 @@ CardCopyReport CopyFilesInto(const std::vector<std::string>& files,
             FreeFileName(targets[taken], [&](const std::string& n) {
               return given.count(n) > 0 || ExistsIn(folder, n);
             });
-        result = transfer.Move(source, folder + "/" + targets[taken]);
+        result = transfer.Place(source, folder + "/" + targets[taken],
+                                /*replace=*/false);
       }
       if (result.ok() && targets[taken] != fs::path(source).filename()) {
         ++report.renamed;
       }
     }
-    Record(report, result);
+    if (result.ok()) {
+      placed.push_back({taken, std::move(result)});
+    } else {
+      Record(report, result);
+    }
     ++taken;
+    if (placed.size() >= kFlushBatch || taken == files.size()) {
+      flush();
+    }
     if (after_each) {
       after_each();
     }

@@ -30,6 +30,9 @@ struct CardCopyReport {
 // Copies (move false: a file of the same name is replaced, as two card files
 // of one name replace each other) or moves (move true: a taken name gets a
 // free one) every file of `files` into `destination`, under its own name.
+// The folder is flushed once for a batch of copies; they count as done, and
+// moved files leave the card, only after it: a folder that can't be flushed
+// fails them with their sources kept.
 // `after_each` runs after every file, in the list's order (progress,
 // events). With a transfer that works on other threads, two files are
 // copied at once there, and `wait` is how this thread waits for the next

@@ -9,13 +9,55 @@
 
 #include <filesystem>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 namespace qbpd {
 namespace {
 
 constexpr int kTakePollMs = 50;
+// Photos saved before their folder is flushed once for all of them; only
+// then may they leave the camera.
+constexpr std::size_t kFlushBatch = 32;
+// Photos written by one save before any of them is flushed: so many, or
+// fewer that reach so many bytes.
+constexpr std::size_t kBatch = 16;
+constexpr std::size_t kBatchBytes = 64 << 20;
+// Photos whose saves may wait while the next photo comes from the camera,
+// and the most bytes they may hold.
+constexpr std::size_t kSavesAhead = 2 * kBatch;
+constexpr std::size_t kAheadBytes = 160 << 20;
+// Threads saving: while one batch is flushed and read back, the next one is
+// written.
+constexpr std::size_t kThreads = 2;
 constexpr int kFieldCount = 3;
+
+// The buffers of photos whose saves are done, kept for the next photos: a
+// fresh buffer of a photo's size costs the first touch of all its pages.
+class ContentPool {
+ public:
+  std::string Take() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (spare_.empty()) {
+      return {};
+    }
+    std::string content = std::move(spare_.back());
+    spare_.pop_back();
+    content.clear();
+    return content;
+  }
+  void Give(std::string content) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (spare_.size() < kKept) {
+      spare_.push_back(std::move(content));
+    }
+  }
+
+ private:
+  static constexpr std::size_t kKept = kSavesAhead + kBatch;
+  std::mutex mutex_;
+  std::vector<std::string> spare_;
+};
 
 bool WriteAnswer(const ImageAcquisitionRun& run, const std::string& line) {
   const std::string path = run.data_folder + "/" + kImgAcqFile;
@@ -89,10 +131,15 @@ ImageAcquisitionResult RunImageAcquisition(const ImageAcquisitionRun& run) {
   // The saves (flush, read back) run on a thread of their own when the
   // transfer can make one, while the next photo comes from the camera; the
   // camera itself is used from this thread only.
+  ContentPool pool;
   std::unique_ptr<TransferAhead> ahead;
-  if (std::unique_ptr<FileTransfer> own = run.transfer->Another()) {
-    std::vector<std::unique_ptr<FileTransfer>> threads;
-    threads.push_back(std::move(own));
+  std::vector<std::unique_ptr<FileTransfer>> threads;
+  for (std::size_t i = 0; i < kThreads; ++i) {
+    if (std::unique_ptr<FileTransfer> own = run.transfer->Another()) {
+      threads.push_back(std::move(own));
+    }
+  }
+  if (threads.size() == kThreads) {
     ahead = std::make_unique<TransferAhead>(std::move(threads));
   }
   std::size_t added = 0;
@@ -100,13 +147,41 @@ ImageAcquisitionResult RunImageAcquisition(const ImageAcquisitionRun& run) {
   // A save that failed ends the run; the saves under way when a photo could
   // not be fetched are still taken.
   bool save_failed = false;
+  // The bytes of each photo handed to a save, and of those not taken yet.
+  std::vector<std::size_t> sizes;
+  std::size_t ahead_bytes = 0;
+  // Photos saved whose folder is not flushed yet.
+  std::vector<std::size_t> unflushed;
+  // Flushes the folder once for the photos saved since the last time, and
+  // only then deletes them from the camera when asked.
+  auto flush = [&] {
+    if (unflushed.empty()) {
+      return;
+    }
+    std::string error;
+    if (!run.transfer->FlushFolder(destination, error)) {
+      // The copies are there but not safely: the camera keeps them all.
+      failed = save_failed = true;
+      result.error = error;
+      unflushed.clear();
+      return;
+    }
+    for (std::size_t index : unflushed) {
+      std::string ignored;
+      // A photo the camera keeps is no loss; the copy is on disk.
+      if (run.delete_from_camera && camera->Delete(files[index], ignored)) {
+        ++result.deleted;
+      }
+    }
+    unflushed.clear();
+  };
   // Takes the next save's result: a name taken meanwhile gets the next
   // number; a saved photo may then be deleted from the camera.
   auto take = [&](const std::string& content_if_here) {
     const CameraFile& file = files[taken];
     TransferResult saved =
         ahead ? *ahead->TakeNext()
-              : run.transfer->Save(
+              : run.transfer->Store(
                     content_if_here,
                     destination + "/" + PictureName(base, number++, file.name));
     while (saved.status == TransferStatus::kTargetExists) {
@@ -117,13 +192,16 @@ ImageAcquisitionResult RunImageAcquisition(const ImageAcquisitionRun& run) {
           failed = save_failed = true;
           return;
         }
-        saved = run.transfer->Save(
+        saved = run.transfer->Store(
             again, destination + "/" + PictureName(base, number++, file.name));
       } else {
-        saved = run.transfer->Save(
+        saved = run.transfer->Store(
             content_if_here,
             destination + "/" + PictureName(base, number++, file.name));
       }
+    }
+    if (ahead) {
+      ahead_bytes -= sizes[taken];
     }
     ++taken;
     if (!saved.ok()) {
@@ -132,16 +210,38 @@ ImageAcquisitionResult RunImageAcquisition(const ImageAcquisitionRun& run) {
       return;
     }
     ++result.copied;
-    if (run.delete_from_camera) {
-      std::string ignored;
-      // A photo the camera keeps is no loss; the copy is on disk.
-      if (camera->Delete(file, ignored)) {
-        ++result.deleted;
-      }
+    unflushed.push_back(taken - 1);
+    if (unflushed.size() >= kFlushBatch) {
+      flush();
     }
     if (run.progress) {
       run.progress(static_cast<int>(taken), static_cast<int>(files.size()));
     }
+  };
+  // Photos fetched for the next save, and its start on a thread.
+  std::vector<TransferItem> batch;
+  std::size_t batch_bytes = 0;
+  auto submit = [&] {
+    if (batch.empty()) {
+      return;
+    }
+    const std::size_t count = batch.size();
+    for (const TransferItem& item : batch) {
+      sizes.push_back(item.content.size());
+    }
+    ahead_bytes += batch_bytes;
+    batch_bytes = 0;
+    ahead->Add(
+        [&pool, items = std::move(batch)](FileTransfer& t) mutable {
+          std::vector<TransferResult> saved = t.PlaceAll(items);
+          for (TransferItem& item : items) {
+            pool.Give(std::move(item.content));
+          }
+          return saved;
+        },
+        count);
+    added += count;
+    batch.clear();
   };
   for (std::size_t i = 0; !failed && i < files.size(); ++i) {
     if (run.stop_requested && run.stop_requested()) {
@@ -149,7 +249,7 @@ ImageAcquisitionResult RunImageAcquisition(const ImageAcquisitionRun& run) {
       break;
     }
     const CameraFile& file = files[i];
-    std::string content;
+    std::string content = pool.Take();
     if (!camera->Download(file, content, result.error)) {
       failed = true;
       break;
@@ -165,18 +265,29 @@ ImageAcquisitionResult RunImageAcquisition(const ImageAcquisitionRun& run) {
     do {
       target = destination + "/" + PictureName(base, number++, file.name);
     } while (std::filesystem::exists(target, ignored));
-    ahead->Add([content = std::move(content), target](FileTransfer& t) {
-      return t.Save(content, target);
-    });
-    ++added;
-    // One save may wait while the next photo is fetched.
-    while (!failed && added - taken > 1) {
+    batch_bytes += content.size();
+    TransferItem item;
+    item.content = std::move(content);
+    item.target = std::move(target);
+    batch.push_back(std::move(item));
+    if (batch.size() == kBatch || batch_bytes >= kBatchBytes) {
+      submit();
+    }
+    // Saves may wait while the next photo is fetched.
+    while (!failed && taken < added &&
+           (added - taken > kSavesAhead || ahead_bytes > kAheadBytes)) {
       take("");
     }
+  }
+  // The photos in hand are saved, also after a stop or a photo that could not
+  // be fetched; not after a save failed.
+  if (ahead && !save_failed) {
+    submit();
   }
   while (ahead && !save_failed && taken < added) {
     take("");
   }
+  flush();
   // The program reads "310" after its first wait; the last answer must not
   // replace it before then, or the program would miss the transfer's start.
   const std::string answer = run.data_folder + "/" + kImgAcqFile;

@@ -51,7 +51,9 @@ struct ImageAcquisitionResult {
 // saved (verified) into the destination (made when missing) as the base name,
 // a blank and its number, with the file's own extension, the next free
 // number when a name is taken; each deleted from the camera only after its
-// copy is verified and only when asked. The last answer ("300" with the
+// copy is verified and the folder that names it flushed (once for a batch of
+// photos), and only when asked; a folder that can't be flushed is a failure
+// and the camera keeps its photos. The last answer ("300" with the
 // folder, "400" when a photo could not be fetched or saved, "420" when
 // stopped) waits until the program has taken "310". Every write of
 // ImgAcq.dat is atomic.

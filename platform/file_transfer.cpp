@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <memory>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -16,6 +18,8 @@ namespace qbpd {
 namespace {
 
 constexpr std::size_t kChunk = 1 << 20;
+// The alignment of direct reads: a page, a multiple of any block size.
+constexpr std::size_t kAlign = 4096;
 constexpr std::uint64_t kPrime1 = 0x9E3779B185EBCA87ULL;
 constexpr std::uint64_t kPrime2 = 0xC2B2AE3D27D4EB4FULL;
 
@@ -25,11 +29,6 @@ std::uint64_t Rotate(std::uint64_t v, int r) {
 
 std::string Why(const std::string& what, const std::string& path) {
   return what + " " + path + ": " + std::strerror(errno);
-}
-
-std::string FolderOf(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  return slash == std::string::npos ? "." : path.substr(0, slash);
 }
 
 std::string NameOf(const std::string& path) {
@@ -54,211 +53,336 @@ int RenameNoReplace(const std::string& from, const std::string& to) {
   return 0;
 }
 
-void SyncFolder(const std::string& folder) {
-  const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (fd >= 0) {
-    ::fsync(fd);
-    ::close(fd);
+// Page-aligned memory, as reads that bypass the cache need.
+struct AlignedFree {
+  void operator()(unsigned char* p) const { std::free(p); }
+};
+using AlignedBuffer = std::unique_ptr<unsigned char, AlignedFree>;
+
+AlignedBuffer NewAlignedBuffer() {
+  return AlignedBuffer(
+      static_cast<unsigned char*>(std::aligned_alloc(kAlign, kChunk)));
+}
+
+// Writes `size` bytes and asks the disk to start writing them now, so that
+// the flush at the end finds most of the file written.
+bool WriteAndStart(int fd,
+                   const void* data,
+                   std::size_t size,
+                   std::uint64_t at) {
+  if (!WriteAll(fd, data, size)) {
+    return false;
   }
+  ::sync_file_range(fd, static_cast<off64_t>(at), static_cast<off64_t>(size),
+                    SYNC_FILE_RANGE_WRITE);
+  return true;
+}
+
+// A file written under its temporary name, waiting to be flushed, read back
+// and named.
+struct Written {
+  std::unique_ptr<FileDescriptor> fd;
+  std::string temp;
+  std::uint64_t size = 0;
+  // What the read-back must equal: the bytes themselves when they are at
+  // hand (a camera's file), otherwise the source's content hash.
+  const std::string* content = nullptr;
+  std::uint64_t hash = 0;
+};
+
+// Reads `fd` from its start to its end, handing each piece to `take`. False
+// with errno set when a read fails.
+template <typename Take>
+bool ReadAll(int fd, unsigned char* buffer, Take&& take) {
+  if (::lseek(fd, 0, SEEK_SET) != 0) {
+    return false;
+  }
+  for (;;) {
+    const ssize_t got = ::read(fd, buffer, kChunk);
+    if (got < 0 && errno == EINTR) {
+      continue;
+    }
+    if (got < 0) {
+      return false;
+    }
+    if (got == 0) {
+      return true;
+    }
+    take(buffer, static_cast<std::size_t>(got));
+  }
+}
+
+// Reads `file` back and says in `equal` whether it is what was written.
+bool ReadAndCompare(const Written& file, unsigned char* buffer, bool& equal) {
+  ContentHash hash;
+  std::uint64_t size = 0;
+  bool same = true;
+  const bool read = ReadAll(
+      file.fd->get(), buffer, [&](const unsigned char* data, std::size_t n) {
+        if (file.content != nullptr) {
+          same = same && size + n <= file.content->size() &&
+                 std::memcmp(file.content->data() + size, data, n) == 0;
+        } else {
+          hash.Add(data, n);
+        }
+        size += n;
+      });
+  equal = read && size == file.size &&
+          (file.content != nullptr ? same : hash.Value() == file.hash);
+  return read;
+}
+
+// Reads back what the disk holds, not what the cache kept of the writes: the
+// descriptor is switched to direct reads; a file system that refuses them
+// gets its cached pages of the file dropped (they are clean after the flush)
+// and is read as usual. False when it can't be read.
+bool ReadBack(const Written& file, unsigned char* buffer, bool& equal) {
+  const int fd = file.fd->get();
+  const int flags = ::fcntl(fd, F_GETFL);
+  if (flags >= 0 && ::fcntl(fd, F_SETFL, flags | O_DIRECT) == 0) {
+    if (ReadAndCompare(file, buffer, equal)) {
+      return true;
+    }
+    if (errno != EINVAL) {
+      return false;
+    }
+    // Accepted at first but refused at the read: read through the cache.
+    ::fcntl(fd, F_SETFL, flags);
+  }
+  ::posix_fadvise(fd, 0, 0, POSIX_FADV_DONTNEED);
+  return ReadAndCompare(file, buffer, equal);
 }
 
 class VerifiedFileTransfer final : public FileTransfer {
  public:
-  TransferResult Copy(const std::string& source,
-                      const std::string& target) override {
-    return Transfer(source, target, /*move=*/false);
+  VerifiedFileTransfer() : buffer_(NewAlignedBuffer()) {}
+
+  TransferResult Place(const std::string& source,
+                       const std::string& target,
+                       bool replace) override {
+    std::vector<TransferItem> one(1);
+    one[0].source = source;
+    one[0].target = target;
+    one[0].replace = replace;
+    return PlaceAll(one)[0];
   }
-  TransferResult Move(const std::string& source,
-                      const std::string& target) override {
-    return Transfer(source, target, /*move=*/true);
+
+  TransferResult Store(const std::string& content,
+                       const std::string& target) override {
+    std::vector<TransferItem> one(1);
+    one[0].content = content;
+    one[0].target = target;
+    return PlaceAll(one)[0];
   }
+
+  // Every file is written first; then all are flushed (the flushes after the
+  // first find the journal written already), read back and named in order.
+  std::vector<TransferResult> PlaceAll(
+      std::vector<TransferItem>& items) override {
+    std::vector<TransferResult> results(items.size());
+    std::vector<Written> written(items.size());
+    for (std::size_t i = 0; i < items.size(); ++i) {
+      const TransferItem& item = items[i];
+      const bool replace = item.replace && !item.source.empty();
+      if (!buffer_) {
+        results[i].status = TransferStatus::kTargetFailed;
+        results[i].error = "Out of memory for the copy of " + item.target;
+      } else if (!replace && ::access(item.target.c_str(), F_OK) == 0) {
+        results[i].status = TransferStatus::kTargetExists;
+        results[i].error = "The file " + item.target + " exists already.";
+      } else if (item.source.empty()) {
+        WriteContent(item.content, item.target, written[i], results[i]);
+      } else {
+        WriteCopy(item.source, item.target, written[i], results[i]);
+      }
+    }
+    for (std::size_t i = 0; i < items.size(); ++i) {
+      if (written[i].fd && ::fsync(written[i].fd->get()) != 0) {
+        Drop(written[i], results[i], TransferStatus::kTargetFailed,
+             Why("Cannot write", items[i].target));
+      }
+    }
+    for (std::size_t i = 0; i < items.size(); ++i) {
+      if (written[i].fd) {
+        const bool replace = items[i].replace && !items[i].source.empty();
+        Finish(written[i], items[i].target, replace, results[i]);
+      }
+    }
+    return results;
+  }
+
+  bool FlushFolder(const std::string& folder, std::string& error) override {
+    FileDescriptor fd(
+        ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (fd.get() < 0 || ::fsync(fd.get()) != 0) {
+      error = Why("Cannot write", folder);
+      return false;
+    }
+    return true;
+  }
+
+  bool RemoveSource(const std::string& source, std::string& error) override {
+    if (::unlink(source.c_str()) != 0) {
+      error = Why("Cannot delete", source);
+      return false;
+    }
+    return true;
+  }
+
   std::unique_ptr<FileTransfer> Another() override {
     return std::make_unique<VerifiedFileTransfer>();
   }
 
  private:
-  TransferResult Transfer(const std::string& source,
-                          const std::string& target,
-                          bool move) {
-    TransferResult result;
-    if (move && ::access(target.c_str(), F_OK) == 0) {
-      result.status = TransferStatus::kTargetExists;
-      result.error = "The file " + target + " exists already.";
-      return result;
+  // The temporary file is removed and the result says why.
+  static void Drop(Written& file,
+                   TransferResult& result,
+                   TransferStatus status,
+                   std::string error) {
+    ::unlink(file.temp.c_str());
+    file.fd.reset();
+    result.status = status;
+    result.error = std::move(error);
+  }
+
+  // Opens the temporary file beside `target`; false with `result` filled.
+  static bool OpenTemporary(const std::string& target,
+                            mode_t mode,
+                            Written& file,
+                            TransferResult& result) {
+    file.temp =
+        TransferFolderOf(target) + "/." + NameOf(target) + ".qbpd-XXXXXX";
+    const int fd = ::mkostemp(file.temp.data(), O_CLOEXEC);
+    if (fd < 0) {
+      result.status = TransferStatus::kTargetFailed;
+      result.error = Why("Cannot write in", TransferFolderOf(target));
+      return false;
     }
+    file.fd = std::make_unique<FileDescriptor>(fd);
+    ::flock(fd, LOCK_EX);
+    ::fchmod(fd, mode);
+    return true;
+  }
+
+  void WriteCopy(const std::string& source,
+                 const std::string& target,
+                 Written& file,
+                 TransferResult& result) {
     FileDescriptor in(::open(source.c_str(), O_RDONLY | O_CLOEXEC));
     struct stat before {};
     if (in.get() < 0 || ::fstat(in.get(), &before) != 0 ||
         !S_ISREG(before.st_mode)) {
       result.status = TransferStatus::kSourceFailed;
       result.error = Why("Cannot read", source);
-      return result;
+      return;
     }
-    std::string temp =
-        FolderOf(target) + "/." + NameOf(target) + ".qbpd-XXXXXX";
-    FileDescriptor out(::mkostemp(temp.data(), O_CLOEXEC));
-    if (out.get() < 0) {
-      result.status = TransferStatus::kTargetFailed;
-      result.error = Why("Cannot write in", FolderOf(target));
-      return result;
+    if (!OpenTemporary(target, before.st_mode & 0666, file, result)) {
+      return;
     }
-    ::flock(out.get(), LOCK_EX);
-    auto fail = [&](TransferStatus status, std::string error) {
-      ::unlink(temp.c_str());
-      result.status = status;
-      result.error = std::move(error);
-      return result;
-    };
-    ::fchmod(out.get(), before.st_mode & 0666);
     ::posix_fadvise(in.get(), 0, 0, POSIX_FADV_SEQUENTIAL);
-    buffer_.resize(kChunk);
-    ContentHash source_hash;
-    std::uint64_t copied = 0;
+    unsigned char* buffer = buffer_.get();
+    ContentHash hash;
     for (;;) {
-      const ssize_t got = ::read(in.get(), buffer_.data(), buffer_.size());
+      const ssize_t got = ::read(in.get(), buffer, kChunk);
       if (got < 0 && errno == EINTR) {
         continue;
       }
       if (got < 0) {
-        return fail(TransferStatus::kSourceFailed, Why("Cannot read", source));
+        return Drop(file, result, TransferStatus::kSourceFailed,
+                    Why("Cannot read", source));
       }
       if (got == 0) {
         break;
       }
-      source_hash.Add(buffer_.data(), static_cast<std::size_t>(got));
-      if (!WriteAll(out.get(), buffer_.data(), static_cast<std::size_t>(got))) {
-        return fail(TransferStatus::kTargetFailed, Why("Cannot write", target));
+      hash.Add(buffer, static_cast<std::size_t>(got));
+      if (!WriteAndStart(file.fd->get(), buffer, static_cast<std::size_t>(got),
+                         file.size)) {
+        return Drop(file, result, TransferStatus::kTargetFailed,
+                    Why("Cannot write", target));
       }
-      copied += static_cast<std::uint64_t>(got);
+      file.size += static_cast<std::uint64_t>(got);
     }
     struct stat after {};
     if (::fstat(in.get(), &after) != 0 ||
-        static_cast<std::uint64_t>(after.st_size) != copied ||
+        static_cast<std::uint64_t>(after.st_size) != file.size ||
         before.st_size != after.st_size || after.st_nlink == 0) {
-      errno = EIO;
-      return fail(TransferStatus::kSourceFailed,
+      return Drop(file, result, TransferStatus::kSourceFailed,
                   "The file " + source + " changed or went while it was read.");
     }
-    if (!Finish(out.get(), temp, target, move, copied, source_hash.Value(),
-                result)) {
-      return result;
-    }
-    result.bytes = copied;
-    if (move && ::unlink(source.c_str()) != 0) {
-      result.status = TransferStatus::kSourceKept;
-      result.error = Why("Cannot delete", source);
-    }
-    return result;
+    file.hash = hash.Value();
   }
 
-  // Flushes the temporary file, reads it back and gives it its name. False
-  // (with `result` filled and the temporary file gone) on any failure.
-  bool Finish(int fd,
-              const std::string& temp,
+  static void WriteContent(const std::string& content,
+                           const std::string& target,
+                           Written& file,
+                           TransferResult& result) {
+    if (!OpenTemporary(target, 0644, file, result)) {
+      return;
+    }
+    for (std::size_t at = 0; at < content.size(); at += kChunk) {
+      const std::size_t size = std::min(kChunk, content.size() - at);
+      if (!WriteAndStart(file.fd->get(), content.data() + at, size, at)) {
+        return Drop(file, result, TransferStatus::kTargetFailed,
+                    Why("Cannot write", target));
+      }
+    }
+    file.size = content.size();
+    file.content = &content;
+  }
+
+  // Reads the flushed temporary file back and gives it its name; on any
+  // failure it is removed and `result` says why.
+  void Finish(Written& file,
               const std::string& target,
-              bool no_replace,
-              std::uint64_t copied,
-              std::uint64_t expected,
+              bool replace,
               TransferResult& result) {
-    auto fail = [&](TransferStatus status, std::string error) {
-      ::unlink(temp.c_str());
-      result.status = status;
-      result.error = std::move(error);
-      return false;
-    };
-    if (::fsync(fd) != 0) {
-      return fail(TransferStatus::kTargetFailed, Why("Cannot write", target));
+    bool equal = false;
+    if (!ReadBack(file, buffer_.get(), equal)) {
+      return Drop(file, result, TransferStatus::kVerifyFailed,
+                  Why("Cannot read back", target));
     }
-    // Read back what the disk holds, not what the cache kept of the writes.
-    ::posix_fadvise(fd, 0, 0, POSIX_FADV_DONTNEED);
-    ContentHash copy_hash;
-    std::uint64_t read_back = 0;
-    if (::lseek(fd, 0, SEEK_SET) != 0) {
-      return fail(TransferStatus::kVerifyFailed, Why("Cannot read", target));
-    }
-    for (;;) {
-      const ssize_t got = ::read(fd, buffer_.data(), buffer_.size());
-      if (got < 0 && errno == EINTR) {
-        continue;
-      }
-      if (got < 0) {
-        return fail(TransferStatus::kVerifyFailed,
-                    Why("Cannot read back", target));
-      }
-      if (got == 0) {
-        break;
-      }
-      copy_hash.Add(buffer_.data(), static_cast<std::size_t>(got));
-      read_back += static_cast<std::uint64_t>(got);
-    }
-    if (read_back != copied || copy_hash.Value() != expected) {
-      return fail(TransferStatus::kVerifyFailed,
+    if (!equal) {
+      return Drop(file, result, TransferStatus::kVerifyFailed,
                   "The copy " + target + " differs from its source.");
     }
-    const int renamed = no_replace ? RenameNoReplace(temp, target)
-                                   : ::rename(temp.c_str(), target.c_str());
+    const int renamed = replace ? ::rename(file.temp.c_str(), target.c_str())
+                                : RenameNoReplace(file.temp, target);
     if (renamed != 0) {
       const bool exists = errno == EEXIST;
       std::string why = Why("Cannot name", target);
-      return fail(exists ? TransferStatus::kTargetExists
+      return Drop(file, result,
+                  exists ? TransferStatus::kTargetExists
                          : TransferStatus::kTargetFailed,
                   why);
     }
-    SyncFolder(FolderOf(target));
-    return true;
+    file.fd.reset();
+    result.bytes = file.size;
   }
 
-  TransferResult Save(const std::string& content,
-                      const std::string& target) override {
-    TransferResult result;
-    if (::access(target.c_str(), F_OK) == 0) {
-      result.status = TransferStatus::kTargetExists;
-      result.error = "The file " + target + " exists already.";
-      return result;
-    }
-    std::string temp =
-        FolderOf(target) + "/." + NameOf(target) + ".qbpd-XXXXXX";
-    FileDescriptor out(::mkostemp(temp.data(), O_CLOEXEC));
-    if (out.get() < 0) {
-      result.status = TransferStatus::kTargetFailed;
-      result.error = Why("Cannot write in", FolderOf(target));
-      return result;
-    }
-    ::flock(out.get(), LOCK_EX);
-    if (!WriteAll(out.get(), content.data(), content.size())) {
-      ::unlink(temp.c_str());
-      result.status = TransferStatus::kTargetFailed;
-      result.error = Why("Cannot write", target);
-      return result;
-    }
-    ::fchmod(out.get(), 0644);
-    buffer_.resize(kChunk);
-    ContentHash hash;
-    hash.Add(content.data(), content.size());
-    if (Finish(out.get(), temp, target, /*no_replace=*/true, content.size(),
-               hash.Value(), result)) {
-      result.bytes = content.size();
-    }
-    return result;
-  }
-
-  std::vector<unsigned char> buffer_;
+  AlignedBuffer buffer_;
 };
 
 }  // namespace
 
-void ContentHash::Block(const unsigned char* block) {
-  // Four lanes so that the multiplications overlap.
+namespace {
+
+// One 32-byte block into the four lanes (kept by the caller in locals, so
+// that the compiler holds them in registers: the block's bytes could alias a
+// member array).
+inline void MixBlock(std::uint64_t lane[4], const unsigned char* block) {
   for (int i = 0; i < 4; ++i) {
     std::uint64_t word = 0;
     std::memcpy(&word, block + 8 * i, sizeof(word));
-    lane_[i] = Rotate(lane_[i] + word * kPrime2, 31) * kPrime1;
+    lane[i] = Rotate(lane[i] + word * kPrime2, 31) * kPrime1;
   }
 }
+
+}  // namespace
 
 void ContentHash::Add(const void* data, std::size_t size) {
   const auto* bytes = static_cast<const unsigned char*>(data);
   length_ += size;
+  std::uint64_t lane[4] = {lane_[0], lane_[1], lane_[2], lane_[3]};
   if (tail_size_ > 0) {
     const std::size_t take = std::min(size, sizeof(tail_) - tail_size_);
     std::memcpy(tail_ + tail_size_, bytes, take);
@@ -268,16 +392,19 @@ void ContentHash::Add(const void* data, std::size_t size) {
     if (tail_size_ < sizeof(tail_)) {
       return;
     }
-    Block(tail_);
+    MixBlock(lane, tail_);
     tail_size_ = 0;
   }
   while (size >= sizeof(tail_)) {
-    Block(bytes);
+    MixBlock(lane, bytes);
     bytes += sizeof(tail_);
     size -= sizeof(tail_);
   }
   std::memcpy(tail_, bytes, size);
   tail_size_ = size;
+  for (int i = 0; i < 4; ++i) {
+    lane_[i] = lane[i];
+  }
 }
 
 std::uint64_t ContentHash::Value() const {
@@ -319,6 +446,54 @@ bool HashFile(const std::string& path,
   }
   hash = h.Value();
   return true;
+}
+
+std::string TransferFolderOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "." : path.substr(0, slash);
+}
+
+TransferResult FileTransfer::Copy(const std::string& source,
+                                  const std::string& target) {
+  TransferResult result = Place(source, target, /*replace=*/true);
+  if (result.ok() && !FlushFolder(TransferFolderOf(target), result.error)) {
+    result.status = TransferStatus::kTargetFailed;
+  }
+  return result;
+}
+
+TransferResult FileTransfer::Move(const std::string& source,
+                                  const std::string& target) {
+  TransferResult result = Place(source, target, /*replace=*/false);
+  if (!result.ok()) {
+    return result;
+  }
+  if (!FlushFolder(TransferFolderOf(target), result.error)) {
+    result.status = TransferStatus::kTargetFailed;
+  } else if (!RemoveSource(source, result.error)) {
+    result.status = TransferStatus::kSourceKept;
+  }
+  return result;
+}
+
+TransferResult FileTransfer::Save(const std::string& content,
+                                  const std::string& target) {
+  TransferResult result = Store(content, target);
+  if (result.ok() && !FlushFolder(TransferFolderOf(target), result.error)) {
+    result.status = TransferStatus::kTargetFailed;
+  }
+  return result;
+}
+
+std::vector<TransferResult> FileTransfer::PlaceAll(
+    std::vector<TransferItem>& items) {
+  std::vector<TransferResult> results;
+  for (const TransferItem& item : items) {
+    results.push_back(item.source.empty()
+                          ? Store(item.content, item.target)
+                          : Place(item.source, item.target, item.replace));
+  }
+  return results;
 }
 
 std::unique_ptr<FileTransfer> MakeVerifiedFileTransfer() {

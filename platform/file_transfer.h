@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace qbpd {
 
@@ -38,29 +39,72 @@ struct TransferResult {
   }
 };
 
+// One file of a batch: a copy of `source`, or, when it is empty, `content`
+// (a file fetched from a camera, never replacing a file).
+struct TransferItem {
+  std::string source;
+  std::string content;
+  std::string target;
+  bool replace = false;
+};
+
 // Copies and moves photo files so that nothing is lost: the copy is written
-// to a temporary file in the target's folder, flushed to the disk, dropped
-// from the cache and read back, and only when it is whole and equal to the
-// source (size and content hash) does it take its name. A move deletes its
-// source only after that. On any failure no file is left at the target name
-// or beside it, and the source is untouched.
+// to a temporary file in the target's folder, flushed to the disk and read
+// back from the disk (not from the cache), and only when it is whole and
+// equal to the source (size and content hash; a file fetched from a camera,
+// which is in memory, byte for byte) does it take its name. A move
+// deletes its source only after that and after the target's folder, which
+// holds the name, is flushed too. On a failure before the naming no file is
+// left at the target name or beside it, and the source is untouched.
+//
+// Copy, Move and Save do one file whole. A batch uses the steps instead:
+// Place or Store each file, FlushFolder once for all of them, and only then
+// RemoveSource each moved one, so that the folder is flushed once per batch
+// rather than once per file.
 class FileTransfer {
  public:
   virtual ~FileTransfer() = default;
   // Copies `source` to `target`, replacing a file there.
-  [[nodiscard]] virtual TransferResult Copy(const std::string& source,
-                                            const std::string& target) = 0;
+  [[nodiscard]] TransferResult Copy(const std::string& source,
+                                    const std::string& target);
   // Moves `source` to `target`, which must not exist (kTargetExists then).
-  [[nodiscard]] virtual TransferResult Move(const std::string& source,
-                                            const std::string& target) = 0;
+  [[nodiscard]] TransferResult Move(const std::string& source,
+                                    const std::string& target);
   // Writes `content` (a file fetched from a camera) to `target`, verified as
   // a copy is; never replaces a file (kTargetExists).
-  [[nodiscard]] virtual TransferResult Save(const std::string& content,
-                                            const std::string& target) = 0;
+  [[nodiscard]] TransferResult Save(const std::string& content,
+                                    const std::string& target);
+
+  // The verified copy of `source` at `target` (replacing a file there only
+  // with `replace`), the target's folder not flushed, the source kept.
+  [[nodiscard]] virtual TransferResult Place(const std::string& source,
+                                             const std::string& target,
+                                             bool replace) = 0;
+  // `content` verified at `target` (never replacing), the folder not flushed.
+  [[nodiscard]] virtual TransferResult Store(const std::string& content,
+                                             const std::string& target) = 0;
+  // Places (or stores) several files at once: all are written before any is
+  // flushed, so that the disk writes them in one go and the flushes after
+  // the first are short. The results are in the items' order; each is as
+  // Place's or Store's. The names are given in the items' order.
+  [[nodiscard]] virtual std::vector<TransferResult> PlaceAll(
+      std::vector<TransferItem>& items);
+  // Flushes `folder` (the names given in it) to the disk. A folder that
+  // can't be flushed leaves its new files there, but none of them counts as
+  // safe: no source may be deleted.
+  [[nodiscard]] virtual bool FlushFolder(const std::string& folder,
+                                         std::string& error) = 0;
+  // Deletes a source whose copy was placed and whose folder was flushed.
+  [[nodiscard]] virtual bool RemoveSource(const std::string& source,
+                                          std::string& error) = 0;
+
   // A transfer of the same kind for another thread (each thread needs its
   // own), or none when this one works only on the caller's thread.
   virtual std::unique_ptr<FileTransfer> Another() { return nullptr; }
 };
+
+// The folder part of a path ("." for a bare name).
+std::string TransferFolderOf(const std::string& path);
 
 std::unique_ptr<FileTransfer> MakeVerifiedFileTransfer();
 
@@ -73,8 +117,6 @@ class ContentHash {
   std::uint64_t Value() const;
 
  private:
-  void Block(const unsigned char* block);
-
   std::uint64_t lane_[4] = {0x243F6A8885A308D3ULL, 0x13198A2E03707344ULL,
                             0xA4093822299F31D0ULL, 0x082EFA98EC4E6C89ULL};
   std::uint64_t length_ = 0;

@@ -7,8 +7,10 @@
 #include <gphoto2/gphoto2-port-info-list.h>
 #include <gphoto2/gphoto2-port-result.h>
 
+#include <cstdint>
 #include <deque>
 #include <memory>
+#include <new>
 
 namespace qbpd {
 namespace {
@@ -110,29 +112,28 @@ class GphotoCamera final : public CameraConnection {
     return true;
   }
 
+  // The camera library writes the file straight into `content` (its
+  // buffer kept from the last photo): no buffer of its own that grows and is
+  // copied, mapped and unmapped again for every photo.
   bool Download(const CameraFile& file,
                 std::string& content,
                 std::string& error) override {
+    content.clear();
     ::CameraFile* raw = nullptr;
-    int r = gp_file_new(&raw);
+    int r = gp_file_new_from_handler(&raw, &sink_, &content);
     if (r < GP_OK) {
       error = Error(r);
       return false;
     }
     r = gp_camera_file_get(camera_, file.folder.c_str(), file.name.c_str(),
                            GP_FILE_TYPE_NORMAL, raw, context_.get());
-    const char* bytes = nullptr;
-    unsigned long size = 0;
-    if (r >= GP_OK) {
-      r = gp_file_get_data_and_size(raw, &bytes, &size);
-    }
-    if (r >= GP_OK) {
-      content.assign(bytes, size);
-    } else {
-      error = Error(r);
-    }
     gp_file_unref(raw);
-    return r >= GP_OK;
+    if (r < GP_OK) {
+      error = Error(r);
+      content.clear();
+      return false;
+    }
+    return true;
   }
 
   bool Delete(const CameraFile& file, std::string& error) override {
@@ -146,8 +147,29 @@ class GphotoCamera final : public CameraConnection {
   }
 
  private:
+  static int SinkSize(void* content, std::uint64_t* size) {
+    *size = static_cast<std::string*>(content)->size();
+    return GP_OK;
+  }
+  static int SinkRead(void*, unsigned char*, std::uint64_t* size) {
+    *size = 0;
+    return GP_ERROR_NOT_SUPPORTED;
+  }
+  static int SinkWrite(void* content,
+                       unsigned char* data,
+                       std::uint64_t* size) {
+    try {
+      static_cast<std::string*>(content)->append(
+          reinterpret_cast<const char*>(data), *size);
+    } catch (const std::bad_alloc&) {
+      return GP_ERROR_NO_MEMORY;
+    }
+    return GP_OK;
+  }
+
   Context context_;
   Camera* camera_;
+  CameraFileHandler sink_{&SinkSize, &SinkRead, &SinkWrite};
 };
 
 }  // namespace

@@ -24,11 +24,11 @@ TransferAhead::~TransferAhead() {
   }
 }
 
-void TransferAhead::Add(Job job) {
+void TransferAhead::Add(Job job, std::size_t count) {
   {
     std::lock_guard<std::mutex> lock(mutex_);
-    queue_.emplace_back(results_.size(), std::move(job));
-    results_.emplace_back();
+    queue_.push_back({results_.size(), count, std::move(job)});
+    results_.resize(results_.size() + count);
   }
   changed_.notify_all();
 }
@@ -54,12 +54,21 @@ void TransferAhead::Work(FileTransfer& transfer) {
     if (stopping_) {
       return;
     }
-    auto [index, job] = std::move(queue_.front());
+    Queued queued = std::move(queue_.front());
     queue_.pop_front();
     lock.unlock();
-    TransferResult result = job(transfer);
+    std::vector<TransferResult> results = queued.job(transfer);
     lock.lock();
-    results_[index] = std::move(result);
+    for (std::size_t i = 0; i < queued.count; ++i) {
+      if (i < results.size()) {
+        results_[queued.first + i] = std::move(results[i]);
+      } else {
+        TransferResult missing;
+        missing.status = TransferStatus::kTargetFailed;
+        missing.error = "The transfer gave no result.";
+        results_[queued.first + i] = std::move(missing);
+      }
+    }
     changed_.notify_all();
   }
 }

@@ -23,8 +23,9 @@ namespace qbpd {
 // progress bar moved).
 class TransferAhead {
  public:
-  // One transfer, run with the thread's own FileTransfer.
-  using Job = std::function<TransferResult(FileTransfer&)>;
+  // Transfers of one or more files, run with the thread's own FileTransfer;
+  // one result for each file, in order.
+  using Job = std::function<std::vector<TransferResult>(FileTransfer&)>;
 
   // `transfers` gives each thread its transfer (one per thread).
   explicit TransferAhead(std::vector<std::unique_ptr<FileTransfer>> transfers);
@@ -33,12 +34,13 @@ class TransferAhead {
   TransferAhead(const TransferAhead&) = delete;
   TransferAhead& operator=(const TransferAhead&) = delete;
 
-  void Add(Job job);
+  // Adds a job of `count` files (`count` results).
+  void Add(Job job, std::size_t count = 1);
   // Whether the next result in order is there (or nothing is left to wait
   // for).
   bool NextReady();
-  // The next result in order, waiting for it; none when every added job's
-  // result was taken.
+  // The next file's result in order, waiting for it; none when every added
+  // job's results were taken.
   std::optional<TransferResult> TakeNext();
 
  private:
@@ -47,7 +49,13 @@ class TransferAhead {
   std::vector<std::unique_ptr<FileTransfer>> transfers_;
   std::mutex mutex_;
   std::condition_variable changed_;
-  std::deque<std::pair<std::size_t, Job>> queue_;
+  // Each job with the index of its first result and its count.
+  struct Queued {
+    std::size_t first;
+    std::size_t count;
+    Job job;
+  };
+  std::deque<Queued> queue_;
   std::vector<std::optional<TransferResult>> results_;
   std::size_t next_ = 0;
   bool stopping_ = false;

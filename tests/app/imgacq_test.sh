@@ -90,11 +90,12 @@ rm -f "$answer"
 [[ $(head -n1 "$answer") == "400 " ]] || fail "bad command line: $(cat "$answer")"
 rm -f "$answer"
 
-# 5. The camera pulled out mid-transfer (its folder made unreadable partway):
+# 5. The camera pulled out mid-transfer (its folder moved away partway; more
+#    photos than the helper fetches ahead of its saves):
 #    "400", and every photo is either still on the camera or whole at the
 #    destination; none is deleted without its copy.
 mkdir -p "$camera/DCIM/100TEST"
-for i in $(seq 1 60); do
+for i in $(seq 1 200); do
   head -c 300000 /dev/urandom > "$camera/DCIM/100TEST/IMG_$(printf %04d "$i").JPG"
 done
 (cd "$camera" && find . -type f -exec sha256sum {} + | awk '{print $1}' | sort) > "$work/camera3.sums"

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -120,8 +121,81 @@ TEST(CardCopyAheadTest, FailuresOnTheThreadsAreCountedInTheListsOrder) {
   EXPECT_TRUE(fs::exists(dir / "card/DCIM/100TEST/IMG_0004.JPG"));
   EXPECT_TRUE(fs::exists(dir / "card/DCIM/100TEST/IMG_0009.JPG"));
   EXPECT_FALSE(fs::exists(dir / "card/DCIM/100TEST/IMG_0005.JPG"));
-  // Nothing ran on the caller's own transfer: the threads did the work.
-  EXPECT_TRUE(transfer.calls.empty());
+  // No copy ran on the caller's own transfer: the threads did them; the
+  // caller flushed the folder and then removed the sources.
+  for (const std::string& call : transfer.calls) {
+    EXPECT_TRUE(call.rfind("flush ", 0) == 0 || call.rfind("remove ", 0) == 0)
+        << call;
+  }
+}
+
+// The folder is flushed once for a batch, and a move's sources go only after
+// it; a flush that fails keeps every source of its batch.
+TEST(CardCopyAheadTest, SourcesGoOnlyAfterTheirFolderIsFlushed) {
+  for (bool threads : {false, true}) {
+    SCOPED_TRACE(threads ? "on threads" : "one at a time");
+    TempDir dir;
+    const std::vector<std::string> files = MakeCard(dir, 12);
+    fs::create_directories(dir / "out");
+    FakeFileTransfer transfer;
+    transfer.on_threads = threads;
+    const CardCopyReport report = CopyFilesInto(
+        files, (dir / "out").string(), /*move=*/true, transfer, [] {},
+        CountingWait());
+    EXPECT_EQ(report.done, 13);
+    std::vector<std::string> steps;
+    for (const std::string& call : transfer.calls) {
+      if (call.rfind("flush ", 0) == 0 || call.rfind("remove ", 0) == 0) {
+        steps.push_back(call.substr(0, call.find(' ')));
+      }
+    }
+    ASSERT_EQ(steps.size(), 14u);
+    EXPECT_EQ(steps.front(), "flush");
+    EXPECT_EQ(std::count(steps.begin(), steps.end(), "flush"), 1);
+    EXPECT_TRUE(ListFolderFiles((dir / "card").string()).empty());
+  }
+}
+
+TEST(CardCopyAheadTest, AFolderThatCantBeFlushedKeepsEverySource) {
+  for (bool threads : {false, true}) {
+    SCOPED_TRACE(threads ? "on threads" : "one at a time");
+    TempDir dir;
+    const std::vector<std::string> files = MakeCard(dir, 6);
+    fs::create_directories(dir / "out");
+    FakeFileTransfer transfer;
+    transfer.on_threads = threads;
+    transfer.fail_flush = true;
+    const CardCopyReport report = CopyFilesInto(
+        files, (dir / "out").string(), /*move=*/true, transfer, [] {},
+        CountingWait());
+    EXPECT_EQ(report.done, 0);
+    EXPECT_EQ(report.failed, 7);
+    ASSERT_FALSE(report.errors.empty());
+    EXPECT_EQ(report.errors[0],
+              "injected failure to flush " + (dir / "out").string());
+    EXPECT_EQ(ListFolderFiles((dir / "card").string()).size(), 7u);
+    for (const std::string& call : transfer.calls) {
+      EXPECT_NE(call.rfind("remove ", 0), 0u) << call;
+    }
+  }
+}
+
+TEST(CardCopyAheadTest, ASourceThatCantBeDeletedIsKeptBesideItsCopy) {
+  TempDir dir;
+  const std::vector<std::string> files = MakeCard(dir, 6);
+  fs::create_directories(dir / "out");
+  FakeFileTransfer transfer;
+  transfer.on_threads = true;
+  transfer.keep.insert("IMG_0004.JPG");
+  const CardCopyReport report = CopyFilesInto(
+      files, (dir / "out").string(), /*move=*/true, transfer, [] {},
+      CountingWait());
+  EXPECT_EQ(report.done, 7);
+  EXPECT_EQ(report.kept, 1);
+  EXPECT_EQ(report.failed, 0);
+  EXPECT_TRUE(ReadFile(dir / "out/IMG_0004.JPG") ==
+              ReadFile(dir / "card/DCIM/100TEST/IMG_0004.JPG"));
+  EXPECT_EQ(ListFolderFiles((dir / "card").string()).size(), 1u);
 }
 
 }  // namespace

@@ -127,6 +127,74 @@ TEST(FileTransferTest, AFullDiskLeavesNoHalfFileAndTheSourceWhole) {
   EXPECT_EQ(ReadFile(source), content);
 }
 
+// A batch writes every file before flushing any: a source that is missing
+// fails alone, two copies to one name are named in order (the later stays),
+// and no temporary file is left.
+TEST(FileTransferTest, ABatchPlacesEachFileOnItsOwn) {
+  TempDir dir;
+  const std::string a = RandomBytes(1 << 20, 6);
+  const std::string b = RandomBytes(300000, 7);
+  dir.WriteFile("card/a.jpg", a);
+  dir.WriteFile("card/b.jpg", b);
+  fs::create_directories(dir / "out");
+  dir.WriteFile("out/taken.jpg", "mine");
+  auto transfer = MakeVerifiedFileTransfer();
+  auto item = [&](const std::string& source, const std::string& target,
+                  bool replace) {
+    TransferItem i;
+    i.source = source.empty() ? "" : (dir / "card" / source).string();
+    i.target = (dir / "out" / target).string();
+    i.replace = replace;
+    return i;
+  };
+  std::vector<TransferItem> items{
+      item("a.jpg", "same.jpg", true), item("gone.jpg", "gone.jpg", true),
+      item("b.jpg", "same.jpg", true), item("a.jpg", "taken.jpg", false)};
+  TransferItem saved;
+  saved.content = b;
+  saved.target = (dir / "out/saved.jpg").string();
+  items.push_back(saved);
+  const std::vector<TransferResult> r = transfer->PlaceAll(items);
+  ASSERT_EQ(r.size(), 5u);
+  EXPECT_EQ(r[0].status, TransferStatus::kDone) << r[0].error;
+  EXPECT_EQ(r[1].status, TransferStatus::kSourceFailed);
+  EXPECT_EQ(r[2].status, TransferStatus::kDone) << r[2].error;
+  EXPECT_EQ(r[2].bytes, b.size());
+  EXPECT_EQ(r[3].status, TransferStatus::kTargetExists);
+  EXPECT_EQ(r[4].status, TransferStatus::kDone) << r[4].error;
+  EXPECT_TRUE(ReadFile(dir / "out/same.jpg") == b);
+  EXPECT_TRUE(ReadFile(dir / "out/saved.jpg") == b);
+  EXPECT_EQ(ReadFile(dir / "out/taken.jpg"), "mine");
+  EXPECT_EQ(FilesIn(dir / "out"), 3);
+  EXPECT_EQ(FilesIn(dir / "card"), 2);
+}
+
+TEST(FileTransferTest, AFullDiskInABatchFailsOnlyTheFilesThatDontFit) {
+  TempDir dir;
+  const std::string small = RandomBytes(100000, 8);
+  const std::string big = RandomBytes(2 << 20, 9);
+  dir.WriteFile("card/small.jpg", small);
+  dir.WriteFile("card/big.jpg", big);
+  fs::create_directories(dir / "out");
+  auto transfer = MakeVerifiedFileTransfer();
+  std::vector<TransferItem> items(2);
+  items[0].source = (dir / "card/big.jpg").string();
+  items[0].target = (dir / "out/big.jpg").string();
+  items[1].source = (dir / "card/small.jpg").string();
+  items[1].target = (dir / "out/small.jpg").string();
+  std::vector<TransferResult> r;
+  {
+    testing::ScopedFileSizeLimit limit(1 << 20);
+    r = transfer->PlaceAll(items);
+  }
+  ASSERT_EQ(r.size(), 2u);
+  EXPECT_EQ(r[0].status, TransferStatus::kTargetFailed);
+  EXPECT_EQ(r[1].status, TransferStatus::kDone) << r[1].error;
+  EXPECT_TRUE(ReadFile(dir / "out/small.jpg") == small);
+  EXPECT_EQ(FilesIn(dir / "out"), 1);
+  EXPECT_TRUE(ReadFile(dir / "card/big.jpg") == big);
+}
+
 TEST(FileTransferTest, SaveWritesVerifiedAndNeverReplaces) {
   TempDir dir;
   fs::create_directories(dir / "out");

@@ -109,6 +109,35 @@ TEST_P(ImageAcquisitionTest, DeletesOnlyWhenAskedAndOnlyVerifiedCopies) {
   EXPECT_EQ(ReadFile(Answer()), "400 \n");
 }
 
+TEST_P(ImageAcquisitionTest, AFolderThatCantBeFlushedKeepsEveryPhotoOnCamera) {
+  delete_ = true;
+  transfer_.fail_flush = true;
+  const ImageAcquisitionResult r = Run("Cam*" + Out() + "*Picture");
+  EXPECT_EQ(r.code, "400");
+  EXPECT_EQ(r.error, "injected failure to flush " + Out());
+  EXPECT_TRUE(camera_.deleted->empty());
+  EXPECT_EQ(ReadFile(Answer()), "400 \n");
+}
+
+TEST_P(ImageAcquisitionTest, PhotosLeaveTheCameraOnlyAfterTheFolderFlush) {
+  delete_ = true;
+  // The camera's deletions are recorded among the transfer's calls.
+  camera_.on_delete = [this](const std::string& name) {
+    transfer_.calls.push_back("delete " + name);
+  };
+  const ImageAcquisitionResult r = Run("Cam*" + Out() + "*Picture");
+  EXPECT_EQ(r.code, "300");
+  EXPECT_EQ(r.deleted, 5);
+  std::vector<std::string> steps;
+  for (const std::string& call : transfer_.calls) {
+    if (call.rfind("flush ", 0) == 0 || call.rfind("delete ", 0) == 0) {
+      steps.push_back(call.substr(0, call.find(' ')));
+    }
+  }
+  EXPECT_EQ(steps, (std::vector<std::string>{"flush", "delete", "delete",
+                                             "delete", "delete", "delete"}));
+}
+
 TEST_P(ImageAcquisitionTest, ACameraPulledOutMidwayIsAFailureWithWholeCopies) {
   delete_ = true;
   camera_.fail_download_from = 3;

@@ -44,6 +44,32 @@ done
 [[ -f $prefix/share/icons/hicolor/scalable/apps/quillbay-picture-desk.svg ]] ||
   fail "the scalable icon is not installed"
 
+# The device monitor's autostart entry: under a private prefix in its
+# etc/xdg/autostart; under /usr/local (here inside DESTDIR) in /etc/xdg/autostart,
+# where desktop sessions look; its Exec names the installed monitor each time.
+check_autostart() {
+  local entry=$1 monitor=$2
+  [[ -f $entry ]] || fail "the autostart entry is not at $entry"
+  grep -qx "Exec=\"$monitor\"" "$entry" ||
+    fail "$entry does not start $monitor: $(grep ^Exec= "$entry")"
+  if command -v desktop-file-validate >/dev/null; then
+    desktop-file-validate "$entry" || fail "$entry does not validate"
+  fi
+}
+if [[ -x $prefix/bin/qbpd-devmon ]]; then
+  check_autostart "$prefix/etc/xdg/autostart/qbpd-devmon.desktop" \
+    "$prefix/bin/qbpd-devmon"
+  root=$prefix/destdir
+  DESTDIR=$root cmake --install "$build" --prefix /usr/local >/dev/null
+  [[ -x $root/usr/local/bin/qbpd-devmon ]] ||
+    fail "DESTDIR: bin/qbpd-devmon is not installed"
+  check_autostart "$root/etc/xdg/autostart/qbpd-devmon.desktop" \
+    /usr/local/bin/qbpd-devmon
+  [[ ! -e $root/usr/local/etc ]] ||
+    fail "DESTDIR: something went to /usr/local/etc, which sessions don't read"
+  rm -rf "$root"
+fi
+
 # The installed program must find the installed resources, not the source
 # tree it was built from. qbpd-reg names the defaults file it reads.
 run_reg() {

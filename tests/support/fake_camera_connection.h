@@ -3,6 +3,7 @@
 
 #include "platform/camera_connection.h"
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -54,10 +55,15 @@ class FakeCameraConnection final : public CameraConnection {
       return false;
     }
     deleted->push_back(file.folder + "/" + file.name);
+    if (on_delete) {
+      on_delete(file.folder + "/" + file.name);
+    }
     return true;
   }
 
   std::vector<Photo> photos;
+  // Told of each photo deleted, when set (the order of a run's steps).
+  std::function<void(const std::string&)> on_delete;
   bool fail_list = false;
   bool fail_delete = false;
   // The download of this number (1-based) and every later one fails; 0 never.

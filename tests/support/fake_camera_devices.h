@@ -6,6 +6,8 @@
 
 #include <functional>
 #include <map>
+#include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -54,26 +56,70 @@ class FakeCameraDevices final : public CameraDevices {
   int list_calls = 0;
 };
 
-// The real verified transfer, with files that fail on purpose: a source
-// whose name is in `fail` gets that status (and nothing is made), and every
-// call is recorded.
+// The real verified transfer, with steps that fail on purpose: a file whose
+// name is in `fail` gets that status when placed or stored (and nothing is
+// made), a folder flush fails while `fail_flush` is set, a source whose name
+// is in `keep` can't be removed; every call is recorded.
 class FakeFileTransfer final : public FileTransfer {
  public:
   FakeFileTransfer() : real_(MakeVerifiedFileTransfer()) {}
-  TransferResult Copy(const std::string& source,
-                      const std::string& target) override {
-    calls.push_back("copy " + source + " -> " + target);
-    return Faulted(source, [&] { return real_->Copy(source, target); });
+  TransferResult Place(const std::string& source,
+                       const std::string& target,
+                       bool replace) override {
+    calls.push_back("place " + source + " -> " + target);
+    return Faulted(source,
+                   [&] { return real_->Place(source, target, replace); });
   }
-  TransferResult Move(const std::string& source,
-                      const std::string& target) override {
-    calls.push_back("move " + source + " -> " + target);
-    return Faulted(source, [&] { return real_->Move(source, target); });
+  TransferResult Store(const std::string& content,
+                       const std::string& target) override {
+    calls.push_back("store " + target);
+    return Faulted(target, [&] { return real_->Store(content, target); });
   }
-  TransferResult Save(const std::string& content,
-                      const std::string& target) override {
-    calls.push_back("save " + target);
-    return Faulted(target, [&] { return real_->Save(content, target); });
+  // The items whose names are in `fail` get their injected failure; the
+  // others go to the real transfer as one batch.
+  std::vector<TransferResult> PlaceAll(
+      std::vector<TransferItem>& items) override {
+    ++batches;
+    std::vector<TransferResult> results(items.size());
+    std::vector<TransferItem> real_items;
+    std::vector<std::size_t> real_index;
+    for (std::size_t i = 0; i < items.size(); ++i) {
+      const std::string& key =
+          items[i].source.empty() ? items[i].target : items[i].source;
+      calls.push_back(items[i].source.empty() ? "store " + items[i].target
+                                              : "place " + items[i].source +
+                                                    " -> " + items[i].target);
+      bool passes = false;
+      results[i] = Faulted(key, [&] {
+        passes = true;
+        return TransferResult{};
+      });
+      if (passes) {
+        real_items.push_back(std::move(items[i]));
+        real_index.push_back(i);
+      }
+    }
+    std::vector<TransferResult> done = real_->PlaceAll(real_items);
+    for (std::size_t i = 0; i < done.size(); ++i) {
+      results[real_index[i]] = std::move(done[i]);
+    }
+    return results;
+  }
+  bool FlushFolder(const std::string& folder, std::string& error) override {
+    calls.push_back("flush " + folder);
+    if (fail_flush) {
+      error = "injected failure to flush " + folder;
+      return false;
+    }
+    return real_->FlushFolder(folder, error);
+  }
+  bool RemoveSource(const std::string& source, std::string& error) override {
+    calls.push_back("remove " + source);
+    if (keep.count(NameOf(source)) > 0) {
+      error = "injected failure to delete " + NameOf(source);
+      return false;
+    }
+    return real_->RemoveSource(source, error);
   }
 
   // With `on_threads`, the transfers of other threads fail as this one
@@ -84,27 +130,35 @@ class FakeFileTransfer final : public FileTransfer {
     }
     auto other = std::make_unique<FakeFileTransfer>();
     other->fail = fail;
+    other->fail_flush = fail_flush;
+    other->keep = keep;
     return other;
   }
 
   // File name (not path) to the status its transfer fails with.
   std::map<std::string, TransferStatus> fail;
+  bool fail_flush = false;
+  // Batches placed through PlaceAll.
+  int batches = 0;
+  std::set<std::string> keep;
   bool on_threads = false;
   std::vector<std::string> calls;
 
  private:
+  static std::string NameOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    return slash == std::string::npos ? path : path.substr(slash + 1);
+  }
+
   TransferResult Faulted(const std::string& path,
                          const std::function<TransferResult()>& real) {
-    const std::size_t slash = path.rfind('/');
-    const std::string name =
-        slash == std::string::npos ? path : path.substr(slash + 1);
-    auto it = fail.find(name);
+    auto it = fail.find(NameOf(path));
     if (it == fail.end()) {
       return real();
     }
     TransferResult result;
     result.status = it->second;
-    result.error = "injected failure of " + name;
+    result.error = "injected failure of " + NameOf(path);
     return result;
   }
 
