@@ -9,6 +9,7 @@
 #include "platform/display_model.h"
 #include "tests/ui/desktop_fixture.h"
 #include "tests/ui/photo_maker.h"
+#include "tests/ui/qt_test_support.h"
 #include "ui/qt/form_window.h"
 #include "ui/qt/qt_host.h"
 
@@ -76,6 +77,10 @@ class PhotoWaitTest : public DesktopTest {
       if (seen.watch.loading) {
         seen.longest_gap_ms = std::max(seen.longest_gap_ms, gap);
         ++seen.ticks_during;
+        if (seen.ticks_during == 2) {
+          // The window as it is painted while the large photo decodes.
+          SaveScreenshot(window_, "photo_wait_during_load");
+        }
         if (!seen.requested) {
           seen.requested = true;
           window_->ActOnForm([&] {
@@ -133,6 +138,7 @@ TEST_F(PhotoWaitTest,
   EXPECT_TRUE(seen.requested);
   EXPECT_TRUE(seen.request_ran);
   EXPECT_FALSE(seen.request_ran_during);
+  SaveScreenshot(window_, "photo_wait_loaded");
 }
 
 // The same load with the decoding on the window's own thread: no tick and
