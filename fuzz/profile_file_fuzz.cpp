@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <unistd.h>
@@ -29,14 +30,25 @@ std::string Lower(std::string text) {
   return text;
 }
 
-const std::string& FilePath() {
-  static const std::string path = [] {
-    std::string folder = "/tmp/qbpd-profile-fuzz-XXXXXX";
-    if (::mkdtemp(folder.data()) == nullptr) {
+// Never destroyed, so that it outlives the exit handler that removes it.
+const std::string& Folder() {
+  static const std::string* folder = [] {
+    auto* made = new std::string("/tmp/qbpd-profile-fuzz-XXXXXX");
+    if (::mkdtemp(made->data()) == nullptr) {
       std::abort();
     }
-    return folder + "/scr.ini";
+    // libFuzzer ends the process with exit(): the folder goes with it.
+    std::atexit([] {
+      std::error_code ignored;
+      std::filesystem::remove_all(Folder(), ignored);
+    });
+    return made;
   }();
+  return *folder;
+}
+
+const std::string& FilePath() {
+  static const std::string path = Folder() + "/scr.ini";
   return path;
 }
 
