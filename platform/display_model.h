@@ -37,11 +37,12 @@ namespace qbpd {
 //
 // With `work_ahead`, the model decodes the photos that PrepareLoad names on
 // a thread of its own (see decode_ahead.h), so that their LoadPhoto takes
-// no decoding on the caller's thread, and every other LoadPhoto decodes on a
-// thread of its own while the caller waits through `wait` (the desktop
-// program's window keeps painting meanwhile); every answer is the same as
-// without. Without, PrepareLoad is ignored and LoadPhoto decodes on the
-// caller's thread (the benchmarks and the tests compare the two).
+// no decoding on the caller's thread, and every other LoadPhoto, and a
+// zoom that needs finer detail, decodes on a thread of its own while the
+// caller waits through `wait` (the desktop program's window keeps painting
+// meanwhile); every answer is the same as without. Without, PrepareLoad is
+// ignored and LoadPhoto decodes on the caller's thread (the benchmarks and the
+// tests compare the two).
 std::unique_ptr<DisplayControl> MakeVipsDisplayControl(bool work_ahead = true,
                                                        DecodeWait wait = {});
 

@@ -52,12 +52,19 @@ struct LoadSeen {
   bool request_ran_during = false;
   qint64 longest_gap_ms = 0;
   qint64 load_ms = 0;
+  // Of those, the ticks and paints while the zoom decoded.
+  int zoom_ticks = 0;
+  int zoom_paints = 0;
   Watch watch;
 };
 
 class PhotoWaitTest : public DesktopTest {
  protected:
   PhotoWaitTest() { photo_count_ = 1; }
+
+  // With a percentage, the photo is also zoomed to it within the same
+  // event, and the wait measured is the load's and the zoom's.
+  int zoom_percent_ = 0;
 
   // Loads the large photo and fits it, from within an event as a click on
   // its thumbnail does, with a 10 ms timer ticking and asking for paints.
@@ -98,11 +105,22 @@ class PhotoWaitTest : public DesktopTest {
         QElapsedTimer load;
         load.start();
         seen.loaded = main_->ctlDisplayImage.LoadPhoto(big.string());
+        if (seen.loaded && zoom_percent_ > 0) {
+          // Shown first, then zoomed in: the zoom decodes finer detail.
+          main_->ctlDisplayImage.ZoomFitToWidth();
+          const int ticks_before = seen.ticks_during;
+          const int paints_before = seen.watch.paints_during;
+          seen.loaded = main_->ctlDisplayImage.ZoomTo(zoom_percent_);
+          seen.zoom_ticks = seen.ticks_during - ticks_before;
+          seen.zoom_paints = seen.watch.paints_during - paints_before;
+        }
         seen.load_ms = load.elapsed();
         seen.longest_gap_ms =
             std::max(seen.longest_gap_ms, since_tick.elapsed());
         seen.watch.loading = false;
-        main_->ctlDisplayImage.ZoomFitToWidth();
+        if (zoom_percent_ == 0) {
+          main_->ctlDisplayImage.ZoomFitToWidth();
+        }
       });
       done = true;
     });
@@ -139,6 +157,20 @@ TEST_F(PhotoWaitTest,
   EXPECT_TRUE(seen.request_ran);
   EXPECT_FALSE(seen.request_ran_during);
   SaveScreenshot(window_, "photo_wait_loaded");
+}
+
+// A zoom to original size decodes the whole photo again, finer: the window
+// keeps painting (the photo as it was fitted) meanwhile too.
+TEST_F(PhotoWaitTest, WindowPaintsWhileAZoomDecodesFinerDetail) {
+  zoom_percent_ = 100;
+  LoadSeen seen;
+  LoadLargePhoto(seen);
+  EXPECT_TRUE(seen.loaded);
+  EXPECT_EQ(main_->ctlDisplayImage.ZoomPercent(), 100);
+  EXPECT_GE(seen.zoom_ticks, 1);
+  EXPECT_GE(seen.zoom_paints, 1);
+  EXPECT_FALSE(seen.request_ran_during);
+  SaveScreenshot(window_, "photo_wait_zoomed");
 }
 
 // The same load with the decoding on the window's own thread: no tick and
