@@ -255,35 +255,22 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
   // the load fails. The decoding runs on a thread of its own while this one
   // waits through `wait_`.
   std::shared_ptr<DisplayControl> LoadApart(const std::string& path) {
-    struct Job {
-      std::shared_ptr<DisplayControl> model;
-      std::atomic<bool> done{false};
-    };
-    auto job = std::make_shared<Job>();
-    auto load = [job, make = make_, path, width = width_, height = height_] {
-      std::shared_ptr<DisplayControl> model = make ? make() : nullptr;
-      if (model) {
-        model->SetViewSize(width, height);
-        if (!model->LoadPhoto(path)) {
-          model.reset();
-        }
-      }
-      job->model = std::move(model);
-      job->done.store(true, std::memory_order_release);
-    };
-    std::jthread thread;
-    try {
-      thread = std::jthread(load);
-    } catch (const std::system_error&) {
-      load();  // no thread to be had: the same load, on this one
-    }
-    if (wait_ && thread.joinable()) {
-      wait_([&job] { return job->done.load(std::memory_order_acquire); });
-    }
-    if (thread.joinable()) {
-      thread.join();
-    }
-    return std::move(job->model);
+    std::shared_ptr<DisplayControl> loaded;
+    // What the load needs is taken now: the view's size may change while
+    // this thread waits.
+    RunApart(
+        [&loaded, make = make_, path, width = width_, height = height_] {
+          std::shared_ptr<DisplayControl> model = make ? make() : nullptr;
+          if (model) {
+            model->SetViewSize(width, height);
+            if (!model->LoadPhoto(path)) {
+              model.reset();
+            }
+          }
+          loaded = std::move(model);
+        },
+        wait_);
+    return loaded;
   }
 
   // Waits until `ready` holds under `lock`: through `wait_` when there is
@@ -375,6 +362,25 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
 };
 
 }  // namespace
+
+void RunApart(const std::function<void()>& work, const DecodeWait& wait) {
+  std::atomic<bool> done{false};
+  auto run = [&work, &done] {
+    work();
+    done.store(true, std::memory_order_release);
+  };
+  std::jthread thread;
+  try {
+    thread = std::jthread(run);
+  } catch (const std::system_error&) {
+    run();  // no thread to be had: the same work, on this one
+    return;
+  }
+  if (wait) {
+    wait([&done] { return done.load(std::memory_order_acquire); });
+  }
+  thread.join();
+}
 
 std::unique_ptr<DecodeAheadDisplay> MakeDecodeAheadDisplay(
     std::function<std::shared_ptr<DisplayControl>()> make,

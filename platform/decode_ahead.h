@@ -35,6 +35,11 @@ class DecodeAheadDisplay : public DisplayControl {
 // None blocks the thread plainly.
 using DecodeWait = std::function<void(const std::function<bool()>& done)>;
 
+// Runs `work` on a thread of its own while the caller waits through `wait`
+// (plainly without one), and returns once it has run; on the caller's
+// thread when no thread can be had. `work` must not throw.
+void RunApart(const std::function<void()>& work, const DecodeWait& wait);
+
 // `make` makes the plain models: one for the view, one per photo decoded
 // ahead and one per LoadPhoto (called on worker threads). LoadPhoto decodes
 // on a thread of its own too, while the caller waits through `wait`: until

@@ -6,16 +6,12 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cerrno>
 #include <csetjmp>
 #include <cstdint>
 #include <cstdio>
-#include <exception>
 #include <memory>
 #include <sys/stat.h>
-#include <system_error>
-#include <thread>
 #include <unistd.h>
 
 // After the C++ headers: jpeglib.h needs size_t and FILE declared first.
@@ -408,41 +404,6 @@ vips::VImage DecodeStored(const std::string& path,
     }
   }
   throw vips::VError("unknown kind of photo");
-}
-
-vips::VImage DecodeStoredApart(
-    const std::string& path,
-    const PhotoHeader& header,
-    Needed needed,
-    const std::function<void(const std::function<bool()>&)>& wait) {
-  struct Job {
-    std::optional<vips::VImage> picture;
-    std::exception_ptr failure;
-    std::atomic<bool> done{false};
-  };
-  auto job = std::make_shared<Job>();
-  auto decode = [job, path, header, needed] {
-    try {
-      job->picture = DecodeStored(path, header, needed);
-    } catch (...) {
-      job->failure = std::current_exception();
-    }
-    job->done.store(true, std::memory_order_release);
-  };
-  std::jthread thread;
-  try {
-    thread = std::jthread(decode);
-  } catch (const std::system_error&) {
-    decode();  // no thread to be had: the same decoding, on this one
-  }
-  if (thread.joinable()) {
-    wait([&job] { return job->done.load(std::memory_order_acquire); });
-    thread.join();
-  }
-  if (job->failure) {
-    std::rethrow_exception(job->failure);
-  }
-  return std::move(*job->picture);
 }
 
 }  // namespace qbpd

@@ -7,7 +7,6 @@
 
 #include <vips/vips8>
 
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -60,14 +59,6 @@ bool Covers(int width, int height, Needed needed);
 vips::VImage DecodeStored(const std::string& path,
                           const PhotoHeader& header,
                           Needed needed);
-// DecodeStored run on a thread of its own while `wait` turns until it is
-// done (the desktop program's window keeps painting meanwhile); the same
-// picture, or the same failure thrown on this thread.
-vips::VImage DecodeStoredApart(
-    const std::string& path,
-    const PhotoHeader& header,
-    Needed needed,
-    const std::function<void(const std::function<bool()>&)>& wait);
 // The whole stored picture at full size, turned upright; throws on failure.
 vips::VImage DecodeUpright(const std::string& path, const PhotoHeader& header);
 

@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <exception>
 #include <memory>
 #include <optional>
 #include <string>
@@ -89,7 +90,9 @@ bool VipsDisplayControl::ZoomTo(int percent) {
   if (!photo_ || percent < kMinPercent || percent > kMaxPercent) {
     return false;
   }
-  return SetScale(percent / 100.0);
+  // A zoom the user asks for may decode the whole photo again: it does so
+  // while the window keeps painting.
+  return SetScale(percent / 100.0, /*may_wait=*/true);
 }
 
 int VipsDisplayControl::ZoomPercent() const {
@@ -131,7 +134,7 @@ bool VipsDisplayControl::Render(int x,
     return false;
   }
   return Guarded([&] {
-    if (!Decode(*photo_, scale_, /*may_wait=*/true)) {
+    if (!Decode(*photo_, scale_)) {
       return false;
     }
     const int width = right - left;
@@ -191,13 +194,13 @@ double VipsDisplayControl::FitScale(const Photo& photo, int rotation) const {
   return room / width;
 }
 
-bool VipsDisplayControl::SetScale(double scale) {
+bool VipsDisplayControl::SetScale(double scale, bool may_wait) {
   const double longest = std::max(PhotoWidth(), PhotoHeight()) * scale;
   if (longest > kMaxShownSide) {
     return false;
   }
   return Guarded([&] {
-    if (!Decode(*photo_, scale, /*may_wait=*/true)) {
+    if (!Decode(*photo_, scale, may_wait)) {
       return false;
     }
     scale_ = scale;
@@ -221,14 +224,23 @@ bool VipsDisplayControl::Decode(Photo& photo, double scale, bool may_wait) {
       std::this_thread::get_id() == waiting_thread_) {
     // The photo is left as it is until the new decoding is there: a paint
     // during the wait shows it at the zoom it had.
+    std::optional<vips::VImage> picture;
+    std::exception_ptr failure;
     waiting_ = true;
-    try {
-      decoded = DecodeStoredApart(photo.path, photo.header, needed, wait_);
-    } catch (...) {
-      waiting_ = false;
-      throw;
-    }
+    RunApart(
+        [&picture, &failure, path = photo.path, header = photo.header, needed] {
+          try {
+            picture = DecodeStored(path, header, needed);
+          } catch (...) {
+            failure = std::current_exception();
+          }
+        },
+        wait_);
     waiting_ = false;
+    if (failure) {
+      std::rethrow_exception(failure);
+    }
+    decoded = std::move(*picture);
   } else {
     decoded = DecodeStored(photo.path, photo.header, needed);
   }

@@ -149,7 +149,7 @@ class VipsDisplayControl final : public DisplayControl {
   // view; the scroll bar's width is left free when the photo will scroll.
   double FitScale(const Photo& photo, int rotation) const;
 
-  bool SetScale(double scale);
+  bool SetScale(double scale, bool may_wait = false);
 
   // Makes sure `photo` is decoded finely enough for `scale`, decoding the
   // file again when it is not. A finer decoding already held is kept. On

@@ -38,16 +38,29 @@ class PresentationSmokeTest : public testing::DesktopTest {
                 const char* name,
                 const std::function<void(Form&, FormWindow*)>& inside) {
     bool ran = false;
-    QTimer::singleShot(0, [&] {
+    // The checks run once the program is between events: while it waits
+    // for a photo's decoding (its window painting meanwhile) what it asked
+    // of the window, such as the full screen, is not done yet, and a user
+    // can't act on it either.
+    std::function<void()> check;
+    check = [&] {
+      if (host_->Holding()) {
+        QTimer::singleShot(10, check);
+        return;
+      }
       Form* form = app_->forms().Find(name);
       ASSERT_NE(form, nullptr);
       FormWindow* window = host_->WindowOf(*form);
       ASSERT_NE(window, nullptr);
       ASSERT_TRUE(QTest::qWaitForWindowExposed(window));
+      // Both forms cover the screen; the window may be put there a moment
+      // after it shows.
+      (void)QTest::qWaitFor([window] { return window->isFullScreen(); }, 3000);
       QTest::qWait(50);  // one paint after the layout
       ran = true;
       inside(*form, window);
-    });
+    };
+    QTimer::singleShot(0, check);
     QAction* action = window_->ActionOf(entry);
     ASSERT_NE(action, nullptr);
     action->trigger();
@@ -68,6 +81,15 @@ TEST_F(PresentationSmokeTest, TheSlideShowCoversTheScreenOnBlack) {
         EXPECT_TRUE(w->isFullScreen());
         EXPECT_TRUE(w->windowFlags().testFlag(Qt::FramelessWindowHint));
         EXPECT_EQ(w->size(), QApplication::primaryScreen()->size());
+        // The first paint on black may come a moment after the window
+        // covers the screen.
+        (void)QTest::qWaitFor(
+            [w] {
+              const QImage image = w->grab().toImage();
+              return image.pixelColor(2, image.height() / 2) ==
+                     QColor(Qt::black);
+            },
+            3000);
         testing::SaveScreenshot(w, "slide_show");
         const QImage shot = w->grab().toImage();
         // Black beside the photo (its left margin) and around the name.

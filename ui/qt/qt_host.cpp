@@ -360,7 +360,13 @@ void QtHost::WaitUnnoticed(const std::function<bool()>& done) {
     }
   }
   --holding_;
-  if (!Holding() && (!held_.empty() || !held_timers_.empty())) {
+  if (Holding()) {
+    return;
+  }
+  // The windows catch up with what the program asked of them before the
+  // wait (the idle step that would have done so was held).
+  SyncWindows();
+  if (!held_.empty() || !held_timers_.empty()) {
     QTimer::singleShot(0, this, [this] { ReleaseHeld(); });
   }
 }
