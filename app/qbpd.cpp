@@ -55,10 +55,14 @@ int main(int argc, char** argv) {
   services.launcher = qbpd::MakeXdgLauncher();
   auto owned_host = std::make_unique<qbpd::QtHost>();
   qbpd::QtHost& host = *owned_host;
-  // The photo view does not yet decode while the window keeps painting
-  // (Host::WaitUnnoticed): after such a wait the windows lag behind what
-  // the program asked of them (a slide show's full screen and first paint).
-  services.make_display = [] { return qbpd::MakeVipsDisplayControl(); };
+  // The photo view decodes on another thread while the window keeps
+  // painting; the program sees nothing of the wait.
+  services.make_display = [&host] {
+    return qbpd::MakeVipsDisplayControl(
+        /*work_ahead=*/true, [&host](const std::function<bool()>& done) {
+          host.WaitUnnoticed(done);
+        });
+  };
   services.numbers = qbpd::SystemNumberFormat();
 
   qbpd::Application app(std::move(owned_host), std::move(services),

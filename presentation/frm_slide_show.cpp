@@ -91,9 +91,13 @@ void frmSlideShow::Form_Load() {
   Move(0, 0, host().ScreenWidth(), host().ScreenHeight());
   SetWindowState(kWindowMaximized);
   fraButtonContainer.SetTop(0);
-  // The show's own view, which decodes the photos next in turn ahead.
-  std::unique_ptr<DecodeAheadDisplay> view = MakeDecodeAheadDisplay(
-      [app = &app_] { return app->NewDisplayControl(); });
+  // The show's own view, which decodes the photos next in turn ahead; a
+  // photo not decoded ahead is decoded while the window keeps painting.
+  std::unique_ptr<DecodeAheadDisplay> view =
+      MakeDecodeAheadDisplay([app = &app_] { return app->NewDisplayControl(); },
+                             [h = &host()](const std::function<bool()>& done) {
+                               h->WaitUnnoticed(done);
+                             });
   mpDecodeAhead = view.get();
   if (view) {
     ctlDisplayImage.AttachDisplay(std::move(view));

@@ -45,9 +45,13 @@ void DesktopTest::SetUp() {
       MakeVipsImageOperations((tmp_.path() / "cache" / "t").string());
   auto owned = std::make_unique<QtHost>();
   host_ = owned.get();
-  // As the desktop program makes it: the decoding does not yet wait
-  // unnoticed (the windows lag behind the program after such a wait).
-  services.make_display = [] { return MakeVipsDisplayControl(); };
+  // As the desktop program makes it: the decoding waits unnoticed.
+  services.make_display = [host = host_] {
+    return MakeVipsDisplayControl(
+        /*work_ahead=*/true, [host](const std::function<bool()>& done) {
+          host->WaitUnnoticed(done);
+        });
+  };
   services.clipboard = MakeQtClipboard();
   if (!instance_folder_.empty()) {
     services.instance = MakeSingleInstance(instance_folder_);

@@ -33,6 +33,9 @@
 #include <QWindow>
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <thread>
+
 namespace qbpd {
 namespace {
 
@@ -415,6 +418,26 @@ TEST_F(FormWindowTest, AWaitUnnoticedHoldsTimersAndFormRequestsToTheEnd) {
   EXPECT_TRUE(QTest::qWaitFor([this] { return probe_->ticks >= 3; }, 3000));
   EXPECT_TRUE(request_ran);
   EXPECT_FALSE(request_ran_during);
+}
+
+// A wait on another thread (a photo view made on a decoding thread) holds
+// nothing of the window's thread and pumps none of its events.
+TEST_F(FormWindowTest, AWaitOnAnotherThreadHoldsNothing) {
+  std::atomic<bool> release{false};
+  std::atomic<bool> waited{false};
+  std::thread other([&] {
+    host_->WaitUnnoticed([&] { return release.load(); });
+    waited = true;
+  });
+  probe_->Dispatch("test", [this] {
+    probe_->tmrTick.SetInterval(5);
+    probe_->tmrTick.SetEnabled(true);
+  });
+  EXPECT_TRUE(QTest::qWaitFor([this] { return probe_->ticks >= 3; }, 3000));
+  EXPECT_FALSE(host_->Holding());
+  release = true;
+  other.join();
+  EXPECT_TRUE(waited);
 }
 
 TEST_F(FormWindowTest, TimersTickAndControlArrayMembersComeAndGo) {

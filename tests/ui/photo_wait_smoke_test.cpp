@@ -1,7 +1,4 @@
-// Disabled while the desktop program does not wait unnoticed (its windows
-// lag behind the program after such a wait): the photo view is made here as
-// in the program. The desktop window while the photo view decodes a very
-// large photo: the
+// The desktop window while the photo view decodes a very large photo: the
 // decoding runs on another thread and the window keeps painting and Qt's
 // timers keep running, while what a window would tell its form (here a
 // request made during the load) reaches the program only once the load has
@@ -148,7 +145,7 @@ class PhotoWaitTest : public DesktopTest {
 };
 
 TEST_F(PhotoWaitTest,
-       DISABLED_WindowPaintsAndTicksButHoldsFormRequestsWhileALargePhotoLoads) {
+       WindowPaintsAndTicksButHoldsFormRequestsWhileALargePhotoLoads) {
   LoadSeen seen;
   LoadLargePhoto(seen);
   EXPECT_TRUE(seen.loaded);
@@ -164,7 +161,7 @@ TEST_F(PhotoWaitTest,
 
 // A zoom to original size decodes the whole photo again, finer: the window
 // keeps painting (the photo as it was fitted) meanwhile too.
-TEST_F(PhotoWaitTest, DISABLED_WindowPaintsWhileAZoomDecodesFinerDetail) {
+TEST_F(PhotoWaitTest, WindowPaintsWhileAZoomDecodesFinerDetail) {
   zoom_percent_ = 100;
   LoadSeen seen;
   LoadLargePhoto(seen);

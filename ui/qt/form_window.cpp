@@ -164,7 +164,7 @@ void FormWindow::SyncForm() {
   applying_geometry_ = true;
   switch (form_.WindowState()) {
     case kWindowMaximized:
-      if (isVisible() && !isMaximized()) {
+      if (isVisible() && !isMaximized() && !isFullScreen()) {
         showMaximized();
       }
       break;
@@ -382,7 +382,22 @@ void FormWindow::closeEvent(QCloseEvent* event) {
 
 void FormWindow::resizeEvent(QResizeEvent* event) {
   QWidget::resizeEvent(event);
+  TellResized();
+}
+
+void FormWindow::TellResized() {
   if (detached_ || applying_geometry_ || !form_.Visible() || isMinimized()) {
+    return;
+  }
+  if (host_.Holding()) {
+    // Told once the program's call in hand is over, at the size the window
+    // has then (the program may have sized it meanwhile).
+    QPointer<FormWindow> self(this);
+    host_.Hold([self] {
+      if (self != nullptr) {
+        self->TellResized();
+      }
+    });
     return;
   }
   QSize shown = size();
@@ -440,9 +455,11 @@ void FormWindow::changeEvent(QEvent* event) {
   if (event->type() != QEvent::WindowStateChange || applying_geometry_) {
     return;
   }
-  int state = isMinimized()   ? kWindowMinimized
-              : isMaximized() ? kWindowMaximized
-                              : kWindowNormal;
+  // A window covering the screen is the program's maximized borderless
+  // form (the slide show).
+  int state = isMinimized()                     ? kWindowMinimized
+              : isMaximized() || isFullScreen() ? kWindowMaximized
+                                                : kWindowNormal;
   if (state != form_.WindowState() && form_.Visible()) {
     ActOnForm([this, state] { form_.SetWindowState(state); });
   }

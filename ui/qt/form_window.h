@@ -81,6 +81,8 @@ class FormWindow : public QWidget {
  private:
   // Tells the form where its window now stands.
   void TellMoved();
+  // Tells the form the size its window now has.
+  void TellResized();
   // What was last applied to a widget of the properties every control has,
   // so that a sync touches Qt only for what changed.
   struct Applied {

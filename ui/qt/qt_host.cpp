@@ -17,6 +17,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QScreen>
+#include <QThread>
 #include <QTimer>
 #include <QWindow>
 
@@ -352,6 +353,13 @@ void QtHost::Sleep(int ms) {
 }
 
 void QtHost::WaitUnnoticed(const std::function<bool()>& done) {
+  // Work below the program may wait on a thread of its own (a photo view
+  // made on the decoding thread loads there); that thread has no window to
+  // keep answering, and the windows are not its to touch.
+  if (QThread::currentThread() != thread()) {
+    Host::WaitUnnoticed(done);
+    return;
+  }
   ++holding_;
   while (!done()) {
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
