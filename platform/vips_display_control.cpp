@@ -219,34 +219,42 @@ bool VipsDisplayControl::Decode(Photo& photo, double scale, bool may_wait) {
       Covers(photo.decoded->width(), photo.decoded->height(), needed)) {
     return true;
   }
+  // The photo is left as it is until the new decoding is there: a paint
+  // during a wait shows it at the zoom it had.
   vips::VImage decoded;
-  if (may_wait && wait_ && !waiting_ &&
-      std::this_thread::get_id() == waiting_thread_) {
-    // The photo is left as it is until the new decoding is there: a paint
-    // during the wait shows it at the zoom it had.
-    std::optional<vips::VImage> picture;
-    std::exception_ptr failure;
-    waiting_ = true;
-    RunApart(
-        [&picture, &failure, path = photo.path, header = photo.header, needed] {
-          try {
-            picture = DecodeStored(path, header, needed);
-          } catch (...) {
-            failure = std::current_exception();
-          }
-        },
-        wait_);
-    waiting_ = false;
-    if (failure) {
-      std::rethrow_exception(failure);
-    }
-    decoded = std::move(*picture);
-  } else {
+  auto decode = [&decoded, &photo, needed] {
     decoded = DecodeStored(photo.path, photo.header, needed);
+  };
+  if (may_wait) {
+    RunWaiting(decode);
+  } else {
+    decode();
   }
   photo.decoded = std::move(decoded);
   photo.shown.reset();
   return true;
+}
+
+void VipsDisplayControl::RunWaiting(const std::function<void()>& work) {
+  if (!wait_ || waiting_ || std::this_thread::get_id() != waiting_thread_) {
+    work();
+    return;
+  }
+  std::exception_ptr failure;
+  waiting_ = true;
+  RunApart(
+      [&work, &failure] {
+        try {
+          work();
+        } catch (...) {
+          failure = std::current_exception();
+        }
+      },
+      wait_);
+  waiting_ = false;
+  if (failure) {
+    std::rethrow_exception(failure);
+  }
 }
 
 const vips::VImage* VipsDisplayControl::CachedShown(int width, int height) {

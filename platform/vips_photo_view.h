@@ -26,9 +26,10 @@ namespace qbpd {
 
 class VipsDisplayControl final : public DisplayControl {
  public:
-  // `wait`, when given, is how a zoom's finer decoding is waited for on
-  // `waiting_thread` (the window's): the decoding runs on a thread of its
-  // own meanwhile. Elsewhere, and without it, a decoding runs on the caller.
+  // `wait`, when given, is how a zoom's finer decoding and an edit's save
+  // are waited for on `waiting_thread` (the window's): the work runs on a
+  // thread of its own meanwhile. Elsewhere, and without it, it runs on the
+  // caller.
   explicit VipsDisplayControl(DecodeWait wait = {},
                               std::thread::id waiting_thread = {});
 
@@ -155,6 +156,14 @@ class VipsDisplayControl final : public DisplayControl {
   // file again when it is not. A finer decoding already held is kept. On
   // failure the photo keeps what it had.
   bool Decode(Photo& photo, double scale, bool may_wait = false);
+  // Runs `work` on a thread of its own while this one waits through `wait_`
+  // when this is the waiting thread and no such wait is under way, else on
+  // this thread; what `work` throws is thrown here. The work may only read
+  // the model: a paint during the wait reads it too.
+  void RunWaiting(const std::function<void()>& work);
+  // Writes an edited photo through `write`, which may only read the model,
+  // with RunWaiting; False when anything fails.
+  bool WriteWaiting(const std::function<bool()>& write);
 
   // The whole shown picture in memory, made on first use at this zoom and
   // rotation. Nothing when it would be as large as the decoding or larger:

@@ -75,7 +75,7 @@ bool VipsDisplayControl::ShowCorrected() {
 int VipsDisplayControl::FinishCorrection(bool write, const std::string& path) {
   bool written = false;
   if (write && photo_ && edits_.HasColour()) {
-    written = Guarded([&] {
+    written = WriteWaiting([&] {
       const std::optional<PreparedPhoto> prepared =
           PrepareEditedPhoto(edits_.ApplyColour(FullPicture()), photo_->path);
       return prepared && WritePrepared(*prepared, path);
@@ -89,7 +89,7 @@ bool VipsDisplayControl::SaveShownPhoto(const std::string& path) {
   if (!photo_) {
     return false;
   }
-  return Guarded([&] {
+  return WriteWaiting([&] {
     std::optional<PreparedPhoto> prepared;
     if (edits_.RedEyeChanged() || edits_.ColourShown()) {
       vips::VImage picture = FullPicture();
@@ -109,7 +109,7 @@ bool VipsDisplayControl::SaveCropped(const std::string& path) {
   if (!photo_ || !edits_.Crop().Active()) {
     return false;
   }
-  return Guarded([&] {
+  return WriteWaiting([&] {
     const vips::VImage picture = FullPicture();
     const CropRect& box = edits_.Crop().Box();
     const int left = std::clamp(static_cast<int>(std::lround(box.x)), 0,
@@ -123,6 +123,17 @@ bool VipsDisplayControl::SaveCropped(const std::string& path) {
     const std::optional<PreparedPhoto> prepared = PrepareEditedPhoto(
         picture.crop(left, top, width, height), photo_->path);
     return prepared && WritePrepared(*prepared, path);
+  });
+}
+
+bool VipsDisplayControl::WriteWaiting(const std::function<bool()>& write) {
+  return Guarded([&] {
+    if (edits_.RedEyeActive()) {
+      (void)edits_.Work();  // settled here: a paint during the wait reads it
+    }
+    bool ok = false;
+    RunWaiting([&] { ok = write(); });
+    return ok;
   });
 }
 

@@ -1,6 +1,7 @@
 #include "platform/decode_ahead.h"
 
 #include "platform/display_model.h"
+#include "platform/vips_photo_view.h"
 #include "tests/support/temp_dir.h"
 
 #include <gtest/gtest.h>
@@ -11,6 +12,7 @@
 #include <fstream>
 #include <functional>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace qbpd {
@@ -272,6 +274,42 @@ TEST_F(DecodeAheadTest, LoadWaitsThroughTheWaitWhilePaintsShowTheOldPhoto) {
       EXPECT_EQ(seen.width, 700);
     }
   }
+}
+
+// An edit's save runs on a thread of its own while the view's thread waits
+// and paints the photo as it is shown; a write that fails answers False.
+TEST_F(DecodeAheadTest, SaveWaitsThroughTheWaitWhilePaintsShowThePhoto) {
+  const fs::path photo = dir_ / "photo.png";
+  SavePicture(photo, 900, 600, 13);
+  VipsDisplayControl* view = nullptr;
+  int waits = 0;
+  bool paints_as_shown = true;
+  std::vector<std::uint8_t> shown;
+  VipsDisplayControl model(
+      [&](const std::function<bool()>& done) {
+        ++waits;
+        do {
+          std::vector<std::uint8_t> drawn;
+          paints_as_shown = paints_as_shown &&
+                            view->Render(0, 0, 64, 48, drawn) && drawn == shown;
+        } while (!done());
+      },
+      std::this_thread::get_id());
+  view = &model;
+  model.SetViewSize(kViewWidth, kViewHeight);
+  ASSERT_TRUE(model.LoadPhoto(photo.string()));
+  ASSERT_TRUE(model.RotateView(90));
+  ASSERT_TRUE(model.Render(0, 0, 64, 48, shown));
+  waits = 0;
+  const fs::path saved = dir_ / "turned.png";
+  EXPECT_TRUE(model.SaveShownPhoto(saved.string()));
+  EXPECT_GE(waits, 1);
+  EXPECT_TRUE(paints_as_shown);
+  const vips::VImage written = vips::VImage::new_from_file(saved.c_str());
+  EXPECT_EQ(written.width(), 600);
+  EXPECT_EQ(written.height(), 900);
+  EXPECT_FALSE(
+      model.SaveShownPhoto((dir_ / "no such folder" / "x.png").string()));
 }
 
 }  // namespace
