@@ -388,6 +388,11 @@ class VipsImageOperations final : public ImageOperations {
   }
 
   void PrepareJpegCopies(const std::vector<std::string>& sources) override {
+    // Without the work ahead, copies are converted in turn, as thumbnails
+    // are made.
+    if (!thumbnails_ahead_allowed_) {
+      return;
+    }
     std::lock_guard lock(copies_mutex_);
     if (sources.empty()) {
       if (copies_ahead_) {
