@@ -3,6 +3,7 @@
 #include "core/button_pictures.h"
 #include "core/settings.h"
 #include "online/album_name.h"
+#include "online/frm_upload_imgs.h"
 #include "platform/forms/keys.h"
 
 #include <chrono>
@@ -55,6 +56,10 @@ frmUploadAlbumInfm::frmUploadAlbumInfm(Application& app)
 
 void frmUploadAlbumInfm::Form_Load() {
   Session& s = app_.session();
+  // The JPEG copies the transfer screen will make are converted into
+  // memory while the user chooses the album.
+  mbContinued = false;
+  frmUploadImgs::PrepareCopies(app_);
   SetCaption(s.gsAppTitle);
   Move((host().ScreenWidth() - Width()) / 2,
        (host().ScreenHeight() - Height()) / 2, Width(), Height());
@@ -87,6 +92,13 @@ void frmUploadAlbumInfm::Form_Load() {
                 static_cast<unsigned>(date.month()),
                 static_cast<unsigned>(date.day()));
   txtNewAlbumConn.SetText(std::string("album ") + text);
+}
+
+void frmUploadAlbumInfm::Form_Unload(int& Cancel) {
+  (void)Cancel;
+  if (!mbContinued) {
+    app_.images().PrepareJpegCopies({});
+  }
 }
 
 void frmUploadAlbumInfm::Form_Activate() {
@@ -176,6 +188,7 @@ void frmUploadAlbumInfm::imgContinue_Click() {
     }
   }
   ShowButtonState(s, imgContinue, kContinueButton, kPictureNormal);
+  mbContinued = true;
   Unload();
   app_.forms().Get("frmUploadImgs").Show(/*modal=*/true);
 }

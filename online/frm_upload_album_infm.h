@@ -32,6 +32,7 @@ class frmUploadAlbumInfm : public Form {
   void Form_Load() override;
   void Form_Activate() override;
   void Form_KeyPress(int& KeyAscii) override;
+  void Form_Unload(int& Cancel) override;
 
  private:
   void lblNewAlbumconn_Click();
@@ -44,6 +45,8 @@ class frmUploadAlbumInfm : public Form {
   void RefuseName();
 
   Application& app_;
+  // Whether Continue handed the photos to the transfer screen.
+  bool mbContinued = false;
 };
 
 }  // namespace qbpd

@@ -106,6 +106,18 @@ void frmUploadImgs::Form_Activate() {
   RunUpload();
 }
 
+void frmUploadImgs::PrepareCopies(Application& app) {
+  const Session& s = app.session();
+  std::vector<std::string> photos;
+  for (int key : s.gdicAlbumPhotos.Keys()) {
+    const std::string& photo = s.gdicAlbumPhotos.Item(key);
+    if (!photo.empty() && !IsJpegName(photo)) {
+      photos.push_back(photo);
+    }
+  }
+  app.images().PrepareJpegCopies(photos);
+}
+
 long long frmUploadImgs::FileSize(const std::string& path) const {
   std::error_code error;
   const auto size = fs::file_size(path, error);
@@ -370,6 +382,7 @@ void frmUploadImgs::RunUpload() {
 
 void frmUploadImgs::RemoveCopies() {
   mAhead.Drop();
+  app_.images().PrepareJpegCopies({});
   for (const std::string& copy : mCopies) {
     std::error_code error;
     fs::remove(copy, error);

@@ -62,6 +62,10 @@ class frmUploadImgs : public Form {
                                const std::string& tag,
                                const std::string& file);
 
+  // Hints the image library to convert ahead, into memory, the photos of
+  // gdicAlbumPhotos that will go as JPEG copies; nothing is written.
+  static void PrepareCopies(Application& app);
+
   // The print order to place after the upload (action 13): its lines,
   // ship-to and coupon state, as the order dialog leaves them.
   void TakeOrder(PrintOrderData order) { mOrder = std::move(order); }

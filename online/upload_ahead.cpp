@@ -32,8 +32,8 @@ UploadAhead::~UploadAhead() {
     queue_.clear();
   }
   asked_.notify_all();
-  if (worker_.joinable()) {
-    worker_.join();
+  for (std::thread& worker : workers_) {
+    worker.join();
   }
   for (const auto& [n, made] : done_) {
     Remove(made);
@@ -44,8 +44,8 @@ void UploadAhead::Ask(int n, Order order) {
   {
     std::lock_guard<std::mutex> lock(mutex_);
     queue_.emplace_back(n, std::move(order));
-    if (!worker_.joinable()) {
-      worker_ = std::thread([this] { Work(); });
+    while (workers_.size() < kWorkers) {
+      workers_.emplace_back([this] { Work(); });
     }
   }
   asked_.notify_all();
@@ -53,9 +53,13 @@ void UploadAhead::Ask(int n, Order order) {
 
 bool UploadAhead::Asked(int n) const {
   std::lock_guard<std::mutex> lock(mutex_);
-  if ((running_ == n && running_generation_ == generation_) ||
-      done_.count(n) > 0) {
+  if (done_.count(n) > 0) {
     return true;
+  }
+  for (const Running& running : running_) {
+    if (running.n == n && running.generation == generation_) {
+      return true;
+    }
   }
   for (const auto& [queued, order] : queue_) {
     if (queued == n) {
@@ -68,8 +72,10 @@ bool UploadAhead::Asked(int n) const {
 bool UploadAhead::HoldsCopy(const std::string& copy) const {
   std::lock_guard<std::mutex> lock(mutex_);
   // Work dropped meanwhile counts too: it removes its copy when it ends.
-  if (running_ != 0 && running_copy_ == copy) {
-    return true;
+  for (const Running& running : running_) {
+    if (running.order.copy == copy) {
+      return true;
+    }
   }
   for (const auto& [n, made] : done_) {
     if (made.order.copy == copy) {
@@ -130,35 +136,49 @@ void UploadAhead::Remove(const Made& made) {
   }
 }
 
+bool UploadAhead::Clashes(const Order& order) const {
+  const auto same = [](const std::string& a, const std::string& b) {
+    return !a.empty() && a == b;
+  };
+  for (const Running& running : running_) {
+    if (same(order.copy, running.order.copy) ||
+        same(order.thumbnail, running.order.thumbnail)) {
+      return true;
+    }
+  }
+  return false;
+}
+
 void UploadAhead::Work() {
   std::unique_lock<std::mutex> lock(mutex_);
   while (true) {
-    asked_.wait(lock, [this] { return stop_ || !queue_.empty(); });
+    asked_.wait(lock, [this] {
+      return stop_ || (!queue_.empty() && !Clashes(queue_.front().second));
+    });
     if (stop_) {
       return;
     }
     auto [n, order] = std::move(queue_.front());
     queue_.pop_front();
-    running_ = n;
-    running_copy_ = order.copy;
-    running_generation_ = generation_;
     const unsigned generation = generation_;
+    const auto running =
+        running_.insert(running_.end(), Running{n, generation, order});
     lock.unlock();
     Made made = Make(order);
     lock.lock();
-    running_ = 0;
-    running_copy_.clear();
+    running_.erase(running);
     if (stop_ || generation != generation_) {
-      // Dropped meanwhile: its files go before the next photo's work starts,
-      // so they can't take the place of a later copy of the same name.
+      // Dropped meanwhile: its files go before work that writes the same
+      // names may start, so they can't take the place of a later copy.
       Remove(made);
-      continue;
+    } else {
+      done_.emplace(n, std::move(made));
     }
-    done_.emplace(n, std::move(made));
+    asked_.notify_all();
   }
 }
 
-UploadAhead::Made UploadAhead::Make(const Order& order) const {
+UploadAhead::Made UploadAhead::Make(const Order& order) {
   Made made;
   made.order = order;
   made.photo_stamp = FileStamp::Of(order.photo);
@@ -168,6 +188,7 @@ UploadAhead::Made UploadAhead::Make(const Order& order) const {
     made.copy_made = images_.SaveImageAsJPEG(order.photo, order.copy) == 1;
   }
   const std::string& file = made.file();
+  std::lock_guard<std::mutex> one_at_a_time(thumbnail_mutex_);
   if (order.thumbnail.empty()) {
     std::string buffer;
     made.thumbnail_made =

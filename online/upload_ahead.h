@@ -6,11 +6,13 @@
 #include <condition_variable>
 #include <deque>
 #include <functional>
+#include <list>
 #include <map>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace qbpd {
 
@@ -26,10 +28,13 @@ struct FileStamp {
 
 // The image work of the transfer screen, made on another core while the
 // current photo is sent: the JPEG copy of a photo that needs one, then the
-// thumbnail of the file that will be sent. One worker thread takes the
-// photos in the order they are asked for. Nothing here touches the forms or
-// the session: the engine asks, takes the files when the photo's turn comes
-// and does with them what it did with its own.
+// thumbnail of the file that will be sent. Two worker threads take the
+// photos in the order they are asked for, so that two conversions can run at
+// once while the sender waits on the line (one thumbnail at a time: the
+// image library's cache is filled by one thread). Work whose files would take
+// the names of work still running waits for it. Nothing here touches the
+// forms or the session: the engine asks, takes the files when the photo's
+// turn comes and does with them what it did with its own.
 class UploadAhead {
  public:
   // What to make for one photo.
@@ -79,8 +84,17 @@ class UploadAhead {
   static void Remove(const Made& made);
 
  private:
+  static constexpr int kWorkers = 2;
+  // Work in hand on a worker.
+  struct Running {
+    int n = 0;
+    unsigned generation = 0;  // the generation it was asked in
+    Order order;
+  };
   void Work();
-  Made Make(const Order& order) const;
+  Made Make(const Order& order);
+  // Whether `order` writes a file that work in hand writes too.
+  bool Clashes(const Order& order) const;
 
   ImageOperations& images_;
   const int thumbnail_size_;
@@ -88,13 +102,12 @@ class UploadAhead {
   mutable std::mutex mutex_;
   std::condition_variable asked_;
   std::deque<std::pair<int, Order>> queue_;
-  int running_ = 0;                  // the photo in work, 0 when none
-  unsigned running_generation_ = 0;  // the generation it was asked in
-  std::string running_copy_;
+  std::list<Running> running_;
   std::map<int, Made> done_;
   unsigned generation_ = 0;
   bool stop_ = false;
-  std::thread worker_;
+  std::mutex thumbnail_mutex_;
+  std::vector<std::thread> workers_;
 };
 
 }  // namespace qbpd

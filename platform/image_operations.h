@@ -88,6 +88,15 @@ class ImageOperations {
     return 0;
   }
 
+  // A hint that SaveImageAsJPEG comes for `sources`, in that order: the
+  // library may convert them ahead into memory on another core. Nothing is
+  // written before SaveImageAsJPEG is called for a photo, and a photo
+  // changed since is converted as it is then. An empty list forgets what
+  // was converted and not taken. A library without it ignores the hint.
+  virtual void PrepareJpegCopies(const std::vector<std::string>& sources) {
+    (void)sources;
+  }
+
   // A hint that ImageRotation(`source`, ..., `angle`) comes soon, as in a
   // batch that turns one photo after another: the library may start on it
   // on another thread. Nothing is written before ImageRotation is called for

@@ -14,8 +14,10 @@ std::string PhotoFileState(const std::string& path) {
          std::to_string(status.st_mtim.tv_nsec);
 }
 
-ThumbnailAhead::ThumbnailAhead(std::size_t depth)
-    : depth_(depth < 1 ? 1 : depth), worker_([this] { Work(); }) {}
+ThumbnailAhead::ThumbnailAhead(std::size_t depth, bool every_other)
+    : depth_(depth < 1 ? 1 : depth),
+      every_other_(every_other),
+      worker_([this] { Work(); }) {}
 
 ThumbnailAhead::~ThumbnailAhead() {
   {
@@ -38,7 +40,8 @@ void ThumbnailAhead::Prepare(const std::vector<std::string>& sources,
     maker_ = std::move(maker);
     made_.clear();
     queue_.clear();
-    for (std::size_t i = 1; i < sources.size(); i += 2) {
+    const std::size_t step = every_other_ ? 2 : 1;
+    for (std::size_t i = step - 1; i < sources.size(); i += step) {
       queue_.push_back(sources[i]);
     }
   }
@@ -68,6 +71,12 @@ std::optional<ThumbnailAhead::Bytes> ThumbnailAhead::Take(
     return std::nullopt;
   }
   return std::move(made->bytes);
+}
+
+void ThumbnailAhead::Forget() {
+  std::lock_guard lock(mutex_);
+  queue_.clear();
+  made_.clear();
 }
 
 void ThumbnailAhead::Work() {

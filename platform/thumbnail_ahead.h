@@ -21,7 +21,9 @@ namespace qbpd {
 // that two cores share the first load. A thumbnail made ahead is handed
 // over only if its photo is unchanged since (size and modification time);
 // otherwise, and for any photo it was not told, the caller makes it as
-// before. Nothing is written: the caller writes what it takes.
+// before. Nothing is written: the caller writes what it takes. The same
+// serves other bytes made from photos (JPEG copies), then of every photo it
+// is told.
 class ThumbnailAhead {
  public:
   using Bytes = std::vector<std::uint8_t>;
@@ -29,8 +31,9 @@ class ThumbnailAhead {
   // because the cache holds it already).
   using Maker = std::function<std::optional<Bytes>(const std::string& source)>;
 
-  // At most `depth` thumbnails are kept made and not yet taken.
-  explicit ThumbnailAhead(std::size_t depth = 6);
+  // At most `depth` thumbnails are kept made and not yet taken; with
+  // `every_other` false, every photo told is made, not every other one.
+  explicit ThumbnailAhead(std::size_t depth = 6, bool every_other = true);
   ~ThumbnailAhead();
   ThumbnailAhead(const ThumbnailAhead&) = delete;
   ThumbnailAhead& operator=(const ThumbnailAhead&) = delete;
@@ -44,6 +47,9 @@ class ThumbnailAhead {
   // nullopt when there is none to hand over. A photo not yet begun is taken
   // off the list (the caller makes it).
   std::optional<Bytes> Take(const std::string& source, const std::string& kind);
+  // Forgets what it was told and what it made, without waiting: the photo
+  // being made is kept until the next Prepare.
+  void Forget();
 
  private:
   struct Made {
@@ -53,6 +59,7 @@ class ThumbnailAhead {
   void Work();
 
   const std::size_t depth_;
+  const bool every_other_;
   std::mutex mutex_;
   std::condition_variable changed_;
   bool stopping_ = false;

@@ -22,6 +22,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <mutex>
 #include <optional>
 #include <sys/stat.h>
 #include <system_error>
@@ -386,11 +387,51 @@ class VipsImageOperations final : public ImageOperations {
            fs::file_size(entry, error) > 0 && !error;
   }
 
+  void PrepareJpegCopies(const std::vector<std::string>& sources) override {
+    // Without the work ahead, copies are converted in turn, as thumbnails
+    // are made.
+    if (!thumbnails_ahead_allowed_) {
+      return;
+    }
+    std::lock_guard lock(copies_mutex_);
+    if (sources.empty()) {
+      if (copies_ahead_) {
+        copies_ahead_->Forget();
+      }
+      return;
+    }
+    if (!copies_ahead_) {
+      copies_ahead_ = std::make_unique<ThumbnailAhead>(kCopiesAhead,
+                                                       /*every_other=*/false);
+    }
+    copies_ahead_->Prepare(sources, kCopyKind,
+                           [](const std::string& source)
+                               -> std::optional<std::vector<std::uint8_t>> {
+                             try {
+                               return ConvertToJpeg(source);
+                             } catch (const vips::VError&) {
+                               vips_error_clear();
+                             } catch (...) {
+                             }
+                             return std::nullopt;
+                           });
+  }
+
   int SaveImageAsJPEG(const std::string& source,
                       const std::string& target) override {
     try {
-      const std::optional<std::vector<std::uint8_t>> jpeg =
-          ConvertToJpeg(source);
+      ThumbnailAhead* ahead = nullptr;
+      {
+        std::lock_guard lock(copies_mutex_);
+        ahead = copies_ahead_.get();
+      }
+      std::optional<std::vector<std::uint8_t>> jpeg;
+      if (ahead != nullptr) {
+        jpeg = ahead->Take(source, kCopyKind);
+      }
+      if (!jpeg) {
+        jpeg = ConvertToJpeg(source);
+      }
       if (!jpeg) {
         return 0;
       }
@@ -431,6 +472,12 @@ class VipsImageOperations final : public ImageOperations {
   TurnAhead ahead_;
   // Made on first use: most image libraries never make a folder's thumbnails.
   std::unique_ptr<ThumbnailAhead> thumbnails_ahead_;
+  // The JPEG copies converted ahead (PrepareJpegCopies), made on first use;
+  // SaveImageAsJPEG takes them on any thread.
+  static constexpr std::size_t kCopiesAhead = 4;
+  static constexpr char kCopyKind[] = "jpeg-copy";
+  std::mutex copies_mutex_;
+  std::unique_ptr<ThumbnailAhead> copies_ahead_;
   guint log_handler_;
 };
 

@@ -38,6 +38,7 @@
 #include <stdexcept>
 #include <string>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -70,6 +71,12 @@ struct Options {
   long long slow_line = 1'000'000;
   double cancel_after_s = 3.0;
   std::string curl = "curl";
+  // Where the photos are kept between runs ("" for a fresh scratch folder):
+  // making them takes minutes.
+  std::string keep;
+  // How long the user takes to choose the album, in ms on the real clock
+  // (the album dialog is up; its time is left out of both figures).
+  int choose_ms = 0;
 };
 
 Options ParseOptions(int argc, char** argv) {
@@ -87,6 +94,10 @@ Options ParseOptions(int argc, char** argv) {
       o.cancel_mb = std::max(0, value);
     } else if (name == "--curl") {
       o.curl = argv[i + 1];
+    } else if (name == "--choose-ms") {
+      o.choose_ms = std::max(0, value);
+    } else if (name == "--keep") {
+      o.keep = argv[i + 1];
     } else if (name == "--kind" && (argv[i + 1] == std::string("camera") ||
                                     argv[i + 1] == std::string("noise"))) {
       o.kind = argv[i + 1];
@@ -117,7 +128,15 @@ class TimedHost final : public ScriptedHost {
     ScriptedHost::Sleep(ms);
   }
   void WaitForWork(const std::function<bool()>& done) override {
+    const auto start = Clock::now();
     Host::WaitForWork(done);
+    waited_ += Clock::now() - start;
+  }
+  // The time spent waiting for work on the other core since the last call.
+  double TakeWaited() {
+    const double seconds = std::chrono::duration<double>(waited_).count();
+    waited_ = {};
+    return seconds;
   }
   void Mark() {
     const auto now = Clock::now();
@@ -139,6 +158,11 @@ class TimedHost final : public ScriptedHost {
       longest_ = {};
     }
   }
+  // Leaves out the time between a pause and its end (the user's own).
+  void Pause(bool paused) {
+    Mark();
+    measuring_ = !paused;
+  }
   double LongestMs() const {
     return std::chrono::duration<double, std::milli>(longest_).count();
   }
@@ -147,6 +171,7 @@ class TimedHost final : public ScriptedHost {
   bool measuring_ = false;
   Clock::time_point last_ = Clock::now();
   Clock::duration longest_{};
+  Clock::duration waited_{};
   std::function<std::string()> describe_;
   std::string longest_at_;
 };
@@ -157,6 +182,15 @@ struct TransferLog {
   Clock::time_point started;
   Clock::time_point ended;
   double bytes_sent = 0;  // the files whose transfer was answered
+  // Every transfer: the file, how long the engine waited for the work on
+  // the other core before it, how long it took.
+  struct Transfer {
+    std::string file;
+    double waited_s = 0;
+    double seconds = 0;
+  };
+  std::vector<Transfer> transfers;
+  TimedHost* host = nullptr;  // whose waits count
 };
 
 // The libcurl transport, optionally throttled, noting its file transfers.
@@ -172,6 +206,9 @@ class LoggedTransport final : public HttpTransport {
     HttpResponse response = inner_->Perform(request, pump);
     if (request.file) {
       log_.ended = Clock::now();
+      log_.transfers.push_back(
+          {request.file->path, log_.host ? log_.host->TakeWaited() : 0,
+           std::chrono::duration<double>(log_.ended - log_.started).count()});
       if (response.failure == HttpFailure::kNone) {
         std::error_code error;
         const auto size = fs::file_size(request.file->path, error);
@@ -330,17 +367,27 @@ struct RoadRun {
   std::string longest_wait_at;  // where the run was when that wait ended
   double peak_mb = 0;
   std::string auth_code;
+  // Where the transfer screen's time went: in transfers, waiting for the
+  // work on the other core (before the JPEG copies, before the photos), and
+  // the rest (the window's events, the screen's own steps).
+  double copies_transfer_s = 0;
+  double photos_transfer_s = 0;
+  double copies_waited_s = 0;
+  double photos_waited_s = 0;
+  double longest_photo_wait_ms = 0;
 };
 
 // Every photo of `folder` up the road: Upload, a new album, the transfer
 // screen, the result page; timed from the click on Upload to the result page.
 RoadRun RunRoad(const fs::path& home,
                 const fs::path& folder,
-                const testing::ServiceProcess& service) {
+                const testing::ServiceProcess& service,
+                int choose_ms) {
   TransferLog log;
   Program program = StartProgram(home, folder, service, {}, log);
   Application& app = *program.app;
   TimedHost& host = *program.host;
+  log.host = &host;
   auto& main = app.forms().Get<frmMainWindow>();
   user::Click(main.imgSelectAll);
   RoadRun run;
@@ -356,8 +403,12 @@ RoadRun RunRoad(const fs::path& home,
   Clock::time_point shown;
   Clock::time_point chosen;
   host.Queue("upload", [&main] { user::Click(main.imgUpload); });
-  host.Queue("continue", [&app, &chosen] {
+  host.Queue("continue", [&app, &host, &chosen, choose_ms] {
+    host.Pause(true);
+    std::this_thread::sleep_for(std::chrono::milliseconds(choose_ms));
+    host.Pause(false);
     chosen = Clock::now();
+    host.TakeWaited();
     user::Click(app.forms().Get("frmUploadAlbumInfm").control("imgContinue"));
   });
   host.Queue("result", [&app, &host, &shown] {
@@ -369,7 +420,8 @@ RoadRun RunRoad(const fs::path& home,
   const auto start = Clock::now();
   host.Measure(true);
   host.Run();
-  run.seconds = std::chrono::duration<double>(shown - start).count();
+  run.seconds =
+      std::chrono::duration<double>(shown - start).count() - choose_ms / 1000.0;
   run.engine_seconds = std::chrono::duration<double>(shown - chosen).count();
   run.bytes_sent = log.bytes_sent;
   run.longest_wait_ms = host.LongestMs();
@@ -377,6 +429,13 @@ RoadRun RunRoad(const fs::path& home,
   run.peak_mb = PeakMemoryMb();
   run.uploaded = app.session().giUploadedCount;
   run.auth_code = app.session().gsAuthCode;
+  for (const TransferLog::Transfer& t : log.transfers) {
+    const bool copy = fs::path(t.file).parent_path() != folder;
+    (copy ? run.copies_transfer_s : run.photos_transfer_s) += t.seconds;
+    (copy ? run.copies_waited_s : run.photos_waited_s) += t.waited_s;
+    run.longest_photo_wait_ms =
+        std::max(run.longest_photo_wait_ms, t.waited_s * 1000);
+  }
   app.End();
   return run;
 }
@@ -451,17 +510,65 @@ double Median(std::vector<double> values) {
   return values.empty() ? 0 : values[values.size() / 2];
 }
 
+// What the work made ahead costs on one core, one photo after the other: a
+// PNG photo's JPEG copy and the copy's thumbnail; a JPEG photo's thumbnail.
+void PrintWorkTimes(const fs::path& work,
+                    const std::vector<std::string>& jpegs,
+                    const std::vector<std::string>& pngs) {
+  fs::create_directories(work / "cache");
+  const auto images = MakeVipsImageOperations((work / "cache").string(),
+                                              /*thumbnails_ahead=*/false);
+  std::vector<double> converts, copy_thumbs, photo_thumbs;
+  double copy_bytes = 0;
+  for (const std::string& png : pngs) {
+    const std::string copy = (work / "copy.jpg").string();
+    auto start = Clock::now();
+    images->SaveImageAsJPEG(png, copy);
+    converts.push_back(Since(start) * 1000);
+    copy_bytes += static_cast<double>(fs::file_size(copy));
+    std::string buffer;
+    start = Clock::now();
+    images->GenerateThumbnailAndBuffer(copy, buffer,
+                                       frmMainWindow::kThumbnailSize,
+                                       frmMainWindow::kThumbnailQuality);
+    copy_thumbs.push_back(Since(start) * 1000);
+    fs::remove(copy);
+  }
+  for (size_t i = 0; i < jpegs.size() && i < 10; ++i) {
+    std::string buffer;
+    const auto start = Clock::now();
+    images->GenerateThumbnailAndBuffer(jpegs[i], buffer,
+                                       frmMainWindow::kThumbnailSize,
+                                       frmMainWindow::kThumbnailQuality);
+    photo_thumbs.push_back(Since(start) * 1000);
+  }
+  std::printf(
+      "work on one core, medians: a PNG photo's JPEG copy %.1f ms (copies "
+      "of %.2f MB), its thumbnail %.1f ms; a JPEG photo's thumbnail %.1f ms\n",
+      Median(converts), pngs.empty() ? 0 : copy_bytes / 1e6 / pngs.size(),
+      Median(copy_thumbs), Median(photo_thumbs));
+  fs::remove_all(work);
+}
+
 int Main(int argc, char** argv) {
   const Options o = ParseOptions(argc, argv);
   VIPS_INIT("upload_road_bench");
   testing::TempDir scratch;
-  const fs::path folder = scratch.path() / "Pictures" / "Photos";
+  const fs::path pictures =
+      o.keep.empty()
+          ? scratch.path() / "Pictures"
+          : fs::path(o.keep) / (o.kind + "-" + std::to_string(o.jpegs) + "-" +
+                                std::to_string(o.pngs));
+  const fs::path folder = pictures / "Photos";
+  const fs::path made_marker = pictures / "complete";
+  const bool made = fs::exists(made_marker);
   fs::create_directories(folder);
   std::vector<std::string> jpegs;
   double jpeg_bytes = 0;
   for (int i = 0; i < o.jpegs; ++i) {
     const fs::path path = folder / ("IMG_" + std::to_string(1000 + i) + ".jpg");
-    if (o.kind == "camera") {
+    if (made) {
+    } else if (o.kind == "camera") {
       if (!testing::WriteCameraPhoto(path.string(), 4000, 3000, i + 1,
                                      /*orientation=*/1,
                                      testing::CameraPreview::kGood)) {
@@ -478,9 +585,11 @@ int Main(int argc, char** argv) {
   // usual compression (about 4 MB, as a photo edited and saved as PNG is);
   // with "noise", fine noise decoded from JPEGs of their own (about 9 MB).
   double png_bytes = 0;
+  std::vector<std::string> pngs;
   for (int i = 0; i < o.pngs; ++i) {
     const fs::path path = folder / ("DRAW_" + std::to_string(i) + ".png");
-    if (o.kind == "camera") {
+    if (made) {
+    } else if (o.kind == "camera") {
       const fs::path source = scratch.path() / "png-source.jpg";
       if (!testing::WriteCameraPhoto(
               source.string(), kCameraPngWidth, kCameraPngHeight, 5000 + i,
@@ -496,10 +605,13 @@ int Main(int argc, char** argv) {
           .pngsave(path.c_str(), vips::VImage::option()->set("compression", 1));
     }
     png_bytes += static_cast<double>(fs::file_size(path));
+    pngs.push_back(path.string());
   }
+  std::ofstream(made_marker) << "";
   std::printf("%d JPEG photos (%s, %.1f MB), %d PNG photos (%.1f MB)\n",
               o.jpegs, o.kind.c_str(), jpeg_bytes / 1e6, o.pngs,
               png_bytes / 1e6);
+  PrintWorkTimes(scratch.path() / "work", jpegs, pngs);
 
   testing::ServiceProcess service(QBPD_SERVICE_PROGRAM,
                                   scratch.path() / "service", {"--seed-demo"});
@@ -511,8 +623,9 @@ int Main(int argc, char** argv) {
   std::vector<double> ratios;
   std::vector<double> engine_ratios;
   for (int round = 1; round <= o.rounds; ++round) {
-    const RoadRun road = RunRoad(
-        scratch.path() / ("home" + std::to_string(round)), folder, service);
+    const RoadRun road =
+        RunRoad(scratch.path() / ("home" + std::to_string(round)), folder,
+                service, o.choose_ms);
     const auto [curl_seconds, curl_ok] = PostWithCurl(
         o, service.base(), road.auth_code, jpegs, scratch.path() / "curl.txt");
     // The road also converts and sends the PNG photos; its throughput is
@@ -536,6 +649,14 @@ int Main(int argc, char** argv) {
         road.bytes_sent / 1e6 / road.engine_seconds, road.longest_wait_ms,
         road.longest_wait_at.c_str(), road.peak_mb, curl_ok, o.jpegs,
         curl_seconds, curl_rate / 1e6, ratio, engine_ratio);
+    std::printf(
+        "  transfer screen: transfers of the copies %.2f s, of the photos "
+        "%.2f s; waits for the work ahead before the copies %.2f s, before "
+        "the photos %.2f s (longest %.1f ms); the rest %.2f s\n",
+        road.copies_transfer_s, road.photos_transfer_s, road.copies_waited_s,
+        road.photos_waited_s, road.longest_photo_wait_ms,
+        road.engine_seconds - road.copies_transfer_s - road.photos_transfer_s -
+            road.copies_waited_s - road.photos_waited_s);
     all_sent = all_sent && road.uploaded == road.selected && curl_ok == o.jpegs;
   }
   std::printf(

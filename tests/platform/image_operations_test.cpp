@@ -469,5 +469,36 @@ TEST_F(ImageOperationsTest, ThumbnailsMadeAheadAreTheOnesMadeInTurn) {
   EXPECT_EQ(Cached(sources.back()), "");
 }
 
+TEST_F(ImageOperationsTest, JpegCopiesConvertedAheadAreTheOnesMadeInTurn) {
+  std::vector<std::string> sources;
+  for (int i = 0; i < 3; ++i) {
+    const fs::path photo = photos() / ("c" + std::to_string(i) + ".png");
+    WritePhoto(photo, 320 + 40 * i, 240);
+    sources.push_back(photo.string());
+  }
+  std::ofstream(photos() / "c3.png") << "not a photo";
+  sources.push_back((photos() / "c3.png").string());
+  const auto plain = MakeVipsImageOperations((temp_ / "cache-plain").string());
+  const auto convert = [this](ImageOperations& images,
+                              const std::string& source) {
+    const fs::path target = thumbs() / "copy.jpg";
+    fs::remove(target);
+    const int made = images.SaveImageAsJPEG(source, target.string());
+    return std::to_string(made) + (fs::exists(target) ? ReadFile(target) : "");
+  };
+
+  images_->PrepareJpegCopies(sources);
+  // A photo changed after the hint goes as it is now.
+  WritePhoto(sources[1], 200, 300);
+  for (const std::string& source : sources) {
+    EXPECT_EQ(convert(*images_, source), convert(*plain, source)) << source;
+  }
+  EXPECT_EQ(convert(*plain, sources.back()), "0");
+  // Forgotten, or never hinted: converted in turn.
+  images_->PrepareJpegCopies(sources);
+  images_->PrepareJpegCopies({});
+  EXPECT_EQ(convert(*images_, sources[2]), convert(*plain, sources[2]));
+}
+
 }  // namespace
 }  // namespace qbpd
