@@ -49,15 +49,13 @@ std::vector<std::string> ListFolderFiles(const std::string& folder) {
 namespace {
 
 // Threads copying at once: while one batch is flushed and read back, the
-// next one is read and written.
+// next one is read and written. Each batch ends with the folder's flush on
+// its thread, so that the window's thread never waits for the disk.
 constexpr std::size_t kThreads = 2;
 // Files written before any of them is flushed (one batch of PlaceAll).
 constexpr std::size_t kBatch = 16;
 // How far the copies may run ahead of the results taken, in files.
 constexpr std::size_t kAhead = 3 * kBatch;
-// Copies placed before their folder is flushed (once for all of them) and,
-// in a move, their sources deleted.
-constexpr std::size_t kFlushBatch = 32;
 
 bool ExistsIn(const std::string& folder, const std::string& name) {
   std::error_code ignored;
@@ -111,34 +109,13 @@ CardCopyReport CopyFilesInto(const std::vector<std::string>& files,
   std::vector<std::string> targets(files.size());
   std::size_t added = 0;
   std::size_t taken = 0;
-  // Copies in place whose folder is not flushed yet: they count, and a moved
-  // file's source goes, only once it is.
-  std::vector<std::pair<std::size_t, TransferResult>> placed;
-  auto flush = [&] {
-    if (placed.empty()) {
-      return;
-    }
-    std::string error;
-    const bool flushed = transfer.FlushFolder(folder, error);
-    for (auto& [index, result] : placed) {
-      if (!flushed) {
-        // The copy is there, but not safely: the source stays.
-        result.status = TransferStatus::kTargetFailed;
-        result.error = error;
-      } else if (move && !transfer.RemoveSource(files[index], result.error)) {
-        result.status = TransferStatus::kSourceKept;
-      }
-      Record(report, result);
-    }
-    placed.clear();
-  };
   while (taken < files.size()) {
-    const std::size_t window = ahead ? kAhead : 1;
+    const std::size_t window = ahead ? kAhead : kBatch;
     // The next batch: files[first, added).
     const std::size_t first = added;
     std::vector<TransferItem> batch;
     while (added < files.size() && added - taken < window &&
-           batch.size() < (ahead ? kBatch : 1)) {
+           batch.size() < kBatch) {
       const std::string& source = files[added];
       const std::string name = fs::path(source).filename().string();
       std::string target = name;
@@ -162,14 +139,15 @@ CardCopyReport CopyFilesInto(const std::vector<std::string>& files,
       item.source = source;
       item.target = folder + "/" + target;
       item.replace = !move;
+      item.from_disk = move;
       batch.push_back(std::move(item));
       ++added;
     }
     if (!batch.empty()) {
       const std::size_t count = batch.size();
-      TransferAhead::Job job = [batch =
-                                    std::move(batch)](FileTransfer& t) mutable {
-        return t.PlaceAll(batch);
+      TransferAhead::Job job = [batch = std::move(batch),
+                                &folder](FileTransfer& t) mutable {
+        return PlaceAllAndFlush(t, batch, folder);
       };
       if (ahead) {
         ahead->Add(std::move(job), count);
@@ -203,20 +181,20 @@ CardCopyReport CopyFilesInto(const std::vector<std::string>& files,
             });
         result = transfer.Place(source, folder + "/" + targets[taken],
                                 /*replace=*/false);
+        if (result.ok() && !transfer.FlushFolder(folder, result.error)) {
+          result.status = TransferStatus::kTargetFailed;
+        }
       }
       if (result.ok() && targets[taken] != fs::path(source).filename()) {
         ++report.renamed;
       }
     }
-    if (result.ok()) {
-      placed.push_back({taken, std::move(result)});
-    } else {
-      Record(report, result);
+    // The copy is verified and its folder flushed: a moved file may go.
+    if (move && result.ok() && !transfer.RemoveSource(source, result.error)) {
+      result.status = TransferStatus::kSourceKept;
     }
+    Record(report, result);
     ++taken;
-    if (placed.size() >= kFlushBatch || taken == files.size()) {
-      flush();
-    }
     if (after_each) {
       after_each();
     }

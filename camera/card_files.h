@@ -30,12 +30,15 @@ struct CardCopyReport {
 // Copies (move false: a file of the same name is replaced, as two card files
 // of one name replace each other) or moves (move true: a taken name gets a
 // free one) every file of `files` into `destination`, under its own name.
-// The folder is flushed once for a batch of copies; they count as done, and
-// moved files leave the card, only after it: a folder that can't be flushed
-// fails them with their sources kept.
+// A moved file's copy is read back from the disk, a copied one's as the
+// system serves it (the card keeps its source). The folder is flushed once
+// for a batch of copies, by whoever placed the batch; they count as done,
+// and moved files leave the card, only after it: a folder that can't be
+// flushed fails them with their sources kept.
 // `after_each` runs after every file, in the list's order (progress,
-// events). With a transfer that works on other threads, two files are
-// copied at once there, and `wait` is how this thread waits for the next
+// events). With a transfer that works on other threads, two batches are
+// copied at once there (one flushed and read back while the next is
+// written), and `wait` is how this thread waits for the next
 // result (the host's WaitForWork, events turning); none waits plainly.
 using WaitForTransfers = std::function<void(const std::function<bool()>&)>;
 CardCopyReport CopyFilesInto(const std::vector<std::string>& files,

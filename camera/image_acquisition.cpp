@@ -179,12 +179,15 @@ ImageAcquisitionResult RunImageAcquisition(const ImageAcquisitionRun& run) {
   // number; a saved photo may then be deleted from the camera.
   auto take = [&](const std::string& content_if_here) {
     const CameraFile& file = files[taken];
+    // A save on a thread flushed the folder itself; one here is flushed below.
+    bool flushed = ahead != nullptr;
     TransferResult saved =
         ahead ? *ahead->TakeNext()
               : run.transfer->Store(
                     content_if_here,
                     destination + "/" + PictureName(base, number++, file.name));
     while (saved.status == TransferStatus::kTargetExists) {
+      flushed = false;
       if (ahead) {
         // The content went with the job; the file is fetched again.
         std::string again;
@@ -210,9 +213,15 @@ ImageAcquisitionResult RunImageAcquisition(const ImageAcquisitionRun& run) {
       return;
     }
     ++result.copied;
-    unflushed.push_back(taken - 1);
-    if (unflushed.size() >= kFlushBatch) {
-      flush();
+    std::string ignored;
+    if (!flushed) {
+      unflushed.push_back(taken - 1);
+      if (unflushed.size() >= kFlushBatch) {
+        flush();
+      }
+    } else if (run.delete_from_camera && camera->Delete(file, ignored)) {
+      // A photo the camera keeps is no loss; the copy is on disk.
+      ++result.deleted;
     }
     if (run.progress) {
       run.progress(static_cast<int>(taken), static_cast<int>(files.size()));
@@ -232,8 +241,12 @@ ImageAcquisitionResult RunImageAcquisition(const ImageAcquisitionRun& run) {
     ahead_bytes += batch_bytes;
     batch_bytes = 0;
     ahead->Add(
-        [&pool, items = std::move(batch)](FileTransfer& t) mutable {
-          std::vector<TransferResult> saved = t.PlaceAll(items);
+        [&pool, &destination,
+         items = std::move(batch)](FileTransfer& t) mutable {
+          // The folder is flushed here, once for the batch; a photo counts
+          // as saved, and may leave the camera, only after it.
+          std::vector<TransferResult> saved =
+              PlaceAllAndFlush(t, items, destination);
           for (TransferItem& item : items) {
             pool.Give(std::move(item.content));
           }
@@ -269,6 +282,9 @@ ImageAcquisitionResult RunImageAcquisition(const ImageAcquisitionRun& run) {
     TransferItem item;
     item.content = std::move(content);
     item.target = std::move(target);
+    // The camera keeps its photos unless asked to delete them: then each
+    // copy is read back from the disk, otherwise as the system serves it.
+    item.from_disk = run.delete_from_camera;
     batch.push_back(std::move(item));
     if (batch.size() == kBatch || batch_bytes >= kBatchBytes) {
       submit();

@@ -88,6 +88,7 @@ struct Written {
   // hand (a camera's file), otherwise the source's content hash.
   const std::string* content = nullptr;
   std::uint64_t hash = 0;
+  bool from_disk = true;
 };
 
 // Reads `fd` from its start to its end, handing each piece to `take`. False
@@ -132,11 +133,15 @@ bool ReadAndCompare(const Written& file, unsigned char* buffer, bool& equal) {
   return read;
 }
 
-// Reads back what the disk holds, not what the cache kept of the writes: the
+// Reads back what the disk holds, not what the cache kept of the writes (the
+// cache only when the file's source stays): the
 // descriptor is switched to direct reads; a file system that refuses them
 // gets its cached pages of the file dropped (they are clean after the flush)
 // and is read as usual. False when it can't be read.
 bool ReadBack(const Written& file, unsigned char* buffer, bool& equal) {
+  if (!file.from_disk) {
+    return ReadAndCompare(file, buffer, equal);
+  }
   const int fd = file.fd->get();
   const int flags = ::fcntl(fd, F_GETFL);
   if (flags >= 0 && ::fcntl(fd, F_SETFL, flags | O_DIRECT) == 0) {
@@ -195,6 +200,7 @@ class VerifiedFileTransfer final : public FileTransfer {
       } else {
         WriteCopy(item.source, item.target, written[i], results[i]);
       }
+      written[i].from_disk = item.from_disk;
     }
     for (std::size_t i = 0; i < items.size(); ++i) {
       if (written[i].fd && ::fsync(written[i].fd->get()) != 0) {
@@ -492,6 +498,24 @@ std::vector<TransferResult> FileTransfer::PlaceAll(
     results.push_back(item.source.empty()
                           ? Store(item.content, item.target)
                           : Place(item.source, item.target, item.replace));
+  }
+  return results;
+}
+
+std::vector<TransferResult> PlaceAllAndFlush(FileTransfer& transfer,
+                                             std::vector<TransferItem>& items,
+                                             const std::string& folder) {
+  std::vector<TransferResult> results = transfer.PlaceAll(items);
+  const bool any = std::any_of(results.begin(), results.end(),
+                               [](const TransferResult& r) { return r.ok(); });
+  std::string error;
+  if (any && !transfer.FlushFolder(folder, error)) {
+    for (TransferResult& result : results) {
+      if (result.ok()) {
+        result.status = TransferStatus::kTargetFailed;
+        result.error = error;
+      }
+    }
   }
   return results;
 }

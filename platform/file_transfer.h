@@ -46,11 +46,17 @@ struct TransferItem {
   std::string content;
   std::string target;
   bool replace = false;
+  // The copy is read back from the disk, bypassing the cache: its source is
+  // to be deleted once it is there. A copy whose source stays is read back
+  // as the system serves it (the cache) and compared the same way; it is
+  // flushed before it is named all the same.
+  bool from_disk = true;
 };
 
 // Copies and moves photo files so that nothing is lost: the copy is written
 // to a temporary file in the target's folder, flushed to the disk and read
-// back from the disk (not from the cache), and only when it is whole and
+// back (from the disk, not the cache, unless the item says its source stays;
+// see TransferItem::from_disk), and only when it is whole and
 // equal to the source (size and content hash; a file fetched from a camera,
 // which is in memory, byte for byte) does it take its name. A move
 // deletes its source only after that and after the target's folder, which
@@ -102,6 +108,13 @@ class FileTransfer {
   // own), or none when this one works only on the caller's thread.
   virtual std::unique_ptr<FileTransfer> Another() { return nullptr; }
 };
+
+// PlaceAll, then `folder` (where the items go) flushed once for all of them:
+// when it can't be, no copy of the batch counts (kTargetFailed, the flush's
+// error), so no source of the batch may be deleted.
+std::vector<TransferResult> PlaceAllAndFlush(FileTransfer& transfer,
+                                             std::vector<TransferItem>& items,
+                                             const std::string& folder);
 
 // The folder part of a path ("." for a bare name).
 std::string TransferFolderOf(const std::string& path);

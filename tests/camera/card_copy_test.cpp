@@ -121,11 +121,10 @@ TEST(CardCopyAheadTest, FailuresOnTheThreadsAreCountedInTheListsOrder) {
   EXPECT_TRUE(fs::exists(dir / "card/DCIM/100TEST/IMG_0004.JPG"));
   EXPECT_TRUE(fs::exists(dir / "card/DCIM/100TEST/IMG_0009.JPG"));
   EXPECT_FALSE(fs::exists(dir / "card/DCIM/100TEST/IMG_0005.JPG"));
-  // No copy ran on the caller's own transfer: the threads did them; the
-  // caller flushed the folder and then removed the sources.
+  // No copy and no flush ran on the caller's own transfer (the window's
+  // thread): the threads did them; the caller only removed the sources.
   for (const std::string& call : transfer.calls) {
-    EXPECT_TRUE(call.rfind("flush ", 0) == 0 || call.rfind("remove ", 0) == 0)
-        << call;
+    EXPECT_EQ(call.rfind("remove ", 0), 0u) << call;
   }
 }
 
@@ -144,7 +143,7 @@ TEST(CardCopyAheadTest, SourcesGoOnlyAfterTheirFolderIsFlushed) {
         CountingWait());
     EXPECT_EQ(report.done, 13);
     std::vector<std::string> steps;
-    for (const std::string& call : transfer.calls) {
+    for (const std::string& call : transfer.log) {
       if (call.rfind("flush ", 0) == 0 || call.rfind("remove ", 0) == 0) {
         steps.push_back(call.substr(0, call.find(' ')));
       }
@@ -156,26 +155,54 @@ TEST(CardCopyAheadTest, SourcesGoOnlyAfterTheirFolderIsFlushed) {
   }
 }
 
-TEST(CardCopyAheadTest, AFolderThatCantBeFlushedKeepsEverySource) {
-  for (bool threads : {false, true}) {
-    SCOPED_TRACE(threads ? "on threads" : "one at a time");
+// A folder that can't be flushed keeps every source of the batches it
+// held; the batch after one whose flush failed goes on (on threads it was
+// being written meanwhile) and its moves are done.
+TEST(CardCopyAheadTest, AFolderThatCantBeFlushedKeepsEverySourceOfItsBatch) {
+  struct Case {
+    bool threads;
+    // Empty: every flush fails; otherwise the batch holding this file.
+    const char* failing_batch_of;
+    int done;
+  };
+  // 21 files: the first batch is IMG_0001 to IMG_0016 of 100TEST, the
+  // second the other four and 101TEST's IMG_0001.
+  for (const Case& c :
+       {Case{false, "", 0}, Case{true, "", 0}, Case{false, "IMG_0004.JPG", 5},
+        Case{true, "IMG_0004.JPG", 5}}) {
+    SCOPED_TRACE(std::string(c.threads ? "on threads, " : "one at a time, ") +
+                 c.failing_batch_of);
     TempDir dir;
-    const std::vector<std::string> files = MakeCard(dir, 6);
+    const std::vector<std::string> files = MakeCard(dir, 20);
     fs::create_directories(dir / "out");
     FakeFileTransfer transfer;
-    transfer.on_threads = threads;
-    transfer.fail_flush = true;
+    transfer.on_threads = c.threads;
+    if (*c.failing_batch_of == '\0') {
+      transfer.fail_flush = true;
+    } else {
+      transfer.fail_flush_after.insert(c.failing_batch_of);
+    }
     const CardCopyReport report = CopyFilesInto(
         files, (dir / "out").string(), /*move=*/true, transfer, [] {},
         CountingWait());
-    EXPECT_EQ(report.done, 0);
-    EXPECT_EQ(report.failed, 7);
+    EXPECT_EQ(report.done, c.done);
+    EXPECT_EQ(report.failed, 21 - c.done);
     ASSERT_FALSE(report.errors.empty());
     EXPECT_EQ(report.errors[0],
               "injected failure to flush " + (dir / "out").string());
-    EXPECT_EQ(ListFolderFiles((dir / "card").string()).size(), 7u);
-    for (const std::string& call : transfer.calls) {
-      EXPECT_NE(call.rfind("remove ", 0), 0u) << call;
+    // Every source of a failed batch is on the card, and only those.
+    const std::size_t left = ListFolderFiles((dir / "card").string()).size();
+    EXPECT_EQ(left, static_cast<std::size_t>(21 - c.done));
+    for (int i = 1; i <= 16; ++i) {
+      char name[32];
+      std::snprintf(name, sizeof name, "IMG_%04d.JPG", i);
+      EXPECT_TRUE(fs::exists(dir / "card/DCIM/100TEST" / name)) << name;
+    }
+    for (const std::string& call : transfer.log) {
+      const std::size_t at = call.find("100TEST/IMG_");
+      if (call.rfind("remove ", 0) == 0 && at != std::string::npos) {
+        EXPECT_GT(std::stoi(call.substr(at + 12)), 16) << call;
+      }
     }
   }
 }

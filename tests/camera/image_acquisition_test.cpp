@@ -109,27 +109,53 @@ TEST_P(ImageAcquisitionTest, DeletesOnlyWhenAskedAndOnlyVerifiedCopies) {
   EXPECT_EQ(ReadFile(Answer()), "400 \n");
 }
 
-TEST_P(ImageAcquisitionTest, AFolderThatCantBeFlushedKeepsEveryPhotoOnCamera) {
-  delete_ = true;
-  transfer_.fail_flush = true;
-  const ImageAcquisitionResult r = Run("Cam*" + Out() + "*Picture");
-  EXPECT_EQ(r.code, "400");
-  EXPECT_EQ(r.error, "injected failure to flush " + Out());
-  EXPECT_TRUE(camera_.deleted->empty());
-  EXPECT_EQ(ReadFile(Answer()), "400 \n");
+// 20 photos: on threads they are saved in batches of 16, each flushed on
+// its own; one at a time, the folder is flushed once for all 20.
+TEST_P(ImageAcquisitionTest, AFolderThatCantBeFlushedKeepsItsPhotosOnCamera) {
+  struct Case {
+    // Empty: every flush fails; otherwise the flush after this photo's save.
+    const char* failing_after;
+    std::size_t deleted_ahead;
+    std::size_t deleted_one_at_a_time;
+  };
+  for (int i = 6; i <= 20; ++i) {
+    camera_.photos.push_back(
+        {{"/DCIM/100TEST", "IMG_" + std::to_string(i) + ".JPG"},
+         "photo " + std::to_string(i)});
+  }
+  for (const Case& c : {Case{"", 0, 0}, Case{"Picture 2.JPG", 0, 0},
+                        Case{"Picture 18.JPG", 16, 0}}) {
+    SCOPED_TRACE(c.failing_after);
+    transfer_.fail_flush = *c.failing_after == '\0';
+    transfer_.fail_flush_after = {c.failing_after};
+    delete_ = true;
+    // A folder of its own for each case, so that the names start at 1.
+    const std::string out = Out() + "/" + std::to_string(c.deleted_ahead) +
+                            (*c.failing_after == '\0' ? "all" : "one");
+    const ImageAcquisitionResult r = Run("Cam*" + out + "*Picture");
+    EXPECT_EQ(r.code, "400");
+    EXPECT_EQ(r.error, "injected failure to flush " + out);
+    // Only photos of batches flushed before left the camera.
+    EXPECT_EQ(camera_.deleted->size(),
+              GetParam() ? c.deleted_ahead : c.deleted_one_at_a_time);
+    for (const std::string& gone : *camera_.deleted) {
+      EXPECT_LT(std::stoi(gone.substr(gone.rfind('_') + 1)), 17) << gone;
+    }
+    EXPECT_EQ(ReadFile(Answer()), "400 \n");
+  }
 }
 
 TEST_P(ImageAcquisitionTest, PhotosLeaveTheCameraOnlyAfterTheFolderFlush) {
   delete_ = true;
   // The camera's deletions are recorded among the transfer's calls.
   camera_.on_delete = [this](const std::string& name) {
-    transfer_.calls.push_back("delete " + name);
+    transfer_.Note("delete " + name);
   };
   const ImageAcquisitionResult r = Run("Cam*" + Out() + "*Picture");
   EXPECT_EQ(r.code, "300");
   EXPECT_EQ(r.deleted, 5);
   std::vector<std::string> steps;
-  for (const std::string& call : transfer_.calls) {
+  for (const std::string& call : transfer_.log) {
     if (call.rfind("flush ", 0) == 0 || call.rfind("delete ", 0) == 0) {
       steps.push_back(call.substr(0, call.find(' ')));
     }

@@ -7,6 +7,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <set>
 #include <string>
 #include <vector>
@@ -58,21 +59,24 @@ class FakeCameraDevices final : public CameraDevices {
 
 // The real verified transfer, with steps that fail on purpose: a file whose
 // name is in `fail` gets that status when placed or stored (and nothing is
-// made), a folder flush fails while `fail_flush` is set, a source whose name
-// is in `keep` can't be removed; every call is recorded.
+// made), a folder flush fails while `fail_flush` is set, or when this
+// transfer placed a file named in `fail_flush_after` since its last flush; a
+// source whose name is in `keep` can't be removed. Every call is recorded in
+// `calls` of the transfer that took it, and in order in `log` of the first
+// one (the transfers of other threads too; Note adds other steps there).
 class FakeFileTransfer final : public FileTransfer {
  public:
   FakeFileTransfer() : real_(MakeVerifiedFileTransfer()) {}
   TransferResult Place(const std::string& source,
                        const std::string& target,
                        bool replace) override {
-    calls.push_back("place " + source + " -> " + target);
+    Note("place " + source + " -> " + target);
     return Faulted(source,
                    [&] { return real_->Place(source, target, replace); });
   }
   TransferResult Store(const std::string& content,
                        const std::string& target) override {
-    calls.push_back("store " + target);
+    Note("store " + target);
     return Faulted(target, [&] { return real_->Store(content, target); });
   }
   // The items whose names are in `fail` get their injected failure; the
@@ -86,9 +90,9 @@ class FakeFileTransfer final : public FileTransfer {
     for (std::size_t i = 0; i < items.size(); ++i) {
       const std::string& key =
           items[i].source.empty() ? items[i].target : items[i].source;
-      calls.push_back(items[i].source.empty() ? "store " + items[i].target
-                                              : "place " + items[i].source +
-                                                    " -> " + items[i].target);
+      Note(items[i].source.empty()
+               ? "store " + items[i].target
+               : "place " + items[i].source + " -> " + items[i].target);
       bool passes = false;
       results[i] = Faulted(key, [&] {
         passes = true;
@@ -106,15 +110,17 @@ class FakeFileTransfer final : public FileTransfer {
     return results;
   }
   bool FlushFolder(const std::string& folder, std::string& error) override {
-    calls.push_back("flush " + folder);
-    if (fail_flush) {
+    Note("flush " + folder);
+    const bool fails = fail_flush || flush_fails_;
+    flush_fails_ = false;
+    if (fails) {
       error = "injected failure to flush " + folder;
       return false;
     }
     return real_->FlushFolder(folder, error);
   }
   bool RemoveSource(const std::string& source, std::string& error) override {
-    calls.push_back("remove " + source);
+    Note("remove " + source);
     if (keep.count(NameOf(source)) > 0) {
       error = "injected failure to delete " + NameOf(source);
       return false;
@@ -131,18 +137,30 @@ class FakeFileTransfer final : public FileTransfer {
     auto other = std::make_unique<FakeFileTransfer>();
     other->fail = fail;
     other->fail_flush = fail_flush;
+    other->fail_flush_after = fail_flush_after;
     other->keep = keep;
+    other->first_ = first_ != nullptr ? first_ : this;
     return other;
+  }
+
+  // Records a step in `calls` and in the first transfer's `log`.
+  void Note(const std::string& call) {
+    calls.push_back(call);
+    FakeFileTransfer& first = first_ != nullptr ? *first_ : *this;
+    std::lock_guard<std::mutex> lock(first.log_mutex_);
+    first.log.push_back(call);
   }
 
   // File name (not path) to the status its transfer fails with.
   std::map<std::string, TransferStatus> fail;
   bool fail_flush = false;
+  std::set<std::string> fail_flush_after;
   // Batches placed through PlaceAll.
   int batches = 0;
   std::set<std::string> keep;
   bool on_threads = false;
   std::vector<std::string> calls;
+  std::vector<std::string> log;
 
  private:
   static std::string NameOf(const std::string& path) {
@@ -152,6 +170,7 @@ class FakeFileTransfer final : public FileTransfer {
 
   TransferResult Faulted(const std::string& path,
                          const std::function<TransferResult()>& real) {
+    flush_fails_ = flush_fails_ || fail_flush_after.count(NameOf(path)) > 0;
     auto it = fail.find(NameOf(path));
     if (it == fail.end()) {
       return real();
@@ -163,6 +182,9 @@ class FakeFileTransfer final : public FileTransfer {
   }
 
   std::unique_ptr<FileTransfer> real_;
+  FakeFileTransfer* first_ = nullptr;
+  std::mutex log_mutex_;
+  bool flush_fails_ = false;
 };
 
 }  // namespace qbpd::testing
