@@ -5,6 +5,7 @@
 // after the other in each of several rounds. A last run cancels in the
 // middle of a large photo sent over a throttled line. See README.md.
 #include "app/program/program.h"
+#include "bench/upload_road/road_timing.h"
 #include "browser/frm_main_window.h"
 #include "core/application.h"
 #include "core/settings.h"
@@ -48,7 +49,6 @@ namespace qbpd {
 namespace {
 
 namespace fs = std::filesystem;
-using Clock = std::chrono::steady_clock;
 
 constexpr char kDemoEmail[] = "demo@quillbay.test";
 // The camera-like PNG photos' size: about 4 MB at the usual compression.
@@ -106,138 +106,6 @@ Options ParseOptions(int argc, char** argv) {
     }
   }
   return o;
-}
-
-double Since(Clock::time_point start) {
-  return std::chrono::duration<double>(Clock::now() - start).count();
-}
-
-// The scripted host, with the window's events timed on the real clock: every
-// pump (DoEvents, Sleep) and every idle step is a moment when a waiting event
-// would run, and the longest gap between two of them is the longest wait an
-// event could have had. Work on another core is waited for as the desktop
-// waits for it, pumping, not as scripts do.
-class TimedHost final : public ScriptedHost {
- public:
-  void DoEvents() override {
-    Mark();
-    ScriptedHost::DoEvents();
-  }
-  void Sleep(int ms) override {
-    Mark();
-    ScriptedHost::Sleep(ms);
-  }
-  void WaitForWork(const std::function<bool()>& done) override {
-    const auto start = Clock::now();
-    Host::WaitForWork(done);
-    waited_ += Clock::now() - start;
-  }
-  // The time spent waiting for work on the other core since the last call.
-  double TakeWaited() {
-    const double seconds = std::chrono::duration<double>(waited_).count();
-    waited_ = {};
-    return seconds;
-  }
-  void Mark() {
-    const auto now = Clock::now();
-    if (measuring_ && now - last_ > longest_) {
-      longest_ = now - last_;
-      longest_at_ = describe_ ? describe_() : "";
-    }
-    last_ = now;
-  }
-  // Says, when a gap is the longest so far, where the run is at its end.
-  void DescribeMoments(std::function<std::string()> describe) {
-    describe_ = std::move(describe);
-  }
-  const std::string& LongestAt() const { return longest_at_; }
-  void Measure(bool on) {
-    Mark();
-    measuring_ = on;
-    if (on) {
-      longest_ = {};
-    }
-  }
-  // Leaves out the time between a pause and its end (the user's own).
-  void Pause(bool paused) {
-    Mark();
-    measuring_ = !paused;
-  }
-  double LongestMs() const {
-    return std::chrono::duration<double, std::milli>(longest_).count();
-  }
-
- private:
-  bool measuring_ = false;
-  Clock::time_point last_ = Clock::now();
-  Clock::duration longest_{};
-  Clock::duration waited_{};
-  std::function<std::string()> describe_;
-  std::string longest_at_;
-};
-
-// When the photo transfers of the run started and ended.
-struct TransferLog {
-  std::string file;  // the photo in transfer, "" between transfers
-  Clock::time_point started;
-  Clock::time_point ended;
-  double bytes_sent = 0;  // the files whose transfer was answered
-  // Every transfer: the file, how long the engine waited for the work on
-  // the other core before it, how long it took.
-  struct Transfer {
-    std::string file;
-    double waited_s = 0;
-    double seconds = 0;
-  };
-  std::vector<Transfer> transfers;
-  TimedHost* host = nullptr;  // whose waits count
-};
-
-// The libcurl transport, optionally throttled, noting its file transfers.
-class LoggedTransport final : public HttpTransport {
- public:
-  LoggedTransport(HttpTransportOptions options, TransferLog& log)
-      : inner_(MakeCurlTransport(options)), log_(log) {}
-  HttpResponse Perform(const HttpRequest& request, const Pump& pump) override {
-    if (request.file) {
-      log_.file = request.file->path;
-      log_.started = Clock::now();
-    }
-    HttpResponse response = inner_->Perform(request, pump);
-    if (request.file) {
-      log_.ended = Clock::now();
-      log_.transfers.push_back(
-          {request.file->path, log_.host ? log_.host->TakeWaited() : 0,
-           std::chrono::duration<double>(log_.ended - log_.started).count()});
-      if (response.failure == HttpFailure::kNone) {
-        std::error_code error;
-        const auto size = fs::file_size(request.file->path, error);
-        log_.bytes_sent += error ? 0 : static_cast<double>(size);
-      }
-      log_.file.clear();
-    }
-    return response;
-  }
-  void Cancel() override { inner_->Cancel(); }
-
- private:
-  std::unique_ptr<HttpTransport> inner_;
-  TransferLog& log_;
-};
-
-// The peak of the bench's resident memory since the last reset, in MB.
-void ResetPeakMemory() {
-  std::ofstream("/proc/self/clear_refs") << "5";
-}
-double PeakMemoryMb() {
-  std::ifstream in("/proc/self/status");
-  std::string line;
-  while (std::getline(in, line)) {
-    if (line.rfind("VmHWM:", 0) == 0) {
-      return std::atof(line.c_str() + 6) / 1024.0;
-    }
-  }
-  return 0;
 }
 
 // Seconds of one curl process posting every file in the field "File", one
