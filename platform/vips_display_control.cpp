@@ -272,7 +272,7 @@ const vips::VImage* VipsDisplayControl::CachedShown(int width, int height) {
       std::int64_t{photo.decoded->width()} * photo.decoded->height()) {
     return nullptr;
   }
-  photo.shown = Shown(width, height, /*with_colour=*/false).copy_memory();
+  photo.shown = RgbInMemory(Shown(width, height, /*with_colour=*/false));
   photo.shown_scale = scale_;
   photo.shown_rotation = rotation_;
   photo.shown_version = edits_.Version();
