@@ -3,7 +3,7 @@
 // line.
 #include "browser/frm_main_window.h"
 #include "core/quil_mod.h"
-#include "platform/atomic_file.h"
+#include "platform/folder_listing.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -250,27 +250,26 @@ void frmMainWindow::LoadImagesOnFolderClick(std::string& folder, bool& result) {
   }
   picImagelistInnerCont.SetTop(cmdImageListHead.Height());
 
-  // What a write killed half-way left here goes before the folder is read.
-  RemoveStaleTemporaryFiles(folder);
-  // The folder's files, in the order the file system gives them.
-  // Each with its sort key, made once: by name, as people expect to browse
-  // a folder, regardless of case (names that differ only in case by the
-  // name itself).
+  // The folder's plain files, read once; what a write killed half-way left
+  // here goes as it is met. Each with its sort key, made once: by name, as
+  // people expect to browse a folder, regardless of case (names that differ
+  // only in case by the name itself). Every path starts with the same
+  // folder, so the names alone give the order the whole paths would.
   std::vector<std::pair<std::string, std::string>> keyed;
-  std::error_code error;
-  for (fs::directory_iterator it(folder, error), end; !error && it != end;
-       it.increment(error)) {
-    std::error_code type_error;
-    if (it->is_regular_file(type_error)) {
-      std::string path = it->path().string();
-      keyed.emplace_back(UpperCase(path), std::move(path));
+  {
+    std::vector<std::string> names = ListPlainFiles(folder);
+    keyed.reserve(names.size());
+    for (std::string& name : names) {
+      keyed.emplace_back(UpperCase(name), std::move(name));
     }
   }
   std::sort(keyed.begin(), keyed.end());
+  const std::string prefix =
+      folder.empty() || folder.back() == '/' ? folder : folder + '/';
   std::vector<std::string> files;
   files.reserve(keyed.size());
-  for (auto& [key, path] : keyed) {
-    files.push_back(std::move(path));
+  for (const auto& [key, name] : keyed) {
+    files.push_back(prefix + name);
   }
   miFileCount = static_cast<int>(files.size());
   auto finish_empty = [&] {
@@ -296,7 +295,7 @@ void frmMainWindow::LoadImagesOnFolderClick(std::string& folder, bool& result) {
       break;
     }
     if ((commanded.empty() || commanded != UpperCase(path)) &&
-        IsPhotoExtension(UpperExtension(path))) {
+        HasPhotoExtension(path)) {
       first_photos.push_back(path);
     }
   }
@@ -317,7 +316,7 @@ void frmMainWindow::LoadImagesOnFolderClick(std::string& folder, bool& result) {
     if (!commanded.empty() && commanded == UpperCase(path)) {
       continue;
     }
-    if (!IsPhotoExtension(UpperExtension(path))) {
+    if (!HasPhotoExtension(path)) {
       continue;
     }
     if (past_ten) {

@@ -402,8 +402,9 @@ class frmMainWindow : public Form {
   std::string RecentFolderEntry(std::string folder) const;
   // Takes `entry` out of the recent list, if it is there.
   void ForgetRecentFolder(const std::string& entry);
-  // Sets lstFiles to the photos of `folder`; their count.
-  int ListPhotoFiles(const std::string& folder);
+  // Whether `folder` holds a file that lstFiles' pattern lists: a photo of
+  // the types it names. The recent folders ask no more of it.
+  bool FolderHoldsPhotos(const std::string& folder);
 
   // Photo file operations and the name strip (file_operations.cpp,
   // name_strip.cpp).

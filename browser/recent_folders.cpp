@@ -2,6 +2,7 @@
 // menu, and the start folder of the next run.
 #include "browser/frm_main_window.h"
 #include "core/quil_mod.h"
+#include "platform/folder_listing.h"
 
 #include <filesystem>
 
@@ -25,7 +26,7 @@ bool IsFolder(const std::string& path) {
 }
 
 // The file list's pattern: the photo types, but not ".tif".
-bool MatchesFileList(const std::string& path) {
+bool MatchesFileList(std::string_view path) {
   std::string ext = UpperExtension(path);
   for (std::string_view type : {"JPG", "JPEG", "JPE", "BMP", "PNG", "TIFF"}) {
     if (ext == type) {
@@ -37,18 +38,8 @@ bool MatchesFileList(const std::string& path) {
 
 }  // namespace
 
-int frmMainWindow::ListPhotoFiles(const std::string& folder) {
-  lstFiles.Clear();
-  std::error_code error;
-  for (fs::directory_iterator it(folder, error), end; !error && it != end;
-       it.increment(error)) {
-    std::error_code type_error;
-    if (it->is_regular_file(type_error) &&
-        MatchesFileList(it->path().string())) {
-      lstFiles.AddItem(it->path().filename().string());
-    }
-  }
-  return lstFiles.ListCount();
+bool frmMainWindow::FolderHoldsPhotos(const std::string& folder) {
+  return HoldsPlainFile(folder, MatchesFileList);
 }
 
 void frmMainWindow::LoadRecentFolders() {
@@ -58,7 +49,7 @@ void frmMainWindow::LoadRecentFolders() {
   for (int n = 1; n <= s_.giNoOfRecentFolders; ++n) {
     std::string folder = WithoutSeparator(DropTrailingNul(
         app_.settings().Read(key, "RecentFolder" + std::to_string(n))));
-    if (IsFolder(folder) && ListPhotoFiles(folder) > 0 &&
+    if (IsFolder(folder) && FolderHoldsPhotos(folder) &&
         !mcolRecentFolders.Exists(folder)) {
       mcolRecentFolders.Add(folder, folder);
     }
@@ -97,7 +88,7 @@ void frmMainWindow::WriteRecentFolder(std::string folder) {
     } else {
       mcolRecentFolders.Add(folder, folder, /*before=*/1);
     }
-    if (ListPhotoFiles(folder) == 0) {
+    if (!FolderHoldsPhotos(folder)) {
       mcolRecentFolders.Remove(folder);
     }
   }

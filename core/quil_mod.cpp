@@ -157,6 +157,27 @@ bool IsPhotoExtension(std::string_view ext) {
   return false;
 }
 
+bool HasPhotoExtension(std::string_view path) {
+  const size_t slash = path.rfind('/');
+  const std::string_view name =
+      slash == std::string_view::npos ? path : path.substr(slash + 1);
+  const size_t dot = name.rfind('.');
+  if (dot == std::string_view::npos) {
+    return false;
+  }
+  const std::string_view extension = name.substr(dot + 1);
+  // The longest of the types has four letters.
+  char upper[4];
+  if (extension.size() > sizeof upper) {
+    return false;
+  }
+  for (size_t i = 0; i < extension.size(); ++i) {
+    upper[i] = static_cast<char>(
+        std::toupper(static_cast<unsigned char>(extension[i])));
+  }
+  return IsPhotoExtension(std::string_view(upper, extension.size()));
+}
+
 std::string AppPath(const Application& app) {
   return app.places().data;
 }

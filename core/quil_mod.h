@@ -49,6 +49,9 @@ std::string UpperCase(std::string_view text);
 std::string UpperExtension(std::string_view path);
 // Whether the upper-cased extension is one of the program's photo types.
 bool IsPhotoExtension(std::string_view upper_extension);
+// Whether a path's extension, in any case, is one of the program's photo
+// types: IsPhotoExtension(UpperExtension(path)) without making a string.
+bool HasPhotoExtension(std::string_view path);
 // The file name part of a path (after the last "/").
 std::string FileNamePart(std::string_view path);
 // The thumbnail file in `folder` of a photo shown among photos of several

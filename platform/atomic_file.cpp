@@ -43,11 +43,34 @@ int MakeLockedTemporary(const std::string& folder,
 
 }  // namespace
 
-bool IsTemporaryFileName(const std::string& name) {
+bool IsTemporaryFileName(std::string_view name) {
   const std::size_t mark = std::strlen(kTemporaryMark);
   return name.size() > 1 + mark + kRandomPart && name[0] == '.' &&
          name.compare(name.size() - kRandomPart - mark, mark, kTemporaryMark) ==
              0;
+}
+
+bool RemoveIfStaleTemporaryFile(int dir, const char* name) {
+  if (!IsTemporaryFileName(name)) {
+    return false;
+  }
+  const int fd =
+      ::openat(dir, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+  if (fd < 0) {
+    return false;
+  }
+  struct stat info {};
+  struct stat named {};
+  // Only a plain file that no writer holds, and still the one of that name,
+  // goes; it is removed while the lock keeps writers off.
+  const bool removed = ::fstat(fd, &info) == 0 && S_ISREG(info.st_mode) &&
+                       ::flock(fd, LOCK_EX | LOCK_NB) == 0 &&
+                       ::fstatat(dir, name, &named, AT_SYMLINK_NOFOLLOW) == 0 &&
+                       named.st_ino == info.st_ino &&
+                       named.st_dev == info.st_dev &&
+                       ::unlinkat(dir, name, 0) == 0;
+  ::close(fd);
+  return removed;
 }
 
 int RemoveStaleTemporaryFiles(const std::string& folder) {
@@ -63,27 +86,9 @@ int RemoveStaleTemporaryFiles(const std::string& folder) {
   }
   int removed = 0;
   while (const dirent* entry = ::readdir(listing)) {
-    const std::string name = entry->d_name;
-    if (!IsTemporaryFileName(name)) {
-      continue;
-    }
-    const int fd = ::openat(dir, name.c_str(),
-                            O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-    if (fd < 0) {
-      continue;
-    }
-    struct stat info {};
-    struct stat named {};
-    // Only a plain file that no writer holds, and still the one of that
-    // name, goes; it is removed while the lock keeps writers off.
-    if (::fstat(fd, &info) == 0 && S_ISREG(info.st_mode) &&
-        ::flock(fd, LOCK_EX | LOCK_NB) == 0 &&
-        ::fstatat(dir, name.c_str(), &named, AT_SYMLINK_NOFOLLOW) == 0 &&
-        named.st_ino == info.st_ino && named.st_dev == info.st_dev &&
-        ::unlinkat(dir, name.c_str(), 0) == 0) {
+    if (RemoveIfStaleTemporaryFile(dir, entry->d_name)) {
       ++removed;
     }
-    ::close(fd);
   }
   ::closedir(listing);
   return removed;

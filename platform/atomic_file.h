@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <sys/types.h>
 
 namespace qbpd {
@@ -59,9 +60,13 @@ bool WriteFileAtomically(const std::string& target,
 // folders are left alone. Returns how many were removed.
 int RemoveStaleTemporaryFiles(const std::string& folder);
 
+// Removes the one entry `name` of the open folder `dir` when it is such a
+// stale temporary file; true when it went.
+bool RemoveIfStaleTemporaryFile(int dir, const char* name);
+
 // True when `name` (a file name without folder) has the naming of
 // WriteFileAtomically's temporary files.
-bool IsTemporaryFileName(const std::string& name);
+bool IsTemporaryFileName(std::string_view name);
 
 // Writes all `size` bytes to `fd`, going on after an interrupted write.
 bool WriteAll(int fd, const void* data, std::size_t size);

@@ -93,10 +93,23 @@ int BoxShrink(const PhotoHeader& header, Needed needed, int most) {
   return shrink;
 }
 
-// The pixels of a decoding that libvips did not allocate: freed with the
+// The pixels of a picture that libvips did not allocate: freed with the
 // image that wraps them.
-void FreeTracked(VipsImage*, gpointer pixels) {
-  vips_tracked_free(pixels);
+void FreePixels(VipsImage*, gpointer pixels) {
+  g_free(pixels);
+}
+
+// `size` bytes of `width` x `height` RGB at `pixels` as an image that owns
+// them; the pixels are freed (and an exception thrown) when that fails.
+vips::VImage WrapPixels(void* pixels, std::size_t size, int width, int height) {
+  VipsImage* image = vips_image_new_from_memory(pixels, size, width, height,
+                                                /*bands=*/3, VIPS_FORMAT_UCHAR);
+  if (image == nullptr) {
+    g_free(pixels);
+    throw vips::VError("cannot wrap the decoded photo");
+  }
+  g_signal_connect(image, "postclose", G_CALLBACK(FreePixels), pixels);
+  return vips::VImage(image);
 }
 
 }  // namespace
@@ -335,27 +348,30 @@ std::optional<vips::VImage> TurboDecode(const std::string& path,
   }
   const std::size_t size =
       static_cast<std::size_t>(target.width) * target.height * 3;
-  auto* pixels = static_cast<unsigned char*>(vips_tracked_malloc(size));
+  // Not zero-filled: the decoding writes every byte before it is used, and
+  // a failed one is thrown away.
+  auto* pixels = static_cast<unsigned char*>(g_try_malloc(size));
   if (pixels == nullptr) {
     return std::nullopt;
   }
   const JpegFdSourcePtr source = MakeJpegFdSource(fd.get());
   if (!StreamDecode(*source, target, pixels)) {
-    vips_tracked_free(pixels);
+    g_free(pixels);
     return std::nullopt;
   }
-  VipsImage* image =
-      vips_image_new_from_memory(pixels, size, target.width, target.height,
-                                 /*bands=*/3, VIPS_FORMAT_UCHAR);
-  if (image == nullptr) {
-    vips_tracked_free(pixels);
-    throw vips::VError("cannot wrap the decoded photo");
-  }
-  g_signal_connect(image, "postclose", G_CALLBACK(FreeTracked), pixels);
-  return vips::VImage(image);
+  return WrapPixels(pixels, size, target.width, target.height);
 }
 
 }  // namespace
+
+vips::VImage RgbInMemory(const vips::VImage& image) {
+  if (image.bands() != 3 || image.format() != VIPS_FORMAT_UCHAR) {
+    return image.copy_memory();
+  }
+  std::size_t size = 0;
+  void* pixels = image.write_to_memory(&size);
+  return WrapPixels(pixels, size, image.width(), image.height());
+}
 
 // The stored picture decoded into memory, covering `needed`, as RGB, not
 // yet turned upright.

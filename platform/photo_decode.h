@@ -62,6 +62,10 @@ vips::VImage DecodeStored(const std::string& path,
 // The whole stored picture at full size, turned upright; throws on failure.
 vips::VImage DecodeUpright(const std::string& path, const PhotoHeader& header);
 
+// `image` computed into memory of its own, as copy_memory() would, without
+// filling that memory with zeros first when it is 8-bit RGB.
+vips::VImage RgbInMemory(const vips::VImage& image);
+
 // Brings any decoded picture to three 8-bit sRGB bands: grey, 16-bit and
 // CMYK photos are converted, and transparency is laid on the view's grey.
 vips::VImage ToDisplayRgb(vips::VImage image);

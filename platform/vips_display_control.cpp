@@ -155,9 +155,12 @@ bool VipsDisplayControl::Render(int x,
     const auto* from = static_cast<const std::uint8_t*>(shown->data()) +
                        static_cast<std::size_t>(top) * stride +
                        static_cast<std::size_t>(left) * 3;
-    rgb.resize(row_bytes * static_cast<std::size_t>(height));
+    // Appended row by row: the buffer is never filled with zeros first.
+    rgb.clear();
+    rgb.reserve(row_bytes * static_cast<std::size_t>(height));
     for (int row = 0; row < height; ++row) {
-      std::memcpy(rgb.data() + row * row_bytes, from + row * stride, row_bytes);
+      const std::uint8_t* begin = from + static_cast<std::size_t>(row) * stride;
+      rgb.insert(rgb.end(), begin, begin + row_bytes);
     }
     // The colour correction is laid over the cached picture as it is
     // copied, so showing and hiding it costs no resampling.
@@ -269,7 +272,7 @@ const vips::VImage* VipsDisplayControl::CachedShown(int width, int height) {
       std::int64_t{photo.decoded->width()} * photo.decoded->height()) {
     return nullptr;
   }
-  photo.shown = Shown(width, height, /*with_colour=*/false).copy_memory();
+  photo.shown = RgbInMemory(Shown(width, height, /*with_colour=*/false));
   photo.shown_scale = scale_;
   photo.shown_rotation = rotation_;
   photo.shown_version = edits_.Version();

@@ -3,6 +3,9 @@
 #include "tests/browser/main_window_fixture.h"
 
 #include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
 
 namespace qbpd {
 namespace {
@@ -267,6 +270,27 @@ TEST_F(GridTest, APhotoThatVanishedMakesTheFolderReadAgain) {
   EXPECT_EQ(session().gdicSelectedPhotos.Count(), 0);
   EXPECT_EQ(session().giCurrentPhotoIndex, 0);
   EXPECT_TRUE(Messages().empty());
+}
+
+TEST_F(GridTest, TheFolderIsListedByNameRegardlessOfCase) {
+  for (const char* name :
+       {"b.jpg", "a.JPG", "A.jpg", "_x.jpg", "Z.png", "c.TIF", "sub/d.jpg"}) {
+    WritePhoto(name, 64, 48);
+  }
+  fs::create_symlink(photos() / "b.jpg", photos() / "l.jpg");
+  std::ofstream(photos() / "notes.txt") << "no photo";
+  // What a killed write left: gone once the folder has been read.
+  std::ofstream(photos() / ".b.jpg.qbpd-AbC123") << "half a photo";
+  Start();
+  const std::vector<std::string> expected = {"A.jpg", "a.JPG", "b.jpg", "c.TIF",
+                                             "l.jpg", "Z.png", "_x.jpg"};
+  ASSERT_EQ(session().gdicPhotoList.Count(), static_cast<int>(expected.size()));
+  for (size_t i = 0; i < expected.size(); ++i) {
+    EXPECT_EQ(session().gdicPhotoList.Item(static_cast<int>(i)),
+              (photos() / expected[i]).string());
+  }
+  EXPECT_FALSE(fs::exists(photos() / ".b.jpg.qbpd-AbC123"));
+  EXPECT_TRUE(fs::exists(photos() / "notes.txt"));
 }
 
 TEST_F(GridTest, TheNameStripShortensLongNamesAndGrowsBack) {
