@@ -3,10 +3,13 @@
 // form or the connection window), and the service's home page in the Help
 // menu. The online forms themselves live in online/ and are reached by name.
 #include "browser/frm_main_window.h"
+#include "core/jpeg_name.h"
 #include "core/settings.h"
 #include "core/web_links.h"
 
 #include <filesystem>
+#include <string>
+#include <vector>
 
 namespace qbpd {
 namespace {
@@ -116,6 +119,19 @@ void frmMainWindow::ConnectToSite() {
   s_.gsUserEmail = user;
   s_.gsUserPassword = password;
   s_.gbUserCancelled = false;
+  if (s_.giCurrentOperation == kUpload) {
+    // The photos that go as JPEG copies start converting into memory on the
+    // other cores while the login and the album list run; the transfer
+    // screen writes a copy only at the photo's turn.
+    std::vector<std::string> copies;
+    for (int key : s_.gdicSelectedPhotos.Keys()) {
+      const std::string& photo = s_.gdicSelectedPhotos.Item(key);
+      if (!HasJpegExtension(photo)) {
+        copies.push_back(photo);
+      }
+    }
+    app_.images().PrepareJpegCopies(copies);
+  }
 
   if (!s_.gsAuthCode.empty()) {
     s_.gsAlbumId.clear();
@@ -137,6 +153,8 @@ void frmMainWindow::ConnectToSite() {
     login.control("lblError").SetProperty("Caption", Value(std::string()));
     login.Show(/*modal=*/true);
   }
+  // The road has ended: what was converted ahead and not sent is forgotten.
+  app_.images().PrepareJpegCopies({});
   s_.giCurrentOperation = 0;
 }
 

@@ -2,12 +2,12 @@
 
 #include "browser/frm_main_window.h"
 #include "core/button_pictures.h"
+#include "core/jpeg_name.h"
 #include "core/settings.h"
 #include "online/client_factory.h"
 #include "online/online_common.h"
 
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 
 namespace qbpd {
@@ -22,17 +22,6 @@ constexpr int kBarWidth = 3000;
 constexpr int kSettleMs = 200;
 constexpr std::string_view kCancelButton = "25";
 constexpr long kBarColour = 0xC08040;
-
-bool IsJpegName(const std::string& path) {
-  std::string ext = fs::path(path).extension().string();
-  if (!ext.empty()) {
-    ext.erase(0, 1);
-  }
-  for (char& c : ext) {
-    c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-  }
-  return ext == "JPG" || ext == "JPEG" || ext == "JPE";
-}
 
 }  // namespace
 
@@ -111,7 +100,7 @@ void frmUploadImgs::PrepareCopies(Application& app) {
   std::vector<std::string> photos;
   for (int key : s.gdicAlbumPhotos.Keys()) {
     const std::string& photo = s.gdicAlbumPhotos.Item(key);
-    if (!photo.empty() && !IsJpegName(photo)) {
+    if (!photo.empty() && !HasJpegExtension(photo)) {
       photos.push_back(photo);
     }
   }
@@ -133,7 +122,7 @@ UploadAhead::Order frmUploadImgs::OrderFor(int n,
   const Session& s = app_.session();
   UploadAhead::Order order;
   order.photo = photo;
-  if (!IsJpegName(photo)) {
+  if (!HasJpegExtension(photo)) {
     order.copy = s.gsTempLoc + fs::path(photo).stem().string() + ".jpg";
   }
   if (!s.gbCacheEnable) {

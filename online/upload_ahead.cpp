@@ -1,5 +1,7 @@
 #include "online/upload_ahead.h"
 
+#include "platform/background_work.h"
+
 #include <filesystem>
 #include <sys/stat.h>
 #include <utility>
@@ -150,6 +152,8 @@ bool UploadAhead::Clashes(const Order& order) const {
 }
 
 void UploadAhead::Work() {
+  // The photo in transfer and the window come first.
+  (void)RunAsBackgroundWork();
   std::unique_lock<std::mutex> lock(mutex_);
   while (true) {
     asked_.wait(lock, [this] {

@@ -1,5 +1,8 @@
 #include "platform/thumbnail_ahead.h"
 
+#include "platform/background_work.h"
+
+#include <algorithm>
 #include <sys/stat.h>
 
 namespace qbpd {
@@ -14,10 +17,18 @@ std::string PhotoFileState(const std::string& path) {
          std::to_string(status.st_mtim.tv_nsec);
 }
 
-ThumbnailAhead::ThumbnailAhead(std::size_t depth, bool every_other)
+ThumbnailAhead::ThumbnailAhead(std::size_t depth,
+                               bool every_other,
+                               std::size_t max_bytes,
+                               int workers,
+                               bool background)
     : depth_(depth < 1 ? 1 : depth),
       every_other_(every_other),
-      worker_([this] { Work(); }) {}
+      max_bytes_(max_bytes) {
+  for (int i = 0; i < std::max(1, workers); ++i) {
+    workers_.emplace_back([this, background] { Work(background); });
+  }
+}
 
 ThumbnailAhead::~ThumbnailAhead() {
   {
@@ -25,7 +36,9 @@ ThumbnailAhead::~ThumbnailAhead() {
     stopping_ = true;
   }
   changed_.notify_all();
-  worker_.join();
+  for (std::thread& worker : workers_) {
+    worker.join();
+  }
 }
 
 void ThumbnailAhead::Prepare(const std::vector<std::string>& sources,
@@ -33,16 +46,30 @@ void ThumbnailAhead::Prepare(const std::vector<std::string>& sources,
                              Maker maker) {
   {
     std::unique_lock lock(mutex_);
-    // A photo being made for the earlier list is finished first, so that
-    // the maker it uses stays alive while it runs.
-    changed_.wait(lock, [this] { return busy_.empty(); });
+    const bool same_kind = kind == kind_;
+    if (!same_kind) {
+      // Photos being made for the earlier list are finished first, so that
+      // their bytes, made for the other kind, are not kept.
+      changed_.wait(lock, [this] { return busy_.empty(); });
+    }
     kind_ = kind;
     maker_ = std::move(maker);
-    made_.clear();
     queue_.clear();
+    listed_.clear();
     const std::size_t step = every_other_ ? 2 : 1;
     for (std::size_t i = step - 1; i < sources.size(); i += step) {
-      queue_.push_back(sources[i]);
+      if (listed_.insert(sources[i]).second && made_.count(sources[i]) == 0 &&
+          busy_.count(sources[i]) == 0) {
+        queue_.push_back(sources[i]);
+      }
+    }
+    for (auto it = made_.begin(); it != made_.end();) {
+      if (same_kind && listed_.count(it->first) > 0) {
+        ++it;
+      } else {
+        held_bytes_ -= it->second.bytes ? it->second.bytes->size() : 0;
+        it = made_.erase(it);
+      }
     }
   }
   changed_.notify_all();
@@ -58,13 +85,15 @@ std::optional<ThumbnailAhead::Bytes> ThumbnailAhead::Take(
       return std::nullopt;
     }
     std::erase(queue_, source);
-    changed_.wait(lock, [&] { return busy_ != source; });
+    changed_.wait(lock, [&] { return busy_.count(source) == 0; });
+    listed_.erase(source);
     const auto found = made_.find(source);
     if (found == made_.end()) {
       return std::nullopt;
     }
     made = std::move(found->second);
     made_.erase(found);
+    held_bytes_ -= made->bytes ? made->bytes->size() : 0;
   }
   changed_.notify_all();  // room for one more
   if (!made->bytes || made->state != PhotoFileState(source)) {
@@ -74,23 +103,37 @@ std::optional<ThumbnailAhead::Bytes> ThumbnailAhead::Take(
 }
 
 void ThumbnailAhead::Forget() {
-  std::lock_guard lock(mutex_);
-  queue_.clear();
-  made_.clear();
+  {
+    std::lock_guard lock(mutex_);
+    queue_.clear();
+    listed_.clear();
+    made_.clear();
+    held_bytes_ = 0;
+  }
+  changed_.notify_all();
 }
 
-void ThumbnailAhead::Work() {
+std::size_t ThumbnailAhead::HeldBytes() {
+  std::lock_guard lock(mutex_);
+  return held_bytes_;
+}
+
+void ThumbnailAhead::Work(bool background) {
+  if (background) {
+    (void)RunAsBackgroundWork();
+  }
   std::unique_lock lock(mutex_);
   for (;;) {
     changed_.wait(lock, [this] {
-      return stopping_ || (!queue_.empty() && made_.size() < depth_);
+      return stopping_ || (!queue_.empty() && made_.size() < depth_ &&
+                           held_bytes_ < max_bytes_);
     });
     if (stopping_) {
       return;
     }
-    busy_ = queue_.front();
+    const std::string source = queue_.front();
     queue_.pop_front();
-    const std::string source = busy_;
+    busy_.insert(source);
     const Maker maker = maker_;
     lock.unlock();
     Made made;
@@ -99,8 +142,12 @@ void ThumbnailAhead::Work() {
       made.bytes = maker(source);
     }
     lock.lock();
-    made_[source] = std::move(made);
-    busy_.clear();
+    busy_.erase(source);
+    // A photo forgotten or taken off the list meanwhile is dropped.
+    if (listed_.count(source) > 0) {
+      held_bytes_ += made.bytes ? made.bytes->size() : 0;
+      made_[source] = std::move(made);
+    }
     changed_.notify_all();
   }
 }

@@ -401,8 +401,9 @@ class VipsImageOperations final : public ImageOperations {
       return;
     }
     if (!copies_ahead_) {
-      copies_ahead_ = std::make_unique<ThumbnailAhead>(kCopiesAhead,
-                                                       /*every_other=*/false);
+      copies_ahead_ = std::make_unique<ThumbnailAhead>(
+          SIZE_MAX, /*every_other=*/false, kCopiesAheadBytes, kCopyWorkers,
+          /*background=*/true);
     }
     copies_ahead_->Prepare(sources, kCopyKind,
                            [](const std::string& source)
@@ -473,8 +474,11 @@ class VipsImageOperations final : public ImageOperations {
   // Made on first use: most image libraries never make a folder's thumbnails.
   std::unique_ptr<ThumbnailAhead> thumbnails_ahead_;
   // The JPEG copies converted ahead (PrepareJpegCopies), made on first use;
-  // SaveImageAsJPEG takes them on any thread.
-  static constexpr std::size_t kCopiesAhead = 4;
+  // SaveImageAsJPEG takes them on any thread. They are held in memory up to
+  // a budget of bytes (the copies of a few hundred photos edited and saved
+  // as PNG), converted on both cores as background work.
+  static constexpr std::size_t kCopiesAheadBytes = 128u << 20;
+  static constexpr int kCopyWorkers = 2;
   static constexpr char kCopyKind[] = "jpeg-copy";
   std::mutex copies_mutex_;
   std::unique_ptr<ThumbnailAhead> copies_ahead_;

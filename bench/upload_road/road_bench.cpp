@@ -243,6 +243,10 @@ struct RoadRun {
   double copies_waited_s = 0;
   double photos_waited_s = 0;
   double longest_photo_wait_ms = 0;
+  // Of the rest: before the first transfer (less the wait for its work) and
+  // after the last one, up to the result page.
+  double before_first_s = 0;
+  double after_last_s = 0;
 };
 
 // Every photo of `folder` up the road: Upload, a new album, the transfer
@@ -303,6 +307,12 @@ RoadRun RunRoad(const fs::path& home,
     (copy ? run.copies_waited_s : run.photos_waited_s) += t.waited_s;
     run.longest_photo_wait_ms =
         std::max(run.longest_photo_wait_ms, t.waited_s * 1000);
+  }
+  if (!log.transfers.empty()) {
+    run.before_first_s =
+        std::chrono::duration<double>(log.first_started - chosen).count() -
+        log.transfers.front().waited_s;
+    run.after_last_s = std::chrono::duration<double>(shown - log.ended).count();
   }
   app.End();
   return run;
@@ -520,11 +530,13 @@ int Main(int argc, char** argv) {
     std::printf(
         "  transfer screen: transfers of the copies %.2f s, of the photos "
         "%.2f s; waits for the work ahead before the copies %.2f s, before "
-        "the photos %.2f s (longest %.1f ms); the rest %.2f s\n",
+        "the photos %.2f s (longest %.1f ms); the rest %.2f s (before the "
+        "first transfer %.2f s, after the last %.2f s)\n",
         road.copies_transfer_s, road.photos_transfer_s, road.copies_waited_s,
         road.photos_waited_s, road.longest_photo_wait_ms,
         road.engine_seconds - road.copies_transfer_s - road.photos_transfer_s -
-            road.copies_waited_s - road.photos_waited_s);
+            road.copies_waited_s - road.photos_waited_s,
+        road.before_first_s, road.after_last_s);
     all_sent = all_sent && road.uploaded == road.selected && curl_ok == o.jpegs;
   }
   std::printf(

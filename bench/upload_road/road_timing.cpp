@@ -13,6 +13,9 @@ HttpResponse LoggedTransport::Perform(const HttpRequest& request,
   if (request.file) {
     log_.file = request.file->path;
     log_.started = Clock::now();
+    if (log_.transfers.empty()) {
+      log_.first_started = log_.started;
+    }
   }
   HttpResponse response = inner_->Perform(request, pump);
   if (request.file) {

@@ -90,7 +90,8 @@ struct TransferLog {
   std::string file;  // the photo in transfer, "" between transfers
   Clock::time_point started;
   Clock::time_point ended;
-  double bytes_sent = 0;  // the files whose transfer was answered
+  Clock::time_point first_started;  // the run's first file transfer
+  double bytes_sent = 0;            // the files whose transfer was answered
   // Every transfer: the file, how long the engine waited for the work on
   // the other core before it, how long it took.
   struct Transfer {

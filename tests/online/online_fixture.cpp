@@ -37,6 +37,9 @@ void OnlineTest::Start() {
   services.places.pictures = dir_.path().string();
   services.images =
       MakeVipsImageOperations((dir_.path() / "cache" / "t").string());
+  if (wrap_images_) {
+    services.images = wrap_images_(std::move(services.images));
+  }
   services.make_display = [] { return MakeVipsDisplayControl(); };
   services.resources = FindResourcesFolder(services.places);
   auto launcher = MakeRecordingLauncher();

@@ -107,6 +107,10 @@ class OnlineTest : public ::testing::Test {
   bool real_client_ = false;
   // With the real client: the transport under it (none is libcurl).
   std::function<std::unique_ptr<HttpTransport>()> make_transport_;
+  // Wraps the real image library the program gets (none leaves it as is).
+  std::function<std::unique_ptr<ImageOperations>(
+      std::unique_ptr<ImageOperations>)>
+      wrap_images_;
   // How the user's locale writes numbers (the program's own by default).
   NumberFormat numbers_;
   // What starts a downloaded upgrade (none records), and the key that its

@@ -6,12 +6,15 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <filesystem>
 #include <fstream>
 #include <future>
+#include <mutex>
 #include <set>
+#include <thread>
 
 namespace qbpd {
 namespace {
@@ -51,6 +54,20 @@ class ThumbnailAheadTest : public ::testing::Test {
     std::unique_lock lock(mutex_);
     return made_changed_.wait_for(lock, std::chrono::seconds(30),
                                   [&] { return made_.size() >= count; });
+  }
+
+  // Waits (a bound, not a measurement) until `ahead` holds `bytes`: a photo
+  // is held just after its maker returns.
+  static bool WaitHeld(ThumbnailAhead& ahead, std::size_t bytes) {
+    const auto until =
+        std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (ahead.HeldBytes() != bytes) {
+      if (std::chrono::steady_clock::now() > until) {
+        return false;
+      }
+      std::this_thread::yield();
+    }
+    return true;
   }
 
   testing::TempDir dir_;
@@ -124,6 +141,75 @@ TEST_F(ThumbnailAheadTest, ATakeWaitsForThePhotoBeingMadeAndAQueuedOneIsLeft) {
   ASSERT_TRUE(taken);
   EXPECT_EQ(*taken, BytesOf("photo 1"));
   EXPECT_EQ(made_.count(sources_[3]), 0u);
+}
+
+TEST_F(ThumbnailAheadTest, NoPhotoIsBegunWhileTheBytesHeldReachTheBudget) {
+  // Each made photo holds 7 bytes ("photo N"); the budget is two of them.
+  constexpr std::size_t kBudget = 14;
+  std::mutex seen_mutex;
+  std::vector<std::size_t> held_at_begin;
+  ThumbnailAhead ahead(SIZE_MAX, /*every_other=*/false, kBudget);
+  ahead.Prepare(sources_, "k", [&](const std::string& source) {
+    {
+      std::lock_guard lock(seen_mutex);
+      held_at_begin.push_back(ahead.HeldBytes());
+    }
+    return Recording()(source);
+  });
+  ASSERT_TRUE(WaitMade(2));
+  // Each one taken makes room for the next, in the list's order.
+  for (std::size_t i = 0; i < sources_.size(); ++i) {
+    ASSERT_TRUE(WaitMade(std::min(i + 2, sources_.size()))) << i;
+    const auto taken = ahead.Take(sources_[i], "k");
+    ASSERT_TRUE(taken) << i;
+    EXPECT_EQ(*taken, BytesOf("photo " + std::to_string(i)));
+  }
+  EXPECT_EQ(ahead.HeldBytes(), 0u);
+  std::lock_guard lock(seen_mutex);
+  ASSERT_EQ(held_at_begin.size(), sources_.size());
+  for (std::size_t held : held_at_begin) {
+    EXPECT_LT(held, kBudget);
+  }
+}
+
+TEST_F(ThumbnailAheadTest, TheSameKindToldAgainKeepsWhatWasMadeForItsPhotos) {
+  std::atomic<int> makes{0};
+  const auto counting = [&](const std::string& source) {
+    ++makes;
+    return Recording()(source);
+  };
+  ThumbnailAhead ahead(SIZE_MAX, /*every_other=*/false, SIZE_MAX,
+                       /*workers=*/2);
+  ahead.Prepare(sources_, "k", counting);
+  ASSERT_TRUE(WaitMade(sources_.size()));
+  const std::size_t all = 6u * 7u;
+  ASSERT_TRUE(WaitHeld(ahead, all));
+  // A shorter list (the photos that are left): the others are forgotten,
+  // nothing is made again.
+  const std::vector<std::string> left(sources_.begin() + 2, sources_.end());
+  ahead.Prepare(left, "k", counting);
+  EXPECT_EQ(ahead.HeldBytes(), all - 14);
+  EXPECT_FALSE(ahead.Take(sources_[0], "k"));
+  for (const std::string& source : left) {
+    EXPECT_TRUE(ahead.Take(source, "k")) << source;
+  }
+  EXPECT_EQ(makes.load(), static_cast<int>(sources_.size()));
+}
+
+TEST_F(ThumbnailAheadTest, AnotherKindOrAForgetDropsWhatWasMade) {
+  ThumbnailAhead ahead(SIZE_MAX, /*every_other=*/false);
+  ahead.Prepare(sources_, "k", Recording());
+  ASSERT_TRUE(WaitMade(sources_.size()));
+  ASSERT_TRUE(WaitHeld(ahead, 6u * 7u));
+  // Made for other parameters: never handed over for these.
+  ahead.Prepare(sources_, "other", [](const std::string&) {
+    return std::optional<Bytes>(BytesOf("other"));
+  });
+  const auto taken = ahead.Take(sources_[0], "other");
+  EXPECT_FALSE(taken && *taken == BytesOf("photo 0"));
+  ahead.Forget();
+  EXPECT_EQ(ahead.HeldBytes(), 0u);
+  EXPECT_FALSE(ahead.Take(sources_[1], "other"));
 }
 
 }  // namespace
