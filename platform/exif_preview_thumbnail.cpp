@@ -33,6 +33,12 @@ constexpr std::size_t kHeadBytes = 256 * 1024;
 constexpr int kMaxPreviewSide = 1600;
 // The most of the photo's height that is decoded for the check.
 constexpr int kLastBandDivisor = 4;
+// The comparison's cells, in pixels of the coarser of the preview and the
+// photo's eighth: two wide, so that the two pictures' pixels needn't line
+// up, and one high, so that the first row of cells asks for the fewest rows
+// of the photo to be decoded.
+constexpr int kCellWidth = 2;
+constexpr int kCellHeight = 1;
 // How far the preview's band may stand from the photo's, over 0..255 in
 // each channel: the mean absolute difference of their pixels, and the
 // largest difference of a channel's means (a recolour moves a whole channel
@@ -150,6 +156,10 @@ Exif ReadExif(const Layout& layout) {
   if (data == nullptr) {
     return result;
   }
+  // Loaded as written: the repairs the library makes to follow the EXIF
+  // rules (added tags, reordered entries) cost more than the rest of the
+  // load, and neither the preview nor the orientation needs them.
+  exif_data_unset_option(data, EXIF_DATA_OPTION_FOLLOW_SPECIFICATION);
   exif_data_load_data(data, layout.exif,
                       static_cast<unsigned int>(layout.exif_size));
   if (data->data != nullptr && data->size > 0) {
@@ -277,9 +287,51 @@ bool DecodeTopBand(Band& band, JpegFdSource& source, Enough&& enough) {
   return band.rows > 0;
 }
 
+// How far a picture's values spread within each channel: the standard
+// deviation of every channel about its own mean, their variances averaged.
+// One flat colour has none, however far apart its channels stand (a blue
+// sky is no detail to compare).
+class Spread {
+ public:
+  void Add(double value, int channel) {
+    sum_[channel] += value;
+    squares_[channel] += value * value;
+  }
+  // After `count` values of each channel.
+  double Deviation(double count) const {
+    double variance = 0;
+    for (int k = 0; k < 3; ++k) {
+      const double mean = sum_[k] / count;
+      variance += std::max(0.0, squares_[k] / count - mean * mean);
+    }
+    return std::sqrt(variance / 3);
+  }
+
+ private:
+  std::array<double, 3> sum_{};
+  std::array<double, 3> squares_{};
+};
+
+// How many of `all_rows` rows of cells over a picture `full_height` rows
+// high lie whole within its first `rows` rows, each cell row ending where
+// Compare ends it.
+int CoveredCellRows(int all_rows, int full_height, int rows) {
+  if (all_rows < 1 || full_height < 1) {
+    return 0;
+  }
+  // Row r ends at floor((r + 1) * full_height / all_rows).
+  const long long covered =
+      ((static_cast<long long>(rows) + 1) * all_rows - 1) / full_height;
+  return static_cast<int>(std::min<long long>(covered, all_rows));
+}
+
+// The rows of cells that the comparison lays over the preview and the band.
+int AllCellRows(const Rgb& preview, const Band& band) {
+  return std::min(preview.height, band.full_height) / kCellHeight;
+}
+
 // How the top of the preview stands to the band of the photo, both
-// averaged over one grid of cells, each cell about two pixels of the
-// coarser of the two: their pixels needn't line up.
+// averaged over one grid of cells (kCellWidth x kCellHeight).
 struct Comparison {
   int rows = 0;  // rows of cells compared
   double mean_difference = 0;
@@ -314,11 +366,10 @@ std::array<double, 3> CellMean(const std::uint8_t* pixels,
 
 Comparison Compare(const Rgb& preview, const Band& band) {
   Comparison result;
-  const int columns = std::min(preview.width, band.width) / 2;
-  const int all_rows = std::min(preview.height, band.full_height) / 2;
+  const int columns = std::min(preview.width, band.width) / kCellWidth;
+  const int all_rows = AllCellRows(preview, band);
   // The rows of cells that the decoded band covers whole.
-  result.rows = static_cast<int>(static_cast<long long>(all_rows) * band.rows /
-                                 band.full_height);
+  result.rows = CoveredCellRows(all_rows, band.full_height, band.rows);
   if (columns < 1 || result.rows < 1) {
     return result;
   }
@@ -328,8 +379,7 @@ Comparison Compare(const Rgb& preview, const Band& band) {
   };
   double absolute = 0;
   std::array<double, 3> shift{};
-  double sum = 0;
-  double squares = 0;
+  Spread spread;
   for (int r = 0; r < result.rows; ++r) {
     const int py0 = edge(r, all_rows, preview.height);
     const int py1 = std::max(py0 + 1, edge(r + 1, all_rows, preview.height));
@@ -348,8 +398,7 @@ Comparison Compare(const Rgb& preview, const Band& band) {
       for (int k = 0; k < 3; ++k) {
         absolute += std::fabs(b[k] - p[k]);
         shift[k] += b[k] - p[k];
-        sum += b[k];
-        squares += b[k] * b[k];
+        spread.Add(b[k], k);
       }
     }
   }
@@ -358,63 +407,100 @@ Comparison Compare(const Rgb& preview, const Band& band) {
   for (double s : shift) {
     result.channel_shift = std::max(result.channel_shift, std::fabs(s / cells));
   }
-  const double mean = sum / (3 * cells);
-  result.detail = std::sqrt(std::max(0.0, squares / (3 * cells) - mean * mean));
+  result.detail = spread.Deviation(cells);
   return result;
 }
 
 // The band's detail so far at the preview's scale, for deciding when to stop
 // reading: the standard deviation of the band's own pixels.
 double BandDetail(const Band& band) {
-  const std::size_t n = static_cast<std::size_t>(band.rows) * band.width * 3;
-  double sum = 0;
-  double squares = 0;
-  for (std::size_t i = 0; i < n; ++i) {
-    sum += band.pixels[i];
-    squares += static_cast<double>(band.pixels[i]) * band.pixels[i];
+  const std::size_t n = static_cast<std::size_t>(band.rows) * band.width;
+  Spread spread;
+  const std::uint8_t* p = band.pixels;
+  for (std::size_t i = 0; i < n; ++i, p += 3) {
+    for (int k = 0; k < 3; ++k) {
+      spread.Add(p[k], k);
+    }
   }
-  const double mean = sum / static_cast<double>(n);
-  return std::sqrt(
-      std::max(0.0, squares / static_cast<double>(n) - mean * mean));
+  return spread.Deviation(static_cast<double>(n));
 }
 
-// Area-averaged reduction of `source` to `width` x `height`.
+// The weights of an area-averaging reduction of `from` pixels to `to`:
+// output pixel i takes `count[i]` source pixels from `first[i]` on, their
+// weights (`stride` kept for each output pixel) summing to 1.
+struct Taps {
+  int stride = 0;
+  std::vector<int> first;
+  std::vector<int> count;
+  std::vector<float> weights;
+};
+
+Taps AreaTaps(int from, int to) {
+  Taps taps;
+  const double scale = static_cast<double>(from) / to;
+  taps.stride = static_cast<int>(std::ceil(scale)) + 1;
+  taps.first.resize(static_cast<std::size_t>(to));
+  taps.count.resize(static_cast<std::size_t>(to));
+  taps.weights.assign(static_cast<std::size_t>(to) * taps.stride, 0.0f);
+  for (int i = 0; i < to; ++i) {
+    const double start = i * scale;
+    const double end = std::min<double>(from, (i + 1) * scale);
+    const int first = static_cast<int>(start);
+    int n = 0;
+    for (int p = first; p < end && n < taps.stride; ++p, ++n) {
+      const double covered =
+          std::min<double>(p + 1, end) - std::max<double>(p, start);
+      taps.weights[static_cast<std::size_t>(i) * taps.stride + n] =
+          static_cast<float>(covered / (end - start));
+    }
+    taps.first[i] = first;
+    taps.count[i] = n;
+  }
+  return taps;
+}
+
+// Area-averaged reduction of `source` to `width` x `height` (no larger):
+// each row across first, then the rows down.
 Rgb Reduce(const Rgb& source, int width, int height) {
+  const Taps across = AreaTaps(source.width, width);
+  const Taps down = AreaTaps(source.height, height);
+  thread_local std::vector<float> narrow;
+  const std::size_t narrow_row = static_cast<std::size_t>(width) * 3;
+  narrow.resize(narrow_row * source.height);
+  for (int y = 0; y < source.height; ++y) {
+    float* q = narrow.data() + narrow_row * y;
+    for (int x = 0; x < width; ++x, q += 3) {
+      const float* w =
+          across.weights.data() + static_cast<std::size_t>(x) * across.stride;
+      const std::uint8_t* p = source.At(across.first[x], y);
+      float r = 0;
+      float g = 0;
+      float b = 0;
+      for (int k = 0; k < across.count[x]; ++k, p += 3) {
+        r += w[k] * p[0];
+        g += w[k] * p[1];
+        b += w[k] * p[2];
+      }
+      q[0] = r;
+      q[1] = g;
+      q[2] = b;
+    }
+  }
   Rgb out;
   out.width = width;
   out.height = height;
-  out.pixels.resize(static_cast<std::size_t>(width) * height * 3);
-  const double sx = static_cast<double>(source.width) / width;
-  const double sy = static_cast<double>(source.height) / height;
+  out.pixels.resize(narrow_row * height);
   for (int y = 0; y < height; ++y) {
-    const double top = y * sy;
-    const double bottom = (y + 1) * sy;
-    for (int x = 0; x < width; ++x) {
-      const double left = x * sx;
-      const double right = (x + 1) * sx;
-      std::array<double, 3> total{};
-      double weight = 0;
-      for (int py = static_cast<int>(top); py < bottom && py < source.height;
-           ++py) {
-        const double wy =
-            std::min<double>(py + 1, bottom) - std::max<double>(py, top);
-        for (int px = static_cast<int>(left); px < right && px < source.width;
-             ++px) {
-          const double w = wy * (std::min<double>(px + 1, right) -
-                                 std::max<double>(px, left));
-          const std::uint8_t* p = source.At(px, py);
-          total[0] += w * p[0];
-          total[1] += w * p[1];
-          total[2] += w * p[2];
-          weight += w;
-        }
+    const float* w =
+        down.weights.data() + static_cast<std::size_t>(y) * down.stride;
+    std::uint8_t* q = out.pixels.data() + narrow_row * y;
+    for (std::size_t i = 0; i < narrow_row; ++i) {
+      const float* p = narrow.data() + narrow_row * down.first[y] + i;
+      float total = 0;
+      for (int k = 0; k < down.count[y]; ++k, p += narrow_row) {
+        total += w[k] * *p;
       }
-      std::uint8_t* q =
-          out.pixels.data() + (static_cast<std::size_t>(y) * width + x) * 3;
-      for (int c = 0; c < 3; ++c) {
-        q[c] = static_cast<std::uint8_t>(
-            std::clamp(std::lround(total[c] / weight), 0L, 255L));
-      }
+      q[i] = static_cast<std::uint8_t>(std::clamp(total + 0.5f, 0.0f, 255.0f));
     }
   }
   return out;
@@ -543,9 +629,8 @@ PreviewThumbnail ThumbnailFromExifPreview(int fd, int size, int quality) {
   const Rgb& shown = *preview;
   // Enough when the band covers a row of the comparison's cells and shows
   // detail.
-  const int cell_rows = std::min(shown.height, layout->height / 8) / 2;
   const bool decoded = DecodeTopBand(band, *source, [&](const Band& b) {
-    return static_cast<long long>(cell_rows) * b.rows / b.full_height >= 1 &&
+    return CoveredCellRows(AllCellRows(shown, b), b.full_height, b.rows) >= 1 &&
            BandDetail(b) >= kMinDetail;
   });
   if (!decoded) {
