@@ -1,6 +1,7 @@
 #include "platform/exif_preview_thumbnail.h"
 
 #include "platform/jpeg_fd_source.h"
+#include "platform/rgb_picture.h"
 
 #include <libexif/exif-data.h>
 #include <libexif/exif-utils.h>
@@ -132,16 +133,6 @@ std::optional<Layout> ReadLayout(const std::uint8_t* head, std::size_t size) {
   return std::nullopt;
 }
 
-// 8-bit RGB pixels.
-struct Rgb {
-  int width = 0;
-  int height = 0;
-  std::vector<std::uint8_t> pixels;
-  const std::uint8_t* At(int x, int y) const {
-    return pixels.data() + (static_cast<std::size_t>(y) * width + x) * 3;
-  }
-};
-
 struct Exif {
   std::vector<std::uint8_t> preview;
   int orientation = 1;
@@ -193,7 +184,7 @@ void* Compressor() {
   return handle.get();
 }
 
-std::optional<Rgb> DecodePreview(const std::vector<std::uint8_t>& jpeg) {
+std::optional<RgbPicture> DecodePreview(const std::vector<std::uint8_t>& jpeg) {
   void* const handle = Decompressor();
   int width = 0;
   int height = 0;
@@ -207,7 +198,7 @@ std::optional<Rgb> DecodePreview(const std::vector<std::uint8_t>& jpeg) {
       height > kMaxPreviewSide) {
     return std::nullopt;
   }
-  Rgb rgb;
+  RgbPicture rgb;
   rgb.width = width;
   rgb.height = height;
   rgb.pixels.resize(static_cast<std::size_t>(width) * height * 3);
@@ -326,7 +317,7 @@ int CoveredCellRows(int all_rows, int full_height, int rows) {
 }
 
 // The rows of cells that the comparison lays over the preview and the band.
-int AllCellRows(const Rgb& preview, const Band& band) {
+int AllCellRows(const RgbPicture& preview, const Band& band) {
   return std::min(preview.height, band.full_height) / kCellHeight;
 }
 
@@ -364,7 +355,7 @@ std::array<double, 3> CellMean(const std::uint8_t* pixels,
   return sum;
 }
 
-Comparison Compare(const Rgb& preview, const Band& band) {
+Comparison Compare(const RgbPicture& preview, const Band& band) {
   Comparison result;
   const int columns = std::min(preview.width, band.width) / kCellWidth;
   const int all_rows = AllCellRows(preview, band);
@@ -425,142 +416,7 @@ double BandDetail(const Band& band) {
   return spread.Deviation(static_cast<double>(n));
 }
 
-// The weights of an area-averaging reduction of `from` pixels to `to`:
-// output pixel i takes `count[i]` source pixels from `first[i]` on, their
-// weights (`stride` kept for each output pixel) summing to 1.
-struct Taps {
-  int stride = 0;
-  std::vector<int> first;
-  std::vector<int> count;
-  std::vector<float> weights;
-};
-
-Taps AreaTaps(int from, int to) {
-  Taps taps;
-  const double scale = static_cast<double>(from) / to;
-  taps.stride = static_cast<int>(std::ceil(scale)) + 1;
-  taps.first.resize(static_cast<std::size_t>(to));
-  taps.count.resize(static_cast<std::size_t>(to));
-  taps.weights.assign(static_cast<std::size_t>(to) * taps.stride, 0.0f);
-  for (int i = 0; i < to; ++i) {
-    const double start = i * scale;
-    const double end = std::min<double>(from, (i + 1) * scale);
-    const int first = static_cast<int>(start);
-    int n = 0;
-    for (int p = first; p < end && n < taps.stride; ++p, ++n) {
-      const double covered =
-          std::min<double>(p + 1, end) - std::max<double>(p, start);
-      taps.weights[static_cast<std::size_t>(i) * taps.stride + n] =
-          static_cast<float>(covered / (end - start));
-    }
-    taps.first[i] = first;
-    taps.count[i] = n;
-  }
-  return taps;
-}
-
-// Area-averaged reduction of `source` to `width` x `height` (no larger):
-// each row across first, then the rows down.
-Rgb Reduce(const Rgb& source, int width, int height) {
-  const Taps across = AreaTaps(source.width, width);
-  const Taps down = AreaTaps(source.height, height);
-  thread_local std::vector<float> narrow;
-  const std::size_t narrow_row = static_cast<std::size_t>(width) * 3;
-  narrow.resize(narrow_row * source.height);
-  for (int y = 0; y < source.height; ++y) {
-    float* q = narrow.data() + narrow_row * y;
-    for (int x = 0; x < width; ++x, q += 3) {
-      const float* w =
-          across.weights.data() + static_cast<std::size_t>(x) * across.stride;
-      const std::uint8_t* p = source.At(across.first[x], y);
-      float r = 0;
-      float g = 0;
-      float b = 0;
-      for (int k = 0; k < across.count[x]; ++k, p += 3) {
-        r += w[k] * p[0];
-        g += w[k] * p[1];
-        b += w[k] * p[2];
-      }
-      q[0] = r;
-      q[1] = g;
-      q[2] = b;
-    }
-  }
-  Rgb out;
-  out.width = width;
-  out.height = height;
-  out.pixels.resize(narrow_row * height);
-  for (int y = 0; y < height; ++y) {
-    const float* w =
-        down.weights.data() + static_cast<std::size_t>(y) * down.stride;
-    std::uint8_t* q = out.pixels.data() + narrow_row * y;
-    for (std::size_t i = 0; i < narrow_row; ++i) {
-      const float* p = narrow.data() + narrow_row * down.first[y] + i;
-      float total = 0;
-      for (int k = 0; k < down.count[y]; ++k, p += narrow_row) {
-        total += w[k] * *p;
-      }
-      q[i] = static_cast<std::uint8_t>(std::clamp(total + 0.5f, 0.0f, 255.0f));
-    }
-  }
-  return out;
-}
-
-// The picture stood upright as the EXIF orientation (1 to 8) says.
-Rgb Upright(const Rgb& stored, int orientation) {
-  if (orientation == 1) {
-    return stored;
-  }
-  const int w = stored.width;
-  const int h = stored.height;
-  const bool swap = orientation >= 5;
-  Rgb out;
-  out.width = swap ? h : w;
-  out.height = swap ? w : h;
-  out.pixels.resize(stored.pixels.size());
-  for (int uy = 0; uy < out.height; ++uy) {
-    for (int ux = 0; ux < out.width; ++ux) {
-      int sx = ux;
-      int sy = uy;
-      switch (orientation) {
-        case 2:
-          sx = w - 1 - ux;
-          break;
-        case 3:
-          sx = w - 1 - ux;
-          sy = h - 1 - uy;
-          break;
-        case 4:
-          sy = h - 1 - uy;
-          break;
-        case 5:
-          sx = uy;
-          sy = ux;
-          break;
-        case 6:
-          sx = uy;
-          sy = h - 1 - ux;
-          break;
-        case 7:
-          sx = w - 1 - uy;
-          sy = h - 1 - ux;
-          break;
-        case 8:
-          sx = w - 1 - uy;
-          sy = ux;
-          break;
-        default:
-          break;
-      }
-      std::memcpy(out.pixels.data() +
-                      (static_cast<std::size_t>(uy) * out.width + ux) * 3,
-                  stored.At(sx, sy), 3);
-    }
-  }
-  return out;
-}
-
-std::vector<std::uint8_t> Encode(const Rgb& rgb, int quality) {
+std::vector<std::uint8_t> Encode(const RgbPicture& rgb, int quality) {
   std::vector<std::uint8_t> jpeg;
   void* const handle = Compressor();
   unsigned char* buffer = nullptr;
@@ -597,7 +453,7 @@ PreviewThumbnail ThumbnailFromExifPreview(int fd, int size, int quality) {
     return result;
   }
   const Exif exif = ReadExif(*layout);
-  const std::optional<Rgb> preview =
+  const std::optional<RgbPicture> preview =
       exif.preview.empty() ? std::nullopt : DecodePreview(exif.preview);
   if (!preview) {
     return result;
@@ -626,7 +482,7 @@ PreviewThumbnail ThumbnailFromExifPreview(int fd, int size, int quality) {
   }
   Band band;
   const JpegFdSourcePtr source = MakeJpegFdSource(fd);
-  const Rgb& shown = *preview;
+  const RgbPicture& shown = *preview;
   // Enough when the band covers a row of the comparison's cells and shows
   // detail.
   const bool decoded = DecodeTopBand(band, *source, [&](const Band& b) {
