@@ -3,6 +3,7 @@
 #include "platform/access_check.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
@@ -39,6 +40,32 @@ int MakeLockedTemporary(const std::string& folder,
     ::close(fd);
   }
   return -1;
+}
+
+// Gives `temp` the name `target`, in place of the plain file there, by
+// exchanging the two names and removing the old file under its new name:
+// readers see the old file or the new one, as with a rename over it. On
+// ext4 a rename over a file makes the kernel start writing the new file's
+// data at once (its guard for writers that skip fsync), which costs a small
+// file's write many times over; an exchange doesn't. False when the names
+// can't be exchanged (no file at the target any more, a file system without
+// exchanges) or the target turns out to be no plain file, with both names
+// as they were.
+bool ExchangeWithOld(const std::string& temp, const std::string& target) {
+  if (::renameat2(AT_FDCWD, temp.c_str(), AT_FDCWD, target.c_str(),
+                  RENAME_EXCHANGE) != 0) {
+    return false;
+  }
+  // Gone already: a clean-up took the old file, unlocked under the
+  // temporary name, for a stale one.
+  if (::unlink(temp.c_str()) == 0 || errno == ENOENT) {
+    return true;
+  }
+  // A folder that took the target's place meanwhile: exchanged back, it
+  // fails the plain rename as it always did.
+  ::renameat2(AT_FDCWD, temp.c_str(), AT_FDCWD, target.c_str(),
+              RENAME_EXCHANGE);
+  return false;
 }
 
 }  // namespace
@@ -135,9 +162,12 @@ bool WriteFileAtomically(const std::string& target,
     return false;
   }
   mode_t mode = how.mode;
+  struct stat old_info {};
+  const bool old_file = how.replace &&
+                        ::lstat(target.c_str(), &old_info) == 0 &&
+                        S_ISREG(old_info.st_mode);
   if (mode == static_cast<mode_t>(-1)) {
-    struct stat old_info {};
-    if (how.replace && ::stat(target.c_str(), &old_info) == 0) {
+    if (old_file || (how.replace && ::stat(target.c_str(), &old_info) == 0)) {
       mode = old_info.st_mode & 07777;
     } else {
       const mode_t mask = ::umask(0);
@@ -151,9 +181,14 @@ bool WriteFileAtomically(const std::string& target,
   bool ok = lock.get() >= 0 && ::fchmod(fd, mode) == 0 &&
             WriteAll(fd, data, size) && (!how.sync || ::fsync(fd) == 0);
   ok = ::close(fd) == 0 && ok;
-  if (ok) {
-    ok = how.replace ? ::rename(temp.c_str(), target.c_str()) == 0
-                     : MoveFileNoReplace(temp, target).ok();
+  if (ok && !how.replace) {
+    ok = MoveFileNoReplace(temp, target).ok();
+  } else if (ok) {
+    // A synced file has no data left for the kernel to start writing: the
+    // plain rename costs it nothing.
+    const bool exchanged =
+        old_file && !how.sync && ExchangeWithOld(temp, target);
+    ok = exchanged || ::rename(temp.c_str(), target.c_str()) == 0;
   }
   if (!ok) {
     ::unlink(temp.c_str());

@@ -33,7 +33,10 @@ struct AtomicWrite {
   // one that appears meanwhile) makes the write fail and stay unmade.
   bool replace = true;
   // Flush the data, and the folder after the rename, to the disk. Derived
-  // files that are made again when missing may skip it.
+  // files that are made again when missing may skip it; a plain file they
+  // replace then gives way by an exchange of the two names, which doesn't
+  // make the kernel start writing the new data at once as a rename over the
+  // old file would (ext4), and after a power cut the new file may be empty.
   bool sync = true;
   // The new file's mode; -1 keeps the replaced file's mode, or gives the
   // usual mode (0666 less the umask) to a new file.

@@ -36,10 +36,11 @@ struct PreviewThumbnail {
 // thumbnail, and when it no longer shows the photo: a tool that rotated,
 // recoloured or cropped the photo and kept the old preview. The last is told
 // by decoding a band at the top of the photo at an eighth of its size (at
-// least one row of the comparison's cells, each two preview pixels high;
-// more until the band shows enough detail to compare, at most a quarter of
-// the photo) and comparing it with the same band of the preview; a photo
-// whose top quarter is too plain to tell is refused too.
+// least one row of the comparison's cells, each two preview pixels wide and
+// one high; more until the cells show enough detail within each colour
+// channel, at most a quarter of the photo) and comparing it, over the band
+// and row by row, with the same part of the preview; a photo whose top
+// quarter is too plain to tell is refused too.
 // Progressive photos are refused: their band can't be read without decoding
 // the whole photo. Reads only the start of the file.
 PreviewThumbnail ThumbnailFromExifPreview(int fd, int size, int quality);

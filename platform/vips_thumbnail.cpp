@@ -159,8 +159,10 @@ std::optional<std::vector<std::uint8_t>> MakeJpegThumbnail(
       return std::move(from_preview.jpeg);
     }
     if (from_preview.verdict == PreviewVerdict::kTaken) {
+      // Decoded while its bytes live: libvips reads a buffer lazily.
       thumbnail = vips::VImage::new_from_buffer(from_preview.jpeg.data(),
-                                                from_preview.jpeg.size(), "");
+                                                from_preview.jpeg.size(), "")
+                      .copy_memory();
     } else if (from_preview.verdict == PreviewVerdict::kTooSmall &&
                make_size != size) {
       // Large enough for the program's thumbnail, not for the shared one.

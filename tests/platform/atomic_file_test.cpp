@@ -131,5 +131,42 @@ TEST(AtomicFileTest, AFinishedWriteLeavesNothingBehind) {
   EXPECT_EQ(RemoveStaleTemporaryFiles(temp.path().string()), 0);
 }
 
+// Without a sync the old file gives way by an exchange of names: the new
+// bytes under the name, the old file's mode, nothing else left; a folder or
+// a link at the name is treated as a rename over it would.
+TEST(AtomicFileTest, AnUnsyncedReplaceLeavesTheNewFileAloneUnderItsName) {
+  TempDir temp;
+  const fs::path target = temp / "thumb.jpg";
+  AtomicWrite unsynced;
+  unsynced.sync = false;
+  std::ofstream(target) << "old";
+  fs::permissions(target, fs::perms::owner_read | fs::perms::owner_write |
+                              fs::perms::group_read);
+  for (const std::string text : {"first", "second, longer", "x"}) {
+    ASSERT_TRUE(WriteFileAtomically(target.string(), text.data(), text.size(),
+                                    unsynced));
+    EXPECT_EQ(testing::ReadFile(target), text);
+    EXPECT_EQ(Names(temp.path()), std::vector<std::string>{"thumb.jpg"});
+    EXPECT_EQ(
+        fs::status(target).permissions() & fs::perms::all,
+        fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+  }
+
+  const fs::path folder = temp / "folder.jpg";
+  fs::create_directory(folder);
+  EXPECT_FALSE(WriteFileAtomically(folder.string(), "y", 1, unsynced));
+  EXPECT_TRUE(fs::is_directory(folder));
+
+  // A link is replaced itself; the file it points to is left as it was.
+  const fs::path link = temp / "link.jpg";
+  fs::create_symlink(target, link);
+  ASSERT_TRUE(WriteFileAtomically(link.string(), "new", 3, unsynced));
+  EXPECT_FALSE(fs::is_symlink(link));
+  EXPECT_EQ(testing::ReadFile(link), "new");
+  EXPECT_EQ(testing::ReadFile(target), "x");
+  EXPECT_EQ(Names(temp.path()),
+            (std::vector<std::string>{"folder.jpg", "link.jpg", "thumb.jpg"}));
+}
+
 }  // namespace
 }  // namespace qbpd

@@ -45,6 +45,7 @@ double MeanDifference(const vips::VImage& a, const vips::VImage& b) {
   return (a.cast(VIPS_FORMAT_FLOAT) - b.cast(VIPS_FORMAT_FLOAT)).abs().avg();
 }
 
+// A sky at the top is no detail to compare: the check reads on below it.
 TEST(ExifPreviewThumbnailTest, AGoodPreviewGivesThePhotosOwnThumbnailUpright) {
   TempDir dir;
   for (int orientation : {1, 3, 6, 8}) {
@@ -52,8 +53,9 @@ TEST(ExifPreviewThumbnailTest, AGoodPreviewGivesThePhotosOwnThumbnailUpright) {
       const std::string path = (dir / ("photo" + std::to_string(orientation) +
                                        "_" + std::to_string(seed) + ".jpg"))
                                    .string();
-      ASSERT_TRUE(WriteCameraPhoto(path, 1200, 900, seed, orientation,
-                                   CameraPreview::kGood));
+      ASSERT_TRUE(WriteCameraPhoto(
+          path, 1200, 900, seed, orientation,
+          seed == 1 ? CameraPreview::kGood : CameraPreview::kPlainTop));
       const PreviewThumbnail made = FromPreview(path);
       ASSERT_EQ(made.verdict, PreviewVerdict::kTaken)
           << "orientation " << orientation << " seed " << seed;
@@ -80,6 +82,8 @@ TEST(ExifPreviewThumbnailTest, APreviewThatNoLongerShowsThePhotoIsRefused) {
       {CameraPreview::kRecoloured, 1200, 900, PreviewVerdict::kStale},
       {CameraPreview::kBrightened, 1200, 900, PreviewVerdict::kStale},
       {CameraPreview::kCropped, 1200, 900, PreviewVerdict::kStale},
+      {CameraPreview::kSlightlyCropped, 1200, 900, PreviewVerdict::kStale},
+      {CameraPreview::kPlainTopCropped, 1200, 900, PreviewVerdict::kStale},
       {CameraPreview::kOtherPicture, 1200, 900, PreviewVerdict::kStale},
       {CameraPreview::kLetterboxed, 1350, 900, PreviewVerdict::kWrongShape},
       {CameraPreview::kTiny, 1200, 900, PreviewVerdict::kTooSmall},
@@ -96,6 +100,37 @@ TEST(ExifPreviewThumbnailTest, APreviewThatNoLongerShowsThePhotoIsRefused) {
           << "kind " << static_cast<int>(c.preview) << " seed " << seed;
       EXPECT_TRUE(made.jpeg.empty());
     }
+  }
+}
+
+// A crop to the same shape moves the picture under the preview by a few of
+// its pixels: told on every picture, the smallest crop and the one below a
+// plain sky included. At 2400 pixels the photo's eighth is finer than the
+// preview, at 1200 coarser; below a sky the check reads on into the detail
+// and takes the preview where it still holds.
+TEST(ExifPreviewThumbnailTest, ACropIsToldOnEveryPicture) {
+  TempDir dir;
+  const std::string path = (dir / "photo.jpg").string();
+  for (int seed = 1; seed <= 8; ++seed) {
+    for (CameraPreview kind :
+         {CameraPreview::kCropped, CameraPreview::kSlightlyCropped,
+          CameraPreview::kPlainTopCropped}) {
+      ASSERT_TRUE(WriteCameraPhoto(path, 1200, 900, seed, 1, kind));
+      EXPECT_EQ(FromPreview(path).verdict, PreviewVerdict::kStale)
+          << "kind " << static_cast<int>(kind) << " seed " << seed;
+    }
+  }
+  struct Case {
+    CameraPreview preview;
+    PreviewVerdict verdict;
+  };
+  for (const Case& c :
+       {Case{CameraPreview::kPlainTop, PreviewVerdict::kTaken},
+        Case{CameraPreview::kPlainTopCropped, PreviewVerdict::kStale},
+        Case{CameraPreview::kSlightlyCropped, PreviewVerdict::kStale}}) {
+    ASSERT_TRUE(WriteCameraPhoto(path, 2400, 1800, 3, 1, c.preview));
+    EXPECT_EQ(FromPreview(path).verdict, c.verdict)
+        << "kind " << static_cast<int>(c.preview) << " at 2400 pixels";
   }
 }
 

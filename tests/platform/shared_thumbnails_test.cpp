@@ -2,6 +2,7 @@
 
 #include "platform/image_operations.h"
 #include "tests/support/bmp_writer.h"
+#include "tests/support/camera_photo.h"
 #include "tests/support/temp_dir.h"
 
 #include <gtest/gtest.h>
@@ -264,6 +265,29 @@ TEST_F(SharedThumbnailsTest, ABitmapPhotoIsMadeAndWritten) {
   ASSERT_EQ(images_->GenerateThumbnailExt(bitmap, made, 85, 90), 1);
   EXPECT_GT(vips::VImage::new_from_file(made.c_str()).extract_band(1).avg(),
             200);
+}
+
+// A camera photo whose preview still holds: its thumbnail and the shared
+// entry are made from the preview, at the entry's size and then the
+// program's, and both show the photo.
+TEST_F(SharedThumbnailsTest, ACameraPhotosPreviewGivesBothPictures) {
+  const std::string camera = (dir_.path() / "photos" / "camera.jpg").string();
+  ASSERT_TRUE(testing::WriteCameraPhoto(camera, 1200, 900, 2, 6,
+                                        testing::CameraPreview::kGood));
+  const std::string made = (dir_.path() / "made.jpg").string();
+  ASSERT_EQ(images_->GenerateThumbnailExt(camera, made, 85, 90), 1);
+  const vips::VImage own = vips::VImage::thumbnail(
+      camera.c_str(), 85, vips::VImage::option()->set("height", 85));
+  const vips::VImage mine = vips::VImage::new_from_file(made.c_str());
+  ASSERT_EQ(mine.width(), own.width());
+  ASSERT_EQ(mine.height(), own.height());
+  EXPECT_LT(
+      (mine.cast(VIPS_FORMAT_FLOAT) - own.cast(VIPS_FORMAT_FLOAT)).abs().avg(),
+      6.0);
+  const vips::VImage entry = vips::VImage::new_from_file(
+      SharedThumbnails(root_).EntryPath(camera, "normal").c_str());
+  EXPECT_EQ(entry.width(), 96);  // upright: the photo stands on its side
+  EXPECT_EQ(entry.height(), 128);
 }
 
 }  // namespace

@@ -122,7 +122,15 @@ bool WriteCameraPhoto(const std::string& path,
     return false;
   }
   try {
-    const vips::VImage taken = Picture(width, height, seed);
+    vips::VImage taken = Picture(width, height, seed);
+    if (preview == CameraPreview::kPlainTop ||
+        preview == CameraPreview::kPlainTopCropped) {
+      const vips::VImage sky =
+          vips::VImage::black(width, height / 10,
+                              vips::VImage::option()->set("bands", 3)) +
+          std::vector<double>{150, 175, 215};
+      taken = taken.insert(sky.cast(VIPS_FORMAT_UCHAR), 0, 0).copy_memory();
+    }
     vips::VImage stored = taken;
     vips::VImage small = taken.thumbnail_image(160);
     switch (preview) {
@@ -141,6 +149,14 @@ bool WriteCameraPhoto(const std::string& path,
         stored = (taken + 12).cast(VIPS_FORMAT_UCHAR);
         break;
       case CameraPreview::kCropped:
+        stored = taken.crop(width / 20, height / 20, width - width / 10,
+                            height - height / 10);
+        break;
+      case CameraPreview::kSlightlyCropped:
+        stored = taken.crop(width / 50, height / 50, width - 2 * (width / 50),
+                            height - 2 * (height / 50));
+        break;
+      case CameraPreview::kPlainTopCropped:
         stored = taken.crop(width / 20, height / 20, width - width / 10,
                             height - height / 10);
         break;

@@ -9,17 +9,20 @@ namespace qbpd::testing {
 // stands to it: as a camera wrote it, or after a tool changed the pixels and
 // kept the old preview.
 enum class CameraPreview {
-  kNone,          // no EXIF data at all
-  kGood,          // the photo reduced to 160 pixels wide, as cameras do
-  kTurned,        // the pixels turned half round afterwards
-  kMirrored,      // the pixels mirrored left to right afterwards
-  kRecoloured,    // the pixels' colours corrected afterwards
-  kBrightened,    // the pixels made a little brighter afterwards
-  kCropped,       // the pixels cropped to nine tenths, same shape
-  kOtherPicture,  // another picture of the same size written over it
-  kLetterboxed,   // a 4:3 preview with black bars over a 3:2 photo
-  kTiny,          // a preview of 64 pixels, smaller than a thumbnail
-  kProgressive,   // a good preview, the photo stored progressive
+  kNone,             // no EXIF data at all
+  kGood,             // the photo reduced to 160 pixels wide, as cameras do
+  kTurned,           // the pixels turned half round afterwards
+  kMirrored,         // the pixels mirrored left to right afterwards
+  kRecoloured,       // the pixels' colours corrected afterwards
+  kBrightened,       // the pixels made a little brighter afterwards
+  kCropped,          // the pixels cropped to nine tenths, same shape
+  kSlightlyCropped,  // the pixels cropped to 24/25, same shape
+  kPlainTop,         // a good preview; the top tenth one flat colour (a sky)
+  kPlainTopCropped,  // that photo's pixels cropped to nine tenths
+  kOtherPicture,     // another picture of the same size written over it
+  kLetterboxed,      // a 4:3 preview with black bars over a 3:2 photo
+  kTiny,             // a preview of 64 pixels, smaller than a thumbnail
+  kProgressive,      // a good preview, the photo stored progressive
 };
 
 // Writes a JPEG photo of `width` x `height` with photo-like detail (light,
