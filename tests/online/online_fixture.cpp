@@ -2,6 +2,8 @@
 
 #include "platform/forms/runtime_error.h"
 
+#include <vips/vips8>
+
 namespace qbpd::testing_support {
 
 namespace fs = std::filesystem;
@@ -19,6 +21,13 @@ void OnlineTest::WritePhotos(int count) {
   for (int i = 1; i <= count; ++i) {
     ASSERT_TRUE(WriteTestPhoto(Photo(i), 64, 48, i));
   }
+}
+
+void OnlineTest::WriteDrawing(const std::string& name, int level) {
+  vips::VImage::black(40, 30, vips::VImage::option()->set("bands", 3))
+      .linear(1.0, level)
+      .cast(VIPS_FORMAT_UCHAR)
+      .pngsave((photos() / name).c_str());
 }
 
 std::string OnlineTest::Photo(int n) const {

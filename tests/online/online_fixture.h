@@ -42,6 +42,8 @@ class OnlineTest : public ::testing::Test {
 
   // Writes `count` JPEG photos photo001.jpg ... into the photo folder.
   void WritePhotos(int count);
+  // Writes a 40 x 30 PNG drawing of one grey `level` into the photo folder.
+  void WriteDrawing(const std::string& name, int level);
   std::filesystem::path photos() const { return dir_.path() / "Photos"; }
   std::string Photo(int n) const;
 

@@ -5,8 +5,6 @@
 #include "online/frm_upload_imgs.h"
 #include "tests/online/online_fixture.h"
 
-#include <vips/vips8>
-
 #include <algorithm>
 #include <filesystem>
 #include <functional>
@@ -120,10 +118,7 @@ class UploadCopiesAhead : public OnlineTest {
   void StartWithDrawings() {
     WritePhotos(1);
     for (const char* name : {"a.png", "b.png"}) {
-      vips::VImage::black(40, 30, vips::VImage::option()->set("bands", 3))
-          .linear(1.0, 70)
-          .cast(VIPS_FORMAT_UCHAR)
-          .pngsave((photos() / name).c_str());
+      WriteDrawing(name, 70);
     }
     Start();
     Select(3);

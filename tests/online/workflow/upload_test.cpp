@@ -8,8 +8,6 @@
 #include "tests/online/online_fixture.h"
 #include "tests/support/bmp_writer.h"
 
-#include <vips/vips8>
-
 #include <filesystem>
 #include <fstream>
 
@@ -120,10 +118,7 @@ TEST_F(UploadRoad, ANewAlbumGetsItsIdFromTheFirstAnswerAndTheResultPage) {
 
 TEST_F(UploadRoad, APngAndABmpGoAsJpegCopiesThatAreRemovedAfterwards) {
   WritePhotos(1);
-  vips::VImage::black(40, 30, vips::VImage::option()->set("bands", 3))
-      .linear(1.0, 90)
-      .cast(VIPS_FORMAT_UCHAR)
-      .pngsave((photos() / "drawing.png").c_str());
+  WriteDrawing("drawing.png", 90);
   {
     std::ofstream bmp(photos() / "scan.bmp", std::ios::binary);
     bmp << testing::EncodeBmp(testing::BmpLayout(32, 24),
@@ -165,10 +160,7 @@ TEST_F(UploadRoad, APngAndABmpGoAsJpegCopiesThatAreRemovedAfterwards) {
 
 TEST_F(UploadRoad, PngsInARowAreConvertedAheadAndAllCopiesGoAtTheEnd) {
   for (const char* name : {"a.png", "b.png", "c.png"}) {
-    vips::VImage::black(40, 30, vips::VImage::option()->set("bands", 3))
-        .linear(1.0, 60)
-        .cast(VIPS_FORMAT_UCHAR)
-        .pngsave((photos() / name).c_str());
+    WriteDrawing(name, 60);
   }
   Start();
   Select(3);
