@@ -57,10 +57,17 @@ int main(int argc, char** argv) {
   qbpd::QtHost& host = *owned_host;
   // The photo view decodes on another thread while the window keeps
   // painting; the program sees nothing of the wait.
-  services.make_display = [&host] {
+  // A photo whose cached thumbnail shows it shows that at once, while it
+  // is decoded. The image library lives as long as the program.
+  qbpd::ImageOperations* images = services.images.get();
+  services.make_display = [&host, images] {
     return qbpd::MakeVipsDisplayControl(
-        /*work_ahead=*/true, [&host](const std::function<bool()>& done) {
+        /*work_ahead=*/true,
+        [&host](const std::function<bool()>& done) {
           host.WaitUnnoticed(done);
+        },
+        [images](const std::string& path) {
+          return images->CachedStandIn(path);
         });
   };
   services.numbers = qbpd::SystemNumberFormat();

@@ -50,9 +50,11 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
  public:
   DecodeAheadModel(std::function<std::shared_ptr<DisplayControl>()> make,
                    std::shared_ptr<DisplayControl> first,
-                   DecodeWait wait)
+                   DecodeWait wait,
+                   StandInLookup stand_in)
       : make_(std::move(make)),
         wait_(std::move(wait)),
+        stand_in_(std::move(stand_in)),
         current_(std::move(first)) {}
 
   ~DecodeAheadModel() override {
@@ -70,6 +72,11 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
   void DecodeAhead(std::vector<std::string> paths) override {
     {
       std::lock_guard lock(mutex_);
+      // The photo a stand-in shows stays wanted until it has replaced it.
+      if (!refining_.empty() &&
+          std::find(paths.begin(), paths.end(), refining_) == paths.end()) {
+        paths.insert(paths.begin(), refining_);
+      }
       wanted_ = paths;
       queue_.clear();
       for (auto it = ready_.begin(); it != ready_.end();) {
@@ -108,10 +115,18 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
       width_ = width_px;
       height_ = height_px;
     }
+    Refine();
     current_->SetViewSize(width_px, height_px);
+    if (!standing_in_.empty()) {
+      replay_.push_back({Step::kViewSize, width_px, height_px});
+    }
   }
 
   bool LoadPhoto(const std::string& path) override {
+    EndStandIn();
+    if (stand_in_ && !Ready(path) && StandIn(path)) {
+      return true;
+    }
     std::shared_ptr<DisplayControl> ahead = TakeDecoded(path);
     if (ahead) {
       ahead->SetViewSize(width_, height_);
@@ -136,18 +151,25 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
     DecodeAhead(paths);
   }
   void Clear() override {
+    EndStandIn();
     current_->Clear();
     fitted_ahead_ = false;
   }
   bool HasPhoto() const override { return current_->HasPhoto(); }
+  bool Refining() const override { return !standing_in_.empty(); }
   bool ZoomFitToWidth() override {
+    Refine();
     if (!current_->ZoomFitToWidth()) {
       return false;
     }
     fitted_ahead_ = false;
+    if (!standing_in_.empty()) {
+      replay_.push_back({Step::kFit, 0, 0});
+    }
     return true;
   }
   bool ZoomTo(int percent) override {
+    Settle();
     if (!current_->ZoomTo(percent)) {
       return false;
     }
@@ -161,7 +183,14 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
     return fitted_ahead_ ? kLoadedPercent : current_->ZoomPercent();
   }
   bool RotateView(int degrees) override {
-    return current_->RotateView(degrees);
+    Refine();
+    if (!current_->RotateView(degrees)) {
+      return false;
+    }
+    if (!standing_in_.empty()) {
+      replay_.push_back({Step::kRotate, degrees, 0});
+    }
+    return true;
   }
   int ViewRotation() const override { return current_->ViewRotation(); }
   int PhotoWidth() const override { return current_->PhotoWidth(); }
@@ -177,15 +206,19 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
               int w,
               int h,
               std::vector<std::uint8_t>& rgb) override {
+    Refine();
     return AtToldZoom() && current_->Render(x, y, w, h, rgb);
   }
   bool ToolMouseDown(double x, double y, int button) override {
+    Settle();
     return AtToldZoom() && current_->ToolMouseDown(x, y, button);
   }
   bool ToolMouseMove(double x, double y, int buttons) override {
+    Settle();
     return AtToldZoom() && current_->ToolMouseMove(x, y, buttons);
   }
   void ToolMouseUp(double x, double y, int button) override {
+    Settle();
     if (AtToldZoom()) {
       current_->ToolMouseUp(x, y, button);
     }
@@ -194,22 +227,37 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
     sink_ = sink;
     current_->SetEventSink(std::move(sink));
   }
+  // The editor's tools work over the photo's own pixels: they wait for it.
   bool SetCropAspect(int aspect_x, int aspect_y) override {
+    Settle();
     return current_->SetCropAspect(aspect_x, aspect_y);
   }
-  void ClearEdit() override { current_->ClearEdit(); }
+  void ClearEdit() override {
+    Settle();
+    current_->ClearEdit();
+  }
   void BeginRedEye(int mode, int option) override {
+    Settle();
     current_->BeginRedEye(mode, option);
   }
-  bool ShowCorrected() override { return current_->ShowCorrected(); }
-  void ShowOriginal() override { current_->ShowOriginal(); }
+  bool ShowCorrected() override {
+    Settle();
+    return current_->ShowCorrected();
+  }
+  void ShowOriginal() override {
+    Settle();
+    current_->ShowOriginal();
+  }
   int FinishCorrection(bool write, const std::string& path) override {
+    Settle();
     return current_->FinishCorrection(write, path);
   }
   bool SaveShownPhoto(const std::string& path) override {
+    Settle();
     return current_->SaveShownPhoto(path);
   }
   bool SaveCropped(const std::string& path) override {
+    Settle();
     return current_->SaveCropped(path);
   }
   Tool ActiveTool() const override { return current_->ActiveTool(); }
@@ -218,6 +266,143 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
   }
 
  private:
+  // What the caller did to a stand-in, done again in order to the photo
+  // that replaces it.
+  enum class Step { kViewSize, kFit, kRotate };
+  struct Replay {
+    Step step;
+    int a;
+    int b;
+  };
+
+  // Shows the stand-in for `path`, if there is one, and has the photo
+  // decoded first on the worker; false when the load must go the plain way.
+  bool StandIn(const std::string& path) {
+    std::optional<RgbPicture> picture = stand_in_(path);
+    std::shared_ptr<DisplayControl> model =
+        picture && make_ ? make_() : nullptr;
+    if (!model) {
+      return false;
+    }
+    model->SetViewSize(width_, height_);
+    if (!model->LoadPhotoStandIn(path, picture->width, picture->height,
+                                 picture->pixels)) {
+      return false;
+    }
+    {
+      std::lock_guard lock(mutex_);
+      refining_ = path;
+      if (std::find(wanted_.begin(), wanted_.end(), path) == wanted_.end()) {
+        wanted_.insert(wanted_.begin(), path);
+      }
+      if (working_ != path && ready_.count(path) == 0) {
+        std::erase(queue_, path);
+        queue_.push_front(path);
+        wanted_width_ = width_;
+        wanted_height_ = height_;
+      }
+      if (!worker_.joinable()) {
+        worker_ = std::thread([this] { Work(); });
+      }
+    }
+    changed_.notify_all();
+    model->SetEventSink(sink_);
+    current_ = std::move(model);
+    fitted_ahead_ = false;
+    standing_in_ = path;
+    stand_in_width_ = width_;
+    stand_in_height_ = height_;
+    replay_.clear();
+    return true;
+  }
+
+  bool Ready(const std::string& path) {
+    std::lock_guard lock(mutex_);
+    return ready_.count(path) > 0;
+  }
+
+  // Puts the decoded photo in the stand-in's place once it is there.
+  void Refine() {
+    if (standing_in_.empty()) {
+      return;
+    }
+    std::unique_lock lock(mutex_);
+    if (ready_.count(standing_in_) == 0 &&
+        (working_ == standing_in_ || std::find(queue_.begin(), queue_.end(),
+                                               standing_in_) != queue_.end())) {
+      return;
+    }
+    lock.unlock();
+    Settle();
+  }
+
+  // Waits for the decoded photo and puts it in the stand-in's place. A
+  // photo the worker could not give is loaded the plain way; when that
+  // fails too, the stand-in stays and decodes by itself what it must.
+  void Settle() {
+    if (standing_in_.empty()) {
+      return;
+    }
+    const std::string path = standing_in_;
+    std::unique_lock lock(mutex_);
+    WaitUntil(lock, [&] {
+      return working_ != path &&
+             std::find(queue_.begin(), queue_.end(), path) == queue_.end();
+    });
+    std::shared_ptr<DisplayControl> fine;
+    bool fitted = false;
+    if (auto it = ready_.find(path); it != ready_.end()) {
+      if (it->second.model && it->second.stamp == StampOf(path)) {
+        fine = std::move(it->second.model);
+        fitted = true;
+      }
+      ready_.erase(it);
+    }
+    refining_.clear();
+    lock.unlock();
+    std::vector<Replay> replay = std::move(replay_);
+    standing_in_.clear();
+    replay_.clear();
+    if (!fine) {
+      fine = LoadApart(path);
+    }
+    if (!fine) {
+      return;
+    }
+    fine->SetViewSize(stand_in_width_, stand_in_height_);
+    fine->SetEventSink(sink_);
+    current_ = std::move(fine);
+    fitted_ahead_ = fitted;
+    if (fitted) {
+      ++served_;
+    }
+    for (const Replay& step : replay) {
+      switch (step.step) {
+        case Step::kViewSize:
+          current_->SetViewSize(step.a, step.b);
+          break;
+        case Step::kFit:
+          ZoomFitToWidth();
+          break;
+        case Step::kRotate:
+          RotateView(step.a);
+          break;
+      }
+    }
+    current_->SetViewSize(width_, height_);
+  }
+
+  // Drops the stand-in's wish: the photo it stood for is no longer shown.
+  void EndStandIn() {
+    if (standing_in_.empty()) {
+      return;
+    }
+    standing_in_.clear();
+    replay_.clear();
+    std::lock_guard lock(mutex_);
+    refining_.clear();
+  }
+
   // Brings a model that came fitted to the 100% it told; false when it
   // cannot be shown at 100%, as a plain load would fail to.
   bool AtToldZoom() {
@@ -340,7 +525,14 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
 
   std::function<std::shared_ptr<DisplayControl>()> make_;
   DecodeWait wait_;
+  StandInLookup stand_in_;
   std::shared_ptr<DisplayControl> current_;
+  // The photo whose stand-in is on show, the view size it was loaded at,
+  // and what was done to it since.
+  std::string standing_in_;
+  int stand_in_width_ = 0;
+  int stand_in_height_ = 0;
+  std::vector<Replay> replay_;
   EventSink sink_;
   int served_ = 0;
   // The model on show came from a decoding ahead and is still at the fit
@@ -354,6 +546,8 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
   std::deque<std::string> queue_;
   std::vector<std::string> wanted_;
   std::string working_;
+  // `standing_in_`, for the worker's side.
+  std::string refining_;
   std::map<std::string, Decoded> ready_;
   int width_ = 0;
   int height_ = 0;
@@ -384,13 +578,14 @@ void RunApart(const std::function<void()>& work, const DecodeWait& wait) {
 
 std::unique_ptr<DecodeAheadDisplay> MakeDecodeAheadDisplay(
     std::function<std::shared_ptr<DisplayControl>()> make,
-    DecodeWait wait) {
+    DecodeWait wait,
+    StandInLookup stand_in) {
   std::shared_ptr<DisplayControl> first = make ? make() : nullptr;
   if (!first) {
     return nullptr;
   }
-  return std::make_unique<DecodeAheadModel>(std::move(make), std::move(first),
-                                            std::move(wait));
+  return std::make_unique<DecodeAheadModel>(
+      std::move(make), std::move(first), std::move(wait), std::move(stand_in));
 }
 
 }  // namespace qbpd

@@ -2,9 +2,11 @@
 #define QBPD_PLATFORM_DECODE_AHEAD_H_
 
 #include "platform/forms/display_control.h"
+#include "platform/rgb_picture.h"
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -40,15 +42,27 @@ using DecodeWait = std::function<void(const std::function<bool()>& done)>;
 // thread when no thread can be had. `work` must not throw.
 void RunApart(const std::function<void()>& work, const DecodeWait& wait);
 
+// A small picture that may stand in for the photo at `path` while it is
+// decoded, only when the photo is certain to decode (see
+// ImageOperations::CachedStandIn); nothing otherwise.
+using StandInLookup =
+    std::function<std::optional<RgbPicture>(const std::string& path)>;
+
 // `make` makes the plain models: one for the view, one per photo decoded
 // ahead and one per LoadPhoto (called on worker threads). LoadPhoto decodes
 // on a thread of its own too, while the caller waits through `wait`: until
 // it returns, the view keeps the photo it had, whole, and answers for it
-// (a paint meanwhile shows the old photo, never part of the new one). Null
-// when `make` gives nothing.
+// (a paint meanwhile shows the old photo, never part of the new one). With
+// `stand_in`, a photo that has a stand-in loads at once: the stand-in is
+// shown while the photo is decoded on the worker, and the decoded photo
+// replaces it on the first call after it is there (Refining tells a
+// widget to paint again); whatever needs the photo's own pixels waits for
+// it. Every answer is the one a plain load would give. Null when `make`
+// gives nothing.
 std::unique_ptr<DecodeAheadDisplay> MakeDecodeAheadDisplay(
     std::function<std::shared_ptr<DisplayControl>()> make,
-    DecodeWait wait = {});
+    DecodeWait wait = {},
+    StandInLookup stand_in = {});
 
 }  // namespace qbpd
 

@@ -42,9 +42,13 @@ namespace qbpd {
 // caller waits through `wait` (the desktop program's window keeps painting
 // meanwhile); every answer is the same as without. Without, PrepareLoad is
 // ignored and LoadPhoto decodes on the caller's thread (the benchmarks and the
-// tests compare the two).
-std::unique_ptr<DisplayControl> MakeVipsDisplayControl(bool work_ahead = true,
-                                                       DecodeWait wait = {});
+// tests compare the two). With work ahead and `stand_in`, a photo that has a
+// stand-in (its cached thumbnail, made by decoding this very file whole)
+// loads at once and shows the stand-in until its own decoding replaces it.
+std::unique_ptr<DisplayControl> MakeVipsDisplayControl(
+    bool work_ahead = true,
+    DecodeWait wait = {},
+    StandInLookup stand_in = {});
 
 }  // namespace qbpd
 

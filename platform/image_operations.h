@@ -2,8 +2,10 @@
 #define QBPD_PLATFORM_IMAGE_OPERATIONS_H_
 
 #include "platform/camera_facts.h"
+#include "platform/rgb_picture.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -49,6 +51,17 @@ class ImageOperations {
                                          std::string& buffer,
                                          int size,
                                          int quality) = 0;
+
+  // A small picture of the photo at `path` (its cached thumbnail, upright)
+  // that a photo view may show while it decodes the photo: given only when
+  // the thumbnail was made by decoding this very file whole, as it is now
+  // (same device, inode, size, modification and change time), so that the
+  // view's own decoding of it will not fail for a broken file. Nothing
+  // otherwise, and from a library without a cache.
+  virtual std::optional<RgbPicture> CachedStandIn(const std::string& path) {
+    (void)path;
+    return std::nullopt;
+  }
 
   // The measures of an image file: its width and height in pixels as stored
   // (before its EXIF orientation is applied); 0 when it can't be read.

@@ -36,6 +36,27 @@ std::optional<JpegInfo> ReadJpegInfo(const Bytes& jpeg) {
   return info;
 }
 
+std::optional<RgbPicture> DecodeSmallJpeg(const Bytes& jpeg, int max_side) {
+  const TurboHandle handle(tjInitDecompress());
+  RgbPicture rgb;
+  int subsampling = 0;
+  int colourspace = 0;
+  if (!handle ||
+      tjDecompressHeader3(handle.get(), jpeg.data(), jpeg.size(), &rgb.width,
+                          &rgb.height, &subsampling, &colourspace) != 0 ||
+      rgb.width < 1 || rgb.height < 1 || rgb.width > max_side ||
+      rgb.height > max_side) {
+    return std::nullopt;
+  }
+  rgb.pixels.resize(static_cast<std::size_t>(rgb.width) * rgb.height * 3);
+  if (tjDecompress2(handle.get(), jpeg.data(), jpeg.size(), rgb.pixels.data(),
+                    rgb.width, rgb.width * 3, rgb.height, TJPF_RGB,
+                    TJFLAG_STOPONWARNING) != 0) {
+    return std::nullopt;
+  }
+  return rgb;
+}
+
 std::optional<Bytes> EncodeRgb(const std::uint8_t* rgb,
                                int width,
                                int height,

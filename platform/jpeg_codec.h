@@ -4,6 +4,7 @@
 // For the platform's implementations only: libjpeg-turbo's encoder, header
 // reader over bytes in memory.
 #include "platform/jpeg_metadata.h"
+#include "platform/rgb_picture.h"
 
 #include <optional>
 
@@ -22,6 +23,10 @@ struct JpegInfo {
   bool plain_colour = true;
 };
 std::optional<JpegInfo> ReadJpegInfo(const Bytes& jpeg);
+
+// A small JPEG (no side above `max_side`) decoded to RGB; nothing when it
+// is broken or larger.
+std::optional<RgbPicture> DecodeSmallJpeg(const Bytes& jpeg, int max_side);
 
 // Encodes `width` x `height` RGB pixels (rows of width * 3 bytes) at
 // `quality` with `subsampling`; nothing on failure.

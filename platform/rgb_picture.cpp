@@ -41,6 +41,27 @@ Taps AreaTaps(int from, int to) {
   return taps;
 }
 
+// Where each target position `to` (of `to_size`) falls between two source
+// positions (of `from_size`): the nearer-left one and the weight, out of
+// 256, of the one after it.
+struct BlendTap {
+  int at = 0;
+  int weight = 0;
+};
+
+std::vector<BlendTap> BlendTaps(int from_size, int to_size) {
+  std::vector<BlendTap> taps(static_cast<std::size_t>(to_size));
+  const double step = static_cast<double>(from_size) / to_size;
+  for (int to = 0; to < to_size; ++to) {
+    const double from =
+        std::clamp((to + 0.5) * step - 0.5, 0.0, from_size - 1.0);
+    const int at = std::min(static_cast<int>(from), std::max(0, from_size - 2));
+    taps[static_cast<std::size_t>(to)] = {
+        at, static_cast<int>(std::lround((from - at) * 256))};
+  }
+  return taps;
+}
+
 }  // namespace
 
 // Area-averaged reduction of `source` to `width` x `height` (no larger):
@@ -149,6 +170,49 @@ RgbPicture Upright(const RgbPicture& stored, int orientation) {
     }
   }
   return out;
+}
+
+RgbPicture Enlarge(const RgbPicture& source, int width, int height) {
+  RgbPicture result;
+  if (source.width < 1 || source.height < 1 || width < 1 || height < 1) {
+    return result;
+  }
+  result.width = width;
+  result.height = height;
+  // Across each source row first, then between two of those rows for each
+  // row down: the inner loop is the same blend over whole rows, which the
+  // compiler vectorises.
+  const std::vector<BlendTap> across = BlendTaps(source.width, width);
+  const std::size_t row_bytes = static_cast<std::size_t>(width) * 3;
+  const int next_x = source.width > 1 ? 3 : 0;
+  std::vector<std::uint8_t> rows(row_bytes * source.height);
+  for (int y = 0; y < source.height; ++y) {
+    std::uint8_t* to = rows.data() + row_bytes * y;
+    for (int x = 0; x < width; ++x) {
+      const BlendTap tap = across[static_cast<std::size_t>(x)];
+      const std::uint8_t* from = source.At(tap.at, y);
+      for (int c = 0; c < 3; ++c) {
+        to[x * 3 + c] =
+            static_cast<std::uint8_t>((from[c] * (256 - tap.weight) +
+                                       from[c + next_x] * tap.weight + 128) >>
+                                      8);
+      }
+    }
+  }
+  const std::vector<BlendTap> down = BlendTaps(source.height, height);
+  result.pixels.resize(row_bytes * height);
+  for (int y = 0; y < height; ++y) {
+    const BlendTap tap = down[static_cast<std::size_t>(y)];
+    const std::uint8_t* upper = rows.data() + row_bytes * tap.at;
+    const std::uint8_t* lower = source.height > 1 ? upper + row_bytes : upper;
+    const unsigned weight = static_cast<unsigned>(tap.weight);
+    std::uint8_t* to = result.pixels.data() + row_bytes * y;
+    for (std::size_t i = 0; i < row_bytes; ++i) {
+      to[i] = static_cast<std::uint8_t>(
+          (upper[i] * (256 - weight) + lower[i] * weight + 128) >> 8);
+    }
+  }
+  return result;
 }
 
 }  // namespace qbpd

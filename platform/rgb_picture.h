@@ -21,6 +21,11 @@ struct RgbPicture {
 // mean of the area it covers.
 RgbPicture Reduce(const RgbPicture& source, int width, int height);
 
+// `source` enlarged (or kept) to `width` x `height`, each pixel blended
+// from the four nearest of the source (pixel centres kept in place). For a
+// picture shown only for a moment: fast rather than sharp.
+RgbPicture Enlarge(const RgbPicture& source, int width, int height);
+
 // The picture stood upright as the EXIF orientation (1 to 8) says.
 RgbPicture Upright(const RgbPicture& stored, int orientation);
 

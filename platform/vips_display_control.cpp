@@ -3,6 +3,7 @@
 #include "platform/photo_decode.h"
 #include "platform/photo_edits.h"
 #include "platform/photo_writer.h"
+#include "platform/rgb_picture.h"
 #include "platform/vips_photo_view.h"
 
 #include <vips/vips8>
@@ -26,6 +27,8 @@ constexpr int kMinPercent = 1;
 constexpr int kMaxPercent = 1600;
 // libvips' own limit on a side; a zoom that would pass it is refused.
 constexpr double kMaxShownSide = 10'000'000;
+// The most pixels a stand-in is enlarged to in memory at once.
+constexpr std::int64_t kMaxEnlargedStandIn = 8'000'000;
 
 // Swallows libvips' warnings while a model lives: a broken photo fails by
 // its result and prints nothing.
@@ -64,6 +67,46 @@ bool VipsDisplayControl::LoadPhoto(const std::string& path) {
     if (!Decode(photo, scale)) {
       return false;
     }
+    edits_.Reset();
+    photo_ = std::move(photo);
+    rotation_ = 0;
+    scale_ = 1.0;
+    return true;
+  });
+}
+
+bool VipsDisplayControl::LoadPhotoStandIn(
+    const std::string& path,
+    int width,
+    int height,
+    const std::vector<std::uint8_t>& rgb) {
+  if (width < 1 || height < 1 ||
+      rgb.size() != static_cast<std::size_t>(width) * height * 3) {
+    return false;
+  }
+  return Guarded([&] {
+    std::optional<PhotoHeader> header = ReadHeader(path);
+    if (!header) {
+      return false;
+    }
+    Photo photo;
+    photo.path = path;
+    photo.header = *header;
+    // A stand-in of another shape would show the photo distorted: a
+    // rounded side may be off by a pixel, no more.
+    const double upright_width = UprightWidth(photo, 0);
+    const double upright_height = UprightHeight(photo, 0);
+    if (std::abs(width * upright_height - height * upright_width) >
+        std::max(upright_width, upright_height)) {
+      return false;
+    }
+    photo.decoded = vips::VImage::new_from_memory(
+                        const_cast<std::uint8_t*>(rgb.data()), rgb.size(),
+                        width, height, /*bands=*/3, VIPS_FORMAT_UCHAR)
+                        .copy(vips::VImage::option()->set(
+                            "interpretation", VIPS_INTERPRETATION_sRGB))
+                        .copy_memory();
+    photo.stand_in = true;
     edits_.Reset();
     photo_ = std::move(photo);
     rotation_ = 0;
@@ -216,9 +259,14 @@ bool VipsDisplayControl::Decode(Photo& photo, double scale, bool may_wait) {
     return std::clamp(static_cast<int>(std::ceil(stored * scale - 1e-9)), 1,
                       stored);
   };
+  // A stand-in serves the fits and the paints; what asks to wait for the
+  // photo's own pixels gets them.
+  if (photo.stand_in && !may_wait) {
+    return true;
+  }
   const Needed needed{side(photo.header.stored_width),
                       side(photo.header.stored_height)};
-  if (photo.decoded &&
+  if (photo.decoded && !photo.stand_in &&
       Covers(photo.decoded->width(), photo.decoded->height(), needed)) {
     return true;
   }
@@ -234,8 +282,14 @@ bool VipsDisplayControl::Decode(Photo& photo, double scale, bool may_wait) {
     decode();
   }
   photo.decoded = std::move(decoded);
+  photo.stand_in = false;
   photo.shown.reset();
   return true;
+}
+
+bool VipsDisplayControl::Settle() {
+  return !photo_ || !photo_->stand_in ||
+         Guarded([&] { return Decode(*photo_, scale_, /*may_wait=*/true); });
 }
 
 void VipsDisplayControl::RunWaiting(const std::function<void()>& work) {
@@ -268,15 +322,46 @@ const vips::VImage* VipsDisplayControl::CachedShown(int width, int height) {
     return &*photo.shown;
   }
   photo.shown.reset();
-  if (std::int64_t{width} * height >=
-      std::int64_t{photo.decoded->width()} * photo.decoded->height()) {
+  if (photo.stand_in) {
+    // Enlarged whole once, cheaply, unless that takes a lot of memory
+    // (a zoom of 100%): then each area is resampled as it is drawn.
+    if (std::int64_t{width} * height > kMaxEnlargedStandIn) {
+      return nullptr;
+    }
+    photo.shown = EnlargedStandIn(width, height);
+  } else if (std::int64_t{width} * height >=
+             std::int64_t{photo.decoded->width()} * photo.decoded->height()) {
     return nullptr;
+  } else {
+    photo.shown = RgbInMemory(Shown(width, height, /*with_colour=*/false));
   }
-  photo.shown = RgbInMemory(Shown(width, height, /*with_colour=*/false));
   photo.shown_scale = scale_;
   photo.shown_rotation = rotation_;
   photo.shown_version = edits_.Version();
   return &*photo.shown;
+}
+
+vips::VImage VipsDisplayControl::EnlargedStandIn(int width, int height) {
+  vips::VImage small = *photo_->decoded;
+  if (rotation_ != 0) {
+    small = small.rot(AngleOf(rotation_));
+  }
+  RgbPicture from;
+  from.width = small.width();
+  from.height = small.height();
+  std::size_t size = 0;
+  void* pixels = small.write_to_memory(&size);
+  const auto* bytes = static_cast<const std::uint8_t*>(pixels);
+  from.pixels.assign(bytes, bytes + size);
+  g_free(pixels);
+  const RgbPicture enlarged = Enlarge(from, width, height);
+  return vips::VImage::new_from_memory(
+             const_cast<std::uint8_t*>(enlarged.pixels.data()),
+             enlarged.pixels.size(), width, height, /*bands=*/3,
+             VIPS_FORMAT_UCHAR)
+      .copy(vips::VImage::option()->set("interpretation",
+                                        VIPS_INTERPRETATION_sRGB))
+      .copy_memory();
 }
 
 vips::VImage VipsDisplayControl::Shown(int width,
@@ -290,7 +375,7 @@ vips::VImage VipsDisplayControl::Shown(int width,
           edits_.RedEyeActive() ? edits_.ReadyWork() : nullptr) {
     image = PhotoEdits::Wrap(*work);
     turn = (rotation_ - work->rotation + 360) % 360;
-  } else {
+  } else if (!photo_->stand_in) {
     image = Oriented(image, photo_->header.orientation);
   }
   if (turn != 0) {
@@ -366,7 +451,8 @@ void VipsDisplayControl::Raise(const std::string& event) {
 }
 
 std::unique_ptr<DisplayControl> MakeVipsDisplayControl(bool work_ahead,
-                                                       DecodeWait wait) {
+                                                       DecodeWait wait,
+                                                       StandInLookup stand_in) {
   // Starting libvips again is harmless. Its operation cache stays off, as
   // for the thumbnails: cached loaders would keep photo files open.
   if (VIPS_INIT("qbpd") == 0) {
@@ -381,7 +467,7 @@ std::unique_ptr<DisplayControl> MakeVipsDisplayControl(bool work_ahead,
       [wait, here]() -> std::shared_ptr<DisplayControl> {
         return std::make_unique<VipsDisplayControl>(wait, here);
       },
-      wait);
+      wait, std::move(stand_in));
 }
 
 }  // namespace qbpd

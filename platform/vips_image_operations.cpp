@@ -2,6 +2,7 @@
 #include "platform/bmp_reader.h"
 #include "platform/exif_preview_thumbnail.h"
 #include "platform/image_operations.h"
+#include "platform/jpeg_codec.h"
 #include "platform/photo_kind.h"
 #include "platform/photo_writer.h"
 #include "platform/shared_thumbnails.h"
@@ -11,6 +12,7 @@
 #include "platform/vips_jpeg.h"
 #include "platform/vips_photo_load.h"
 #include "platform/vips_thumbnail.h"
+#include "platform/whole_decode_mark.h"
 
 #include <vips/vips8>
 
@@ -148,20 +150,43 @@ class VipsImageOperations final : public ImageOperations {
                            const std::string& thumbnail,
                            int size,
                            int quality) override {
+    // The whole-decode mark is for the program's own cache only.
+    return WriteThumbnail(source, thumbnail, size, quality, /*marked=*/false);
+  }
+
+  std::optional<RgbPicture> CachedStandIn(const std::string& path) override {
     try {
-      std::optional<std::vector<std::uint8_t>> jpeg;
-      if (thumbnails_ahead_) {
-        jpeg = thumbnails_ahead_->Take(source, AheadKind(size, quality));
+      if (path.empty()) {
+        return std::nullopt;
       }
-      if (!jpeg) {
-        jpeg = MakeJpegThumbnail(source, size, quality, shared_);
+      const fs::path photo = Normalised(path);
+      const std::optional<FileIdentity> now = IdentityOfPath(photo.string());
+      if (!now) {
+        return std::nullopt;
       }
-      return jpeg && ReplaceFile(thumbnail, jpeg->data(), jpeg->size()) ? 1 : 0;
-    } catch (const vips::VError&) {
-      vips_error_clear();
+      std::vector<std::pair<int, int>> kinds;
+      {
+        std::lock_guard lock(kinds_mutex_);
+        kinds = cached_kinds_;
+      }
+      for (const auto& [size, quality] : kinds) {
+        const std::optional<std::string> name = CacheName(photo, size, quality);
+        std::vector<std::uint8_t> jpeg;
+        if (!name || !ReadSmallFile(fs::path(cache_folder_) / *name, jpeg)) {
+          continue;
+        }
+        const std::optional<FileIdentity> marked =
+            ReadWholeDecodeMark(jpeg.data(), jpeg.size());
+        if (marked && *marked == *now) {
+          if (std::optional<RgbPicture> picture =
+                  DecodeSmallJpeg(jpeg, kMaxThumbnailSide)) {
+            return picture;
+          }
+        }
+      }
     } catch (...) {
     }
-    return 0;
+    return std::nullopt;
   }
 
   int GetImageWidth(const std::string& path) override {
@@ -190,14 +215,15 @@ class VipsImageOperations final : public ImageOperations {
       if (!name) {
         return 0;
       }
+      RememberKind(size, quality);
       const fs::path entry = fs::path(cache_folder_) / *name;
       if (CacheHolds(entry)) {
         buffer = entry.string();
         return 1;
       }
       if (!MakeCacheFolder() ||
-          GenerateThumbnailExt(photo.string(), entry.string(), size, quality) !=
-              1) {
+          WriteThumbnail(photo.string(), entry.string(), size, quality,
+                         /*marked=*/true) != 1) {
         return 0;
       }
       // The photo's older thumbnails are stale now.
@@ -360,6 +386,70 @@ class VipsImageOperations final : public ImageOperations {
     return true;
   }
 
+  // Writes the thumbnail of `source` to `target`, made ahead or now; with
+  // `marked`, a thumbnail decoded from the whole photo keeps its mark.
+  int WriteThumbnail(const std::string& source,
+                     const std::string& target,
+                     int size,
+                     int quality,
+                     bool marked) {
+    try {
+      std::optional<std::vector<std::uint8_t>> jpeg;
+      if (thumbnails_ahead_) {
+        jpeg = thumbnails_ahead_->Take(source, AheadKind(size, quality));
+      }
+      if (!jpeg) {
+        jpeg = MakeJpegThumbnail(source, size, quality, shared_);
+      }
+      if (jpeg && !marked) {
+        jpeg = WithoutWholeDecodeMark(std::move(*jpeg));
+      }
+      return jpeg && ReplaceFile(target, jpeg->data(), jpeg->size()) ? 1 : 0;
+    } catch (const vips::VError&) {
+      vips_error_clear();
+    } catch (...) {
+    }
+    return 0;
+  }
+
+  // The thumbnail sizes and qualities the cache has been asked for, which a
+  // stand-in is looked up by.
+  void RememberKind(int size, int quality) {
+    std::lock_guard lock(kinds_mutex_);
+    const std::pair<int, int> kind{size, quality};
+    if (std::find(cached_kinds_.begin(), cached_kinds_.end(), kind) ==
+        cached_kinds_.end()) {
+      cached_kinds_.push_back(kind);
+    }
+  }
+
+  // A cache entry's bytes, when it is a plain file of a thumbnail's size.
+  static bool ReadSmallFile(const fs::path& path,
+                            std::vector<std::uint8_t>& bytes) {
+    constexpr std::size_t kMaxEntryBytes = 1u << 20;
+    FileDescriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+    struct stat status {};
+    if (fd.get() < 0 || ::fstat(fd.get(), &status) != 0 ||
+        !S_ISREG(status.st_mode) || status.st_size <= 0 ||
+        static_cast<std::size_t>(status.st_size) > kMaxEntryBytes) {
+      return false;
+    }
+    bytes.resize(static_cast<std::size_t>(status.st_size));
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+      const ssize_t got =
+          ::read(fd.get(), bytes.data() + done, bytes.size() - done);
+      if (got < 0 && errno == EINTR) {
+        continue;
+      }
+      if (got <= 0) {
+        return false;
+      }
+      done += static_cast<std::size_t>(got);
+    }
+    return true;
+  }
+
   static std::string AheadKind(int size, int quality) {
     return std::to_string(size) + 'q' + std::to_string(quality);
   }
@@ -470,6 +560,10 @@ class VipsImageOperations final : public ImageOperations {
   SharedThumbnails shared_;
   bool thumbnails_ahead_allowed_;
   std::optional<CacheIndex> index_;
+  std::mutex kinds_mutex_;
+  std::vector<std::pair<int, int>> cached_kinds_;
+  // No thumbnail the cache holds is larger.
+  static constexpr int kMaxThumbnailSide = 10000;
   TurnAhead ahead_;
   // Made on first use: most image libraries never make a folder's thumbnails.
   std::unique_ptr<ThumbnailAhead> thumbnails_ahead_;

@@ -45,6 +45,11 @@ class VipsDisplayControl final : public DisplayControl {
 
   bool LoadPhoto(const std::string& path) override;
 
+  bool LoadPhotoStandIn(const std::string& path,
+                        int width,
+                        int height,
+                        const std::vector<std::uint8_t>& rgb) override;
+
   void Clear() override;
 
   bool HasPhoto() const override { return photo_.has_value(); }
@@ -119,6 +124,9 @@ class VipsDisplayControl final : public DisplayControl {
     // The stored picture in memory at the detail the zooms so far have
     // needed (RGB, not turned upright); empty until decoded.
     std::optional<vips::VImage> decoded;
+    // `decoded` is a stand-in, upright already: it serves fits and paints
+    // until anything needs the photo's own pixels.
+    bool stand_in = false;
     // The picture as last shown, in memory, while it is smaller than the
     // decoding: a scrolled view copies from it instead of resampling again.
     std::optional<vips::VImage> shown;
@@ -156,6 +164,9 @@ class VipsDisplayControl final : public DisplayControl {
   // file again when it is not. A finer decoding already held is kept. On
   // failure the photo keeps what it had.
   bool Decode(Photo& photo, double scale, bool may_wait = false);
+  // Replaces a stand-in by the photo's own decoding; true when there is
+  // none (any more).
+  bool Settle();
   // Runs `work` on a thread of its own while this one waits through `wait_`
   // when this is the waiting thread and no such wait is under way, else on
   // this thread; what `work` throws is thrown here. The work may only read
@@ -175,6 +186,9 @@ class VipsDisplayControl final : public DisplayControl {
   // scaled to exactly `width` x `height`. The editor's corrections belong
   // between the upright picture and the view's rotation.
   vips::VImage Shown(int width, int height, bool with_colour = true);
+
+  // The stand-in, turned as shown, enlarged to `width` x `height` in memory.
+  vips::VImage EnlargedStandIn(int width, int height);
 
   // Brings the cached shown picture up to date after a red-eye click that
   // changed `changed` (pixels of the work picture), by resampling only that

@@ -30,7 +30,8 @@ bool VipsDisplayControl::SetCropAspect(int aspect_x, int aspect_y) {
 void VipsDisplayControl::BeginRedEye(int mode, int option) {
   (void)mode;
   (void)option;
-  if (!photo_) {
+  // The tool works over the photo's own pixels, not a stand-in's.
+  if (!photo_ || !Settle()) {
     return;
   }
   edits_.Crop().Reset();
@@ -59,7 +60,7 @@ void VipsDisplayControl::BeginRedEye(int mode, int option) {
 }
 
 bool VipsDisplayControl::ShowCorrected() {
-  if (!photo_) {
+  if (!photo_ || !Settle()) {
     return false;
   }
   return Guarded([&] {

@@ -6,6 +6,7 @@
 #include "platform/photo_kind.h"
 #include "platform/shared_thumbnails.h"
 #include "platform/vips_jpeg.h"
+#include "platform/whole_decode_mark.h"
 
 #include <vips/vips8>
 
@@ -175,10 +176,14 @@ std::optional<std::vector<std::uint8_t>> MakeJpegThumbnail(
   // Kept alive until the JPEG is encoded: the bitmap's pixels are not
   // copied into libvips.
   BmpPixels bitmap;
+  // Whether the whole photo goes through the JPEG decoder here, which
+  // refuses what the photo view refuses.
+  bool decoded_whole = false;
   if (!thumbnail && kind == PhotoKind::kBmp) {
     thumbnail = BitmapThumbnail(fd.get(), make_size, bitmap);
   } else if (!thumbnail) {
     thumbnail = VipsThumbnail(fd.get(), kind, make_size);
+    decoded_whole = kind == PhotoKind::kJpeg;
   }
   if (!thumbnail) {
     return std::nullopt;
@@ -195,7 +200,15 @@ std::optional<std::vector<std::uint8_t>> MakeJpegThumbnail(
                                              ->set("height", size)
                                              ->set("size", VIPS_SIZE_DOWN));
   }
-  return EncodeThumbnail(*thumbnail, quality);
+  std::vector<std::uint8_t> jpeg = EncodeThumbnail(*thumbnail, quality);
+  // The decoding happens as the thumbnail is encoded: the mark goes in only
+  // when the file stayed the same all along.
+  struct stat after {};
+  if (decoded_whole && ::fstat(fd.get(), &after) == 0 &&
+      IdentityOf(after) == IdentityOf(status)) {
+    return WithWholeDecodeMark(std::move(jpeg), IdentityOf(status));
+  }
+  return jpeg;
 }
 
 }  // namespace qbpd

@@ -17,7 +17,9 @@ class SharedThumbnails;
 // file, no photo of a supported kind, is cut short or broken, or would take
 // more than one photo may to decode. With `shared` enabled, a trusted entry
 // of the desktop's shared thumbnails is taken first, and a thumbnail made
-// here is written there too. Library failures throw vips::VError.
+// here is written there too. A thumbnail decoded from the whole JPEG, the
+// file unchanged all along, carries the whole-decode mark (see
+// whole_decode_mark.h). Library failures throw vips::VError.
 std::optional<std::vector<std::uint8_t>> MakeJpegThumbnail(
     const std::string& source,
     int size,

@@ -53,6 +53,27 @@ class DisplayControl {
   }
   virtual bool HasPhoto() const = 0;
 
+  // Loads the photo at `path` with `rgb` (`width` x `height` 8-bit RGB
+  // pixels, upright, the photo's shape) standing in for its picture: every
+  // answer is the one LoadPhoto would give, but Render shows the stand-in
+  // scaled until something needs the photo's own pixels, which are then
+  // decoded. Only for a caller certain that the photo decodes (see
+  // ImageOperations::CachedStandIn). False, and the view as it was, when
+  // the model has no stand-ins or the stand-in doesn't fit the photo.
+  virtual bool LoadPhotoStandIn(const std::string& path,
+                                int width,
+                                int height,
+                                const std::vector<std::uint8_t>& rgb) {
+    (void)path;
+    (void)width;
+    (void)height;
+    (void)rgb;
+    return false;
+  }
+  // True while Render shows a stand-in that the photo's own picture will
+  // replace by itself soon: a desktop widget paints again shortly.
+  virtual bool Refining() const { return false; }
+
   // Scales the photo to the view's width, at any height.
   virtual bool ZoomFitToWidth() = 0;
   // Scales the photo to `percent` (1 to 1600).

@@ -83,8 +83,14 @@ Outcome RunScriptWith(const fs::path& script,
                                services.places.program + "/qbpd-saver");
     services.images = MakeVipsImageOperations(
         services.places.cache + "/thumbnails", work_ahead);
-    services.make_display = [work_ahead] {
-      return MakeVipsDisplayControl(work_ahead);
+    // With the work ahead, as the desktop program has it: a cached
+    // thumbnail of a photo decoded whole stands in while it is decoded.
+    ImageOperations* images = services.images.get();
+    services.make_display = [work_ahead, images] {
+      return MakeVipsDisplayControl(work_ahead, {},
+                                    [images](const std::string& path) {
+                                      return images->CachedStandIn(path);
+                                    });
     };
     return services;
   };

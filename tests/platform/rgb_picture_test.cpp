@@ -57,6 +57,43 @@ TEST(RgbPictureTest, EachReducedPixelIsTheMeanOfTheAreaItCovers) {
   }
 }
 
+TEST(RgbPictureTest, EnlargingBlendsTheTwoNearestPixelsEachWay) {
+  struct Case {
+    const char* what;
+    int width, height;
+    std::vector<int> red;
+    int to_width, to_height;
+    std::vector<int> expected;
+  };
+  const std::vector<Case> cases = {
+      // The outer pixels keep their values; between them a quarter and
+      // three quarters of the way.
+      {"doubled across", 2, 1, {0, 200}, 4, 1, {0, 50, 150, 200}},
+      {"doubled down", 1, 2, {0, 100}, 1, 4, {0, 25, 75, 100}},
+      {"both ways",
+       2,
+       2,
+       {0, 200, 0, 200},
+       4,
+       2,
+       {0, 50, 150, 200, 0, 50, 150, 200}},
+      {"unchanged", 2, 1, {7, 250}, 2, 1, {7, 250}},
+      {"a single pixel", 1, 1, {90}, 3, 2, {90, 90, 90, 90, 90, 90}},
+  };
+  for (const Case& c : cases) {
+    const RgbPicture enlarged =
+        Enlarge(Picture(c.width, c.height, c.red), c.to_width, c.to_height);
+    ASSERT_EQ(enlarged.width, c.to_width) << c.what;
+    ASSERT_EQ(enlarged.height, c.to_height) << c.what;
+    EXPECT_EQ(Reds(enlarged), c.expected) << c.what;
+    for (std::size_t i = 0; i < enlarged.pixels.size(); i += 3) {
+      EXPECT_EQ(enlarged.pixels[i + 1], 10) << c.what;
+      EXPECT_EQ(enlarged.pixels[i + 2], 200) << c.what;
+    }
+  }
+  EXPECT_EQ(Enlarge(Picture(2, 1, {1, 2}), 0, 5).pixels.size(), 0u);
+}
+
 TEST(RgbPictureTest, EveryOrientationStandsThePictureUpright) {
   // Stored 3 x 2:  1 2 3
   //                4 5 6

@@ -15,6 +15,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
+#include <QTimer>
 #include <QWheelEvent>
 
 #include <algorithm>
@@ -32,6 +33,9 @@ namespace {
 constexpr int kScrollStepPx = 40;
 // A wheel reports 120 for one notch.
 constexpr int kWheelNotch = 120;
+// How soon a view showing a stand-in looks again for the photo's own
+// picture.
+constexpr int kRefinePollMs = 10;
 
 // The value that keeps the same fraction of the picture at the centre of a
 // view `view` wide when the picture goes from `old_shown` to `new_shown`.
@@ -190,6 +194,11 @@ void PhotoViewWidget::paintEvent(QPaintEvent*) {
       }
       cache_rect_ = visible;
       cache_shown_ = mapping.shown;
+      // A stand-in is on show: the photo's own picture replaces it soon.
+      if (model->Refining()) {
+        QTimer::singleShot(kRefinePollMs, this,
+                           [this] { InvalidatePicture(); });
+      }
     }
     if (!cache_.isNull()) {
       painter.drawImage(mapping.Origin() + visible.topLeft(), cache_);
