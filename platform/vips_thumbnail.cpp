@@ -202,10 +202,12 @@ std::optional<std::vector<std::uint8_t>> MakeJpegThumbnail(
   }
   std::vector<std::uint8_t> jpeg = EncodeThumbnail(*thumbnail, quality);
   // The decoding happens as the thumbnail is encoded: the mark goes in only
-  // when the file stayed the same all along.
+  // when the file stayed the same all along, and any change to come will
+  // show in its change time.
   struct stat after {};
   if (decoded_whole && ::fstat(fd.get(), &after) == 0 &&
-      IdentityOf(after) == IdentityOf(status)) {
+      IdentityOf(after) == IdentityOf(status) &&
+      ChangedBeforeNow(IdentityOf(after))) {
     return WithWholeDecodeMark(std::move(jpeg), IdentityOf(status));
   }
   return jpeg;

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 #include <string_view>
+#include <time.h>
 
 namespace qbpd {
 namespace {
@@ -46,6 +47,14 @@ FileIdentity IdentityOf(const struct stat& status) {
   identity.modified_ns = Nanoseconds(status.st_mtim);
   identity.changed_ns = Nanoseconds(status.st_ctim);
   return identity;
+}
+
+bool ChangedBeforeNow(const FileIdentity& identity) {
+  // File times are taken from the coarse clock (or finer): a change time
+  // before its present tick can't be given again.
+  struct timespec now {};
+  return ::clock_gettime(CLOCK_REALTIME_COARSE, &now) == 0 &&
+         identity.changed_ns < Nanoseconds(now);
 }
 
 std::optional<FileIdentity> IdentityOfPath(const std::string& path) {

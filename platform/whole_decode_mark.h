@@ -26,6 +26,11 @@ FileIdentity IdentityOf(const struct stat& status);
 // The identity of the file at `path` now; nothing when it is no plain file.
 std::optional<FileIdentity> IdentityOfPath(const std::string& path);
 
+// Whether the file's last change lies in a tick of the file system's clock
+// that has passed: only then does any later change give it another change
+// time, also where file times are coarse (a few milliseconds).
+bool ChangedBeforeNow(const FileIdentity& identity);
+
 // A cached thumbnail may carry a mark that says its photo was decoded whole,
 // with the strictness the photo view has, while the photo had `identity`: a
 // comment segment right after the JPEG's start. The photo view takes such a

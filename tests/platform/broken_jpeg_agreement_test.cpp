@@ -4,6 +4,7 @@
 
 #include "platform/display_model.h"
 #include "platform/image_operations.h"
+#include "platform/whole_decode_mark.h"
 #include "tests/platform/hostile_files.h"
 #include "tests/support/temp_dir.h"
 
@@ -13,6 +14,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace qbpd {
@@ -139,6 +141,14 @@ TEST_P(BrokenJpegAgreementTest, TheThumbnailAndTheViewRefuseTheSameFiles) {
     const bool thumbnail = images->GenerateThumbnailExt(
                                photo, (temp_ / "t.jpg").string(), 85, 70) == 1;
     refused += thumbnail ? 0 : 1;
+    // A thumbnail the cache would let stand in for the photo is one whose
+    // photo the view loads.
+    while (!ChangedBeforeNow(IdentityOfPath(photo).value())) {
+      std::this_thread::yield();
+    }
+    std::string entry;
+    images->GenerateThumbnailAndBuffer(photo, entry, 85, 70);
+    EXPECT_EQ(images->CachedStandIn(photo).has_value(), thumbnail);
     // The view at an eighth, a quarter, a half and the full size.
     for (const int view_width : {80, 160, 320, 640}) {
       const auto display = MakeVipsDisplayControl();

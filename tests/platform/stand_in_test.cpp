@@ -35,6 +35,15 @@ constexpr int kViewHeight = 200;
 constexpr int kThumbnailSize = 85;
 constexpr int kThumbnailQuality = 70;
 
+// Waits (a few milliseconds at most) until the file's last change lies in
+// a passed tick of the file system's clock: a thumbnail made before that
+// is not trusted.
+void LetTheClockPass(const std::string& path) {
+  while (!ChangedBeforeNow(IdentityOfPath(path).value())) {
+    std::this_thread::yield();
+  }
+}
+
 std::vector<std::uint8_t> ReadBytes(const fs::path& path) {
   std::ifstream in(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(in), {}};
@@ -98,6 +107,7 @@ class CachedStandInTest : public ::testing::Test {
     const fs::path path = dir_ / name;
     EXPECT_TRUE(WriteCameraPhoto(path.string(), 600, 400, 3, /*orientation=*/1,
                                  preview));
+    LetTheClockPass(path.string());
     return path.string();
   }
 
@@ -137,6 +147,7 @@ TEST_F(CachedStandInTest, GivenOnlyForTheFileItsThumbnailWasDecodedFrom) {
   // Made again, it stands in again; replaced by a copy with the same size
   // and times (another inode), it doesn't.
   ASSERT_EQ(images_->DeleteThumbnailFile(photo), 1);
+  LetTheClockPass(photo);
   Thumbnail(photo);
   EXPECT_TRUE(images_->CachedStandIn(photo).has_value());
   const fs::path copy = dir_ / "copy.jpg";
@@ -168,6 +179,14 @@ TEST_F(CachedStandInTest, NoneWithoutAWholeDecodingOfAJpeg) {
             1);
   const std::vector<std::uint8_t> bytes = ReadBytes(outside);
   EXPECT_EQ(ReadWholeDecodeMark(bytes.data(), bytes.size()), std::nullopt);
+  // A photo changed in the present tick of the clock is not vouched for:
+  // a change in the same tick could keep its times.
+  const fs::path fresh = dir_ / "fresh.jpg";
+  fs::copy_file(photo, fresh);
+  if (!ChangedBeforeNow(IdentityOfPath(fresh.string()).value())) {
+    Thumbnail(fresh.string());
+    EXPECT_EQ(images_->CachedStandIn(fresh.string()), std::nullopt);
+  }
   const std::vector<std::uint8_t> cached = ReadBytes(Thumbnail(photo));
   EXPECT_TRUE(ReadWholeDecodeMark(cached.data(), cached.size()).has_value());
 }
