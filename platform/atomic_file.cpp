@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -97,27 +96,6 @@ bool RemoveIfStaleTemporaryFile(int dir, const char* name) {
                        named.st_dev == info.st_dev &&
                        ::unlinkat(dir, name, 0) == 0;
   ::close(fd);
-  return removed;
-}
-
-int RemoveStaleTemporaryFiles(const std::string& folder) {
-  const int dir =
-      ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK);
-  if (dir < 0) {
-    return 0;
-  }
-  DIR* listing = ::fdopendir(dir);
-  if (listing == nullptr) {
-    ::close(dir);
-    return 0;
-  }
-  int removed = 0;
-  while (const dirent* entry = ::readdir(listing)) {
-    if (RemoveIfStaleTemporaryFile(dir, entry->d_name)) {
-      ++removed;
-    }
-  }
-  ::closedir(listing);
   return removed;
 }
 

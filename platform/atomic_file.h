@@ -50,21 +50,18 @@ struct AtomicWrite {
 //
 // The temporary file is named ".<name>.qbpd-XXXXXX" (the X's random) and its
 // writer holds a lock on it (flock) until it is renamed or removed. A process
-// killed in the middle leaves it behind, unlocked: RemoveStaleTemporaryFiles
+// killed in the middle leaves it behind, unlocked: RemoveIfStaleTemporaryFile
 // finds it by that.
 bool WriteFileAtomically(const std::string& target,
                          const void* data,
                          std::size_t size,
                          const AtomicWrite& how = {});
 
-// Removes from `folder` (not its subfolders) the temporary files of
-// WriteFileAtomically that no living writer holds: what a crash or a kill in
-// the middle of a write left behind. Files of any other naming, links and
-// folders are left alone. Returns how many were removed.
-int RemoveStaleTemporaryFiles(const std::string& folder);
-
-// Removes the one entry `name` of the open folder `dir` when it is such a
-// stale temporary file; true when it went.
+// Removes the one entry `name` of the open folder `dir` when it is a
+// temporary file of WriteFileAtomically that no living writer holds: what a
+// crash or a kill in the middle of a write left behind. Files of any other
+// naming, links and folders are left alone. True when it went. (Listing a
+// folder removes them as it meets them: see ListPlainFiles.)
 bool RemoveIfStaleTemporaryFile(int dir, const char* name);
 
 // True when `name` (a file name without folder) has the naming of

@@ -11,7 +11,7 @@ namespace qbpd {
 // The names of the plain files directly in `folder`, in the order the file
 // system gives them; a link counts as what it points to, and "." and ".."
 // are never listed. The temporary files that a write killed half-way left
-// behind (see RemoveStaleTemporaryFiles) are removed as they are met and
+// behind (see RemoveIfStaleTemporaryFile) are removed as they are met and
 // left out, so that one reading of the folder does both. A folder that
 // can't be read lists nothing; one whose reading fails half-way lists what
 // was read until then.

@@ -4,6 +4,7 @@
 
 #include "platform/atomic_file.h"
 
+#include "platform/folder_listing.h"
 #include "tests/support/temp_dir.h"
 
 #include <gtest/gtest.h>
@@ -71,7 +72,8 @@ TEST(AtomicFileTest,
   EXPECT_EQ(left[0].rfind(".photo.jpg.qbpd-", 0), 0u) << left[0];
   EXPECT_EQ(fs::file_size(temp / left[0]), 4096u);
 
-  EXPECT_EQ(RemoveStaleTemporaryFiles(temp.path().string()), 1);
+  // The folder's next reading removes it.
+  EXPECT_TRUE(ListPlainFiles(temp.path().string()).empty());
   EXPECT_TRUE(Names(temp.path()).empty());
 
   // An existing photo killed while being replaced stays whole.
@@ -80,7 +82,8 @@ TEST(AtomicFileTest,
       WriteFileAtomically(target.string(), old_photo.data(), old_photo.size()));
   ASSERT_TRUE(WriteAndDie(target, 1 << 20, 4096));
   EXPECT_EQ(testing::ReadFile(target), old_photo);
-  EXPECT_EQ(RemoveStaleTemporaryFiles(temp.path().string()), 1);
+  EXPECT_EQ(ListPlainFiles(temp.path().string()),
+            std::vector<std::string>{"photo.jpg"});
   EXPECT_EQ(Names(temp.path()), std::vector<std::string>{"photo.jpg"});
 }
 
@@ -91,11 +94,11 @@ TEST(AtomicFileTest, AFileALivingWriterHoldsIsKept) {
   const int fd = ::open(busy.c_str(), O_RDONLY | O_CLOEXEC);
   ASSERT_GE(fd, 0);
   ASSERT_EQ(::flock(fd, LOCK_EX), 0);
-  EXPECT_EQ(RemoveStaleTemporaryFiles(temp.path().string()), 0);
+  EXPECT_EQ(ListPlainFiles(temp.path().string()).size(), 1u);
   EXPECT_TRUE(fs::exists(busy));
   ::close(fd);
   // Once its writer is gone it is stale.
-  EXPECT_EQ(RemoveStaleTemporaryFiles(temp.path().string()), 1);
+  EXPECT_TRUE(ListPlainFiles(temp.path().string()).empty());
   EXPECT_FALSE(fs::exists(busy));
 }
 
@@ -114,9 +117,8 @@ TEST(AtomicFileTest, OnlyTheProgramsOwnTemporaryFilesAreTouched) {
   fs::create_directory(temp / ".folder.qbpd-AbC123");
   fs::create_symlink(temp / "photo.jpg", temp / ".link.jpg.qbpd-AbC123");
   const std::vector<std::string> before = Names(temp.path());
-  EXPECT_EQ(RemoveStaleTemporaryFiles(temp.path().string()), 0);
+  ListPlainFiles(temp.path().string());
   EXPECT_EQ(Names(temp.path()), before);
-  EXPECT_EQ(RemoveStaleTemporaryFiles((temp / "missing").string()), 0);
 
   EXPECT_TRUE(IsTemporaryFileName(".a.qbpd-XyZ789"));
   EXPECT_FALSE(IsTemporaryFileName(".a.qbpd-XyZ789.jpg"));
@@ -128,7 +130,6 @@ TEST(AtomicFileTest, AFinishedWriteLeavesNothingBehind) {
   ASSERT_TRUE(
       WriteFileAtomically((temp / "a.txt").string(), text.data(), text.size()));
   EXPECT_EQ(Names(temp.path()), std::vector<std::string>{"a.txt"});
-  EXPECT_EQ(RemoveStaleTemporaryFiles(temp.path().string()), 0);
 }
 
 // Without a sync the old file gives way by an exchange of names: the new
