@@ -2,6 +2,7 @@
 #include "platform/atomic_file.h"
 #include "platform/clipboard.h"
 #include "platform/vips_photo_load.h"
+#include "platform/vips_quiet.h"
 
 #include <vips/vips8>
 
@@ -24,18 +25,9 @@ bool WriteNewFile(const std::string& target,
   return WriteFileAtomically(target, bytes, size, how);
 }
 
-void IgnoreLogMessage(const gchar*, GLogLevelFlags, const gchar*, gpointer) {}
-
 class MemoryClipboard final : public Clipboard {
  public:
-  MemoryClipboard()
-      : log_handler_(g_log_set_handler(
-            "VIPS",
-            static_cast<GLogLevelFlags>(G_LOG_LEVEL_WARNING |
-                                        G_LOG_LEVEL_MESSAGE | G_LOG_LEVEL_INFO),
-            IgnoreLogMessage,
-            nullptr)) {}
-  ~MemoryClipboard() override { g_log_remove_handler("VIPS", log_handler_); }
+  MemoryClipboard() = default;
 
   bool SetImageFromFile(const std::string& path) override {
     // libvips starts on first use, so that a run that never copies a photo
@@ -89,7 +81,7 @@ class MemoryClipboard final : public Clipboard {
 
  private:
   std::optional<vips::VImage> picture_;
-  guint log_handler_;
+  QuietVipsLog quiet_;
 };
 
 }  // namespace

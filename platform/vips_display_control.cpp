@@ -30,26 +30,13 @@ constexpr double kMaxShownSide = 10'000'000;
 // The most pixels a stand-in is enlarged to in memory at once.
 constexpr std::int64_t kMaxEnlargedStandIn = 8'000'000;
 
-// Swallows libvips' warnings while a model lives: a broken photo fails by
-// its result and prints nothing.
-void IgnoreLogMessage(const gchar*, GLogLevelFlags, const gchar*, gpointer) {}
-
 }  // namespace
 
 VipsDisplayControl::VipsDisplayControl(DecodeWait wait,
                                        std::thread::id waiting_thread)
-    : wait_(std::move(wait)),
-      waiting_thread_(waiting_thread),
-      log_handler_(g_log_set_handler(
-          "VIPS",
-          static_cast<GLogLevelFlags>(G_LOG_LEVEL_WARNING |
-                                      G_LOG_LEVEL_MESSAGE | G_LOG_LEVEL_INFO),
-          IgnoreLogMessage,
-          nullptr)) {}
+    : wait_(std::move(wait)), waiting_thread_(waiting_thread) {}
 
-VipsDisplayControl::~VipsDisplayControl() {
-  g_log_remove_handler("VIPS", log_handler_);
-}
+VipsDisplayControl::~VipsDisplayControl() = default;
 
 bool VipsDisplayControl::LoadPhoto(const std::string& path) {
   return Guarded([&] {

@@ -11,6 +11,7 @@
 #include "platform/vips_image_facts.h"
 #include "platform/vips_jpeg.h"
 #include "platform/vips_photo_load.h"
+#include "platform/vips_quiet.h"
 #include "platform/vips_thumbnail.h"
 #include "platform/whole_decode_mark.h"
 
@@ -123,10 +124,6 @@ bool RemoveEntries(const std::string& folder,
   return removed;
 }
 
-// Swallows libvips' own warnings while the image library lives: a broken
-// photo fails with 0 and says nothing on the terminal.
-void IgnoreLogMessage(const gchar*, GLogLevelFlags, const gchar*, gpointer) {}
-
 class VipsImageOperations final : public ImageOperations {
  public:
   VipsImageOperations(std::string cache_folder,
@@ -134,17 +131,7 @@ class VipsImageOperations final : public ImageOperations {
                       std::string shared_thumbnails)
       : cache_folder_(std::move(cache_folder)),
         shared_(std::move(shared_thumbnails)),
-        thumbnails_ahead_allowed_(thumbnails_ahead),
-        log_handler_(g_log_set_handler(
-            "VIPS",
-            static_cast<GLogLevelFlags>(G_LOG_LEVEL_WARNING |
-                                        G_LOG_LEVEL_MESSAGE | G_LOG_LEVEL_INFO),
-            IgnoreLogMessage,
-            nullptr)) {}
-
-  ~VipsImageOperations() override {
-    g_log_remove_handler("VIPS", log_handler_);
-  }
+        thumbnails_ahead_allowed_(thumbnails_ahead) {}
 
   int GenerateThumbnailExt(const std::string& source,
                            const std::string& thumbnail,
@@ -576,7 +563,8 @@ class VipsImageOperations final : public ImageOperations {
   static constexpr char kCopyKind[] = "jpeg-copy";
   std::mutex copies_mutex_;
   std::unique_ptr<ThumbnailAhead> copies_ahead_;
-  guint log_handler_;
+  // A broken photo fails with 0 and says nothing on the terminal.
+  QuietVipsLog quiet_;
 };
 
 }  // namespace

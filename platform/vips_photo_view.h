@@ -8,6 +8,7 @@
 #include "platform/decode_ahead.h"
 #include "platform/photo_decode.h"
 #include "platform/photo_edits.h"
+#include "platform/vips_quiet.h"
 
 #include <vips/vips8>
 
@@ -216,7 +217,7 @@ class VipsDisplayControl final : public DisplayControl {
   DecodeWait wait_;
   std::thread::id waiting_thread_;
   bool waiting_ = false;
-  guint log_handler_;
+  QuietVipsLog quiet_;
 };
 
 }  // namespace qbpd
