@@ -349,6 +349,10 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
       return working_ != path &&
              std::find(queue_.begin(), queue_.end(), path) == queue_.end();
     });
+    // A paint during the wait may have put the photo in place already.
+    if (standing_in_ != path) {
+      return;
+    }
     std::shared_ptr<DisplayControl> fine;
     bool fitted = false;
     if (auto it = ready_.find(path); it != ready_.end()) {

@@ -238,7 +238,8 @@ class StandInViewTest : public ::testing::Test {
  protected:
   void SetUp() override { ASSERT_EQ(VIPS_INIT("stand_in_test"), 0); }
 
-  std::unique_ptr<DecodeAheadDisplay> View(StandInLookup lookup) {
+  std::unique_ptr<DecodeAheadDisplay> View(StandInLookup lookup,
+                                           DecodeWait wait = {}) {
     const std::thread::id main = std::this_thread::get_id();
     std::shared_future<void> gate = gate_.get_future().share();
     auto view = MakeDecodeAheadDisplay(
@@ -248,7 +249,7 @@ class StandInViewTest : public ::testing::Test {
           }
           return MakeVipsDisplayControl(/*work_ahead=*/false);
         },
-        {}, std::move(lookup));
+        std::move(wait), std::move(lookup));
     view->SetViewSize(kViewWidth, kViewHeight);
     return view;
   }
@@ -327,6 +328,41 @@ TEST_F(StandInViewTest, WhatNeedsThePhotosPixelsWaitsForThem) {
   ASSERT_TRUE(view->Render(100, 50, 60, 40, drawn));
   ASSERT_TRUE(plain->Render(100, 50, 60, 40, plain_drawn));
   EXPECT_EQ(drawn, plain_drawn);
+}
+
+TEST_F(StandInViewTest, APaintDuringTheWaitThatBringsThePhotoInIsKept) {
+  // As in the desktop program: while a zoom waits for the photo, the window
+  // paints, and a paint may put the photo in the stand-in's place first.
+  const fs::path photo = dir_ / "photo.jpg";
+  SavePicture(photo, 900, 600);
+  DecodeAheadDisplay* painted = nullptr;
+  bool let_go = false;
+  auto view = View([](const std::string&) { return Solid(90, 60, 250); },
+                   [&](const std::function<bool()>& done) {
+                     if (!let_go) {
+                       let_go = true;
+                       LetDecodingsGo();
+                     }
+                     // Paints keep coming, one after the end too.
+                     std::vector<std::uint8_t> drawn;
+                     for (bool finished = false; !finished;) {
+                       finished = done();
+                       painted->Render(0, 0, 10, 10, drawn);
+                       std::this_thread::yield();
+                     }
+                   });
+  painted = view.get();
+  auto plain = Plain();
+  for (DisplayControl* each : {static_cast<DisplayControl*>(view.get()),
+                               static_cast<DisplayControl*>(plain.get())}) {
+    ASSERT_TRUE(each->LoadPhoto(photo.string()));
+    ASSERT_TRUE(each->ZoomFitToWidth());
+    ASSERT_TRUE(each->RotateView(90));
+    ASSERT_TRUE(each->ZoomTo(50));
+  }
+  EXPECT_TRUE(let_go);
+  EXPECT_FALSE(view->Refining());
+  EXPECT_EQ(Read(*view), Read(*plain));
 }
 
 TEST_F(StandInViewTest, LoadsThePlainWayWithoutAFittingStandIn) {
