@@ -209,16 +209,18 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
     Refine();
     return AtToldZoom() && current_->Render(x, y, w, h, rgb);
   }
+  // A tool is on the photo's own pixels (starting one waited for them):
+  // over a stand-in the mouse meets no tool and need not wait.
   bool ToolMouseDown(double x, double y, int button) override {
-    Settle();
+    Refine();
     return AtToldZoom() && current_->ToolMouseDown(x, y, button);
   }
   bool ToolMouseMove(double x, double y, int buttons) override {
-    Settle();
+    Refine();
     return AtToldZoom() && current_->ToolMouseMove(x, y, buttons);
   }
   void ToolMouseUp(double x, double y, int button) override {
-    Settle();
+    Refine();
     if (AtToldZoom()) {
       current_->ToolMouseUp(x, y, button);
     }
@@ -228,12 +230,13 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
     current_->SetEventSink(std::move(sink));
   }
   // The editor's tools work over the photo's own pixels: they wait for it.
+  // Ending them or showing the photo as loaded needs nothing of it.
   bool SetCropAspect(int aspect_x, int aspect_y) override {
     Settle();
     return current_->SetCropAspect(aspect_x, aspect_y);
   }
   void ClearEdit() override {
-    Settle();
+    Refine();
     current_->ClearEdit();
   }
   void BeginRedEye(int mode, int option) override {
@@ -245,7 +248,7 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
     return current_->ShowCorrected();
   }
   void ShowOriginal() override {
-    Settle();
+    Refine();
     current_->ShowOriginal();
   }
   int FinishCorrection(bool write, const std::string& path) override {
