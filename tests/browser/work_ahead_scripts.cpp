@@ -4,6 +4,7 @@
 // with it and without it to the same end and the same transcript.
 #include "app/driver/script_runner.h"
 #include "app/program/program.h"
+#include "core/settings.h"
 #include "platform/desktop_screensaver.h"
 #include "platform/display_model.h"
 #include "platform/image_operations.h"
@@ -73,6 +74,9 @@ Outcome RunScriptWith(const fs::path& script,
   options.make_services = [work_ahead] {
     PlatformServices services = MakePlatformServices(MakeMemorySettingsStore());
     services.default_settings.clear();
+    // The thumbnail cache on, as a new user's program has it: a photo seen
+    // again loads from its cached thumbnail's stand-in.
+    (void)services.settings->Write(kRootKey, "CacheEnable", "TRUE");
     services.launcher = MakeRecordingLauncher();
     services.wallpaper =
         MakeDesktopWallpaper(MakeSpawnRunner({{"GSETTINGS_BACKEND", "memory"}}),
