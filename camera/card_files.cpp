@@ -48,10 +48,11 @@ std::vector<std::string> ListFolderFiles(const std::string& folder) {
 
 namespace {
 
-// Threads copying at once: while one batch is flushed and read back, the
-// next one is read and written. Each batch ends with the folder's flush on
-// its thread, so that the window's thread never waits for the disk.
-constexpr std::size_t kThreads = 2;
+// Threads copying at once: while one batch waits for its flush, the other
+// two keep both processors of a small machine reading, hashing and writing.
+// Each batch ends with the folder's flush on its thread, so that the
+// window's thread never waits for the disk.
+constexpr std::size_t kThreads = 3;
 // Files written before any of them is flushed (one batch of PlaceAll).
 constexpr std::size_t kBatch = 16;
 // How far the copies may run ahead of the results taken, in files.
