@@ -60,8 +60,13 @@ AlignedBuffer NewAlignedBuffer() {
       static_cast<unsigned char*>(std::aligned_alloc(kAlign, kChunk)));
 }
 
-// Writes `size` bytes and asks the disk to start writing them now, so that
-// the flush at the end finds most of the file written.
+// Bytes written before the disk is asked to start writing them: a request
+// for every small piece cuts the disk's writes up.
+constexpr std::uint64_t kStartEvery = 1 << 20;
+
+// Writes `size` bytes at `at` and, at every megabyte, asks the disk to start
+// writing what the file has so far, so that the flush at the end finds most
+// of it written.
 bool WriteAndStart(int fd,
                    const void* data,
                    std::size_t size,
@@ -69,8 +74,10 @@ bool WriteAndStart(int fd,
   if (!WriteAll(fd, data, size)) {
     return false;
   }
-  ::sync_file_range(fd, static_cast<off64_t>(at), static_cast<off64_t>(size),
-                    SYNC_FILE_RANGE_WRITE);
+  const std::uint64_t end = at + size;
+  if (end / kStartEvery != at / kStartEvery) {
+    ::sync_file_range(fd, 0, static_cast<off64_t>(end), SYNC_FILE_RANGE_WRITE);
+  }
   return true;
 }
 
@@ -153,10 +160,6 @@ bool ReadBack(const Written& file, unsigned char* buffer, bool& equal) {
   ::posix_fadvise(fd, 0, 0, POSIX_FADV_DONTNEED);
   return ReadAndCompare(file, buffer, equal);
 }
-
-// Bytes written before the disk is asked to start writing them: the camera's
-// pieces are small, and a request for each would cut the writes up.
-constexpr std::uint64_t kStartEvery = 1 << 20;
 
 // A file that the camera's pieces are written to as they come; the hash of
 // what was written goes with it to the read-back.
