@@ -20,15 +20,29 @@ std::uint64_t Rotate(std::uint64_t v, int r) {
   return (v << r) | (v >> (64 - r));
 }
 
-// One 32-byte block into the four lanes (kept by the caller in locals, so
-// that the compiler holds them in registers: the block's bytes could alias a
-// member array).
-inline void MixBlock(std::uint64_t lane[4], const unsigned char* block) {
-  for (int i = 0; i < 4; ++i) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, block + 8 * i, sizeof(word));
-    lane[i] = Rotate(lane[i] + word * kPrime2, 31) * kPrime1;
-  }
+// The four lanes as scalars of their own: the compiler holds them in
+// registers, where an array indexed in a loop stays in memory and every mix
+// waits for a store and a load.
+struct Lanes {
+  std::uint64_t a, b, c, d;
+};
+
+inline std::uint64_t Word(const unsigned char* bytes) {
+  std::uint64_t word = 0;
+  std::memcpy(&word, bytes, sizeof(word));
+  return word;
+}
+
+inline std::uint64_t Mix(std::uint64_t lane, std::uint64_t word) {
+  return Rotate(lane + word * kPrime2, 31) * kPrime1;
+}
+
+// One 32-byte block into the four lanes.
+inline void MixBlock(Lanes& lanes, const unsigned char* block) {
+  lanes.a = Mix(lanes.a, Word(block));
+  lanes.b = Mix(lanes.b, Word(block + 8));
+  lanes.c = Mix(lanes.c, Word(block + 16));
+  lanes.d = Mix(lanes.d, Word(block + 24));
 }
 
 }  // namespace
@@ -36,7 +50,7 @@ inline void MixBlock(std::uint64_t lane[4], const unsigned char* block) {
 void ContentHash::Add(const void* data, std::size_t size) {
   const auto* bytes = static_cast<const unsigned char*>(data);
   length_ += size;
-  std::uint64_t lane[4] = {lane_[0], lane_[1], lane_[2], lane_[3]};
+  Lanes lanes{lane_[0], lane_[1], lane_[2], lane_[3]};
   if (tail_size_ > 0) {
     const std::size_t take = std::min(size, sizeof(tail_) - tail_size_);
     std::memcpy(tail_ + tail_size_, bytes, take);
@@ -46,19 +60,20 @@ void ContentHash::Add(const void* data, std::size_t size) {
     if (tail_size_ < sizeof(tail_)) {
       return;
     }
-    MixBlock(lane, tail_);
+    MixBlock(lanes, tail_);
     tail_size_ = 0;
   }
   while (size >= sizeof(tail_)) {
-    MixBlock(lane, bytes);
+    MixBlock(lanes, bytes);
     bytes += sizeof(tail_);
     size -= sizeof(tail_);
   }
   std::memcpy(tail_, bytes, size);
   tail_size_ = size;
-  for (int i = 0; i < 4; ++i) {
-    lane_[i] = lane[i];
-  }
+  lane_[0] = lanes.a;
+  lane_[1] = lanes.b;
+  lane_[2] = lanes.c;
+  lane_[3] = lanes.d;
 }
 
 std::uint64_t ContentHash::Value() const {
