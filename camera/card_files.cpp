@@ -48,14 +48,16 @@ std::vector<std::string> ListFolderFiles(const std::string& folder) {
 
 namespace {
 
-// Threads copying at once: while one batch is flushed and read back, the
-// next one is read and written. Each batch ends with the folder's flush on
-// its thread, so that the window's thread never waits for the disk.
-constexpr std::size_t kThreads = 2;
+// Threads copying at once: while one batch waits for its flush, the other
+// two keep both processors of a small machine reading, hashing and writing.
+// Each batch ends with the folder's flush on its thread, so that the
+// window's thread never waits for the disk.
+constexpr std::size_t kThreads = 3;
 // Files written before any of them is flushed (one batch of PlaceAll).
 constexpr std::size_t kBatch = 16;
-// How far the copies may run ahead of the results taken, in files.
-constexpr std::size_t kAhead = 3 * kBatch;
+// How far the copies may run ahead of the results taken, in files: a batch
+// for each thread and one waiting.
+constexpr std::size_t kAhead = (kThreads + 1) * kBatch;
 
 bool ExistsIn(const std::string& folder, const std::string& name) {
   std::error_code ignored;
@@ -111,11 +113,14 @@ CardCopyReport CopyFilesInto(const std::vector<std::string>& files,
   std::size_t taken = 0;
   while (taken < files.size()) {
     const std::size_t window = ahead ? kAhead : kBatch;
-    // The next batch: files[first, added).
+    // The next batch: files[first, added). It is made only when a whole one
+    // fits in the window: batches cut down to the few files the window has
+    // room for would each pay a folder flush of their own.
     const std::size_t first = added;
+    const bool room =
+        added - taken + std::min(kBatch, files.size() - added) <= window;
     std::vector<TransferItem> batch;
-    while (added < files.size() && added - taken < window &&
-           batch.size() < kBatch) {
+    while (room && added < files.size() && batch.size() < kBatch) {
       const std::string& source = files[added];
       const std::string name = fs::path(source).filename().string();
       std::string target = name;

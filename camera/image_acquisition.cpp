@@ -24,40 +24,13 @@ constexpr std::size_t kFlushBatch = 32;
 constexpr std::size_t kBatch = 16;
 constexpr std::size_t kBatchBytes = 64 << 20;
 // Photos whose saves may wait while the next photo comes from the camera,
-// and the most bytes they may hold.
+// and the most bytes they may hold (written, not yet flushed).
 constexpr std::size_t kSavesAhead = 2 * kBatch;
 constexpr std::size_t kAheadBytes = 160 << 20;
 // Threads saving: while one batch is flushed and read back, the next one is
 // written.
 constexpr std::size_t kThreads = 2;
 constexpr int kFieldCount = 3;
-
-// The buffers of photos whose saves are done, kept for the next photos: a
-// fresh buffer of a photo's size costs the first touch of all its pages.
-class ContentPool {
- public:
-  std::string Take() {
-    std::lock_guard<std::mutex> lock(mutex_);
-    if (spare_.empty()) {
-      return {};
-    }
-    std::string content = std::move(spare_.back());
-    spare_.pop_back();
-    content.clear();
-    return content;
-  }
-  void Give(std::string content) {
-    std::lock_guard<std::mutex> lock(mutex_);
-    if (spare_.size() < kKept) {
-      spare_.push_back(std::move(content));
-    }
-  }
-
- private:
-  static constexpr std::size_t kKept = kSavesAhead + kBatch;
-  std::mutex mutex_;
-  std::vector<std::string> spare_;
-};
 
 bool WriteAnswer(const ImageAcquisitionRun& run, const std::string& line) {
   const std::string path = run.data_folder + "/" + kImgAcqFile;
@@ -128,10 +101,10 @@ ImageAcquisitionResult RunImageAcquisition(const ImageAcquisitionRun& run) {
     result.error = "Cannot make the folder " + destination;
   }
   int number = 1;
-  // The saves (flush, read back) run on a thread of their own when the
-  // transfer can make one, while the next photo comes from the camera; the
-  // camera itself is used from this thread only.
-  ContentPool pool;
+  // Each photo is written as the camera hands it over; the saves (flush,
+  // read back, name) run on threads of their own when the transfer can
+  // make them, while the next photo comes from the camera. The camera
+  // itself is used from this thread only.
   std::unique_ptr<TransferAhead> ahead;
   std::vector<std::unique_ptr<FileTransfer>> threads;
   for (std::size_t i = 0; i < kThreads; ++i) {
@@ -189,7 +162,7 @@ ImageAcquisitionResult RunImageAcquisition(const ImageAcquisitionRun& run) {
     while (saved.status == TransferStatus::kTargetExists) {
       flushed = false;
       if (ahead) {
-        // The content went with the job; the file is fetched again.
+        // The photo went with the job; it is fetched again.
         std::string again;
         if (!camera->Download(file, again, result.error)) {
           failed = save_failed = true;
@@ -235,21 +208,16 @@ ImageAcquisitionResult RunImageAcquisition(const ImageAcquisitionRun& run) {
       return;
     }
     const std::size_t count = batch.size();
-    for (const TransferItem& item : batch) {
-      sizes.push_back(item.content.size());
-    }
     ahead_bytes += batch_bytes;
     batch_bytes = 0;
     ahead->Add(
-        [&pool, &destination,
-         items = std::move(batch)](FileTransfer& t) mutable {
+        [&destination, items = std::move(batch)](FileTransfer& t) mutable {
           // The folder is flushed here, once for the batch; a photo counts
           // as saved, and may leave the camera, only after it.
           std::vector<TransferResult> saved =
               PlaceAllAndFlush(t, items, destination);
-          for (TransferItem& item : items) {
-            pool.Give(std::move(item.content));
-          }
+          // A file that was not named leaves no temporary file behind.
+          items.clear();
           return saved;
         },
         count);
@@ -262,12 +230,12 @@ ImageAcquisitionResult RunImageAcquisition(const ImageAcquisitionRun& run) {
       break;
     }
     const CameraFile& file = files[i];
-    std::string content = pool.Take();
-    if (!camera->Download(file, content, result.error)) {
-      failed = true;
-      break;
-    }
     if (!ahead) {
+      std::string content;
+      if (!camera->Download(file, content, result.error)) {
+        failed = true;
+        break;
+      }
       take(content);
       continue;
     }
@@ -278,9 +246,35 @@ ImageAcquisitionResult RunImageAcquisition(const ImageAcquisitionRun& run) {
     do {
       target = destination + "/" + PictureName(base, number++, file.name);
     } while (std::filesystem::exists(target, ignored));
-    batch_bytes += content.size();
+    TransferResult begun;
+    std::shared_ptr<PieceWriter> writer = run.transfer->Begin(target, begun);
+    if (!writer) {
+      failed = true;
+      result.error = begun.error;
+      break;
+    }
+    std::size_t bytes = 0;
+    std::string write_error;
+    const bool fetched = camera->DownloadPieces(
+        file,
+        [&](const unsigned char* data, std::size_t size) {
+          bytes += size;
+          return writer->Append(data, size, write_error);
+        },
+        result.error);
+    if (!fetched) {
+      // The writer goes with its temporary file: no half photo is left. The
+      // photos in hand are saved as after a photo that could not be fetched.
+      if (!write_error.empty()) {
+        result.error = write_error;
+      }
+      failed = true;
+      break;
+    }
+    sizes.push_back(bytes);
+    batch_bytes += bytes;
     TransferItem item;
-    item.content = std::move(content);
+    item.written = std::move(writer);
     item.target = std::move(target);
     // The camera keeps its photos unless asked to delete them: then each
     // copy is read back from the disk, otherwise as the system serves it.

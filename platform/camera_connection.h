@@ -1,6 +1,8 @@
 #ifndef QBPD_PLATFORM_CAMERA_CONNECTION_H_
 #define QBPD_PLATFORM_CAMERA_CONNECTION_H_
 
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -13,6 +15,11 @@ struct CameraFile {
   std::string name;
 };
 
+// Takes one piece of a file as the camera hands it over; false stops the
+// download (the piece could not be kept).
+using CameraPieces =
+    std::function<bool(const unsigned char* data, std::size_t size)>;
+
 // An open camera, for the camera transfer helper. Every call may fail (the
 // camera pulled out, a busy camera); it then says why in `error`.
 class CameraConnection {
@@ -21,10 +28,16 @@ class CameraConnection {
   // Every file of the camera, folder by folder from the root, breadth first.
   [[nodiscard]] virtual bool ListFiles(std::vector<CameraFile>& files,
                                        std::string& error) = 0;
-  // The whole content of one file.
-  [[nodiscard]] virtual bool Download(const CameraFile& file,
-                                      std::string& content,
-                                      std::string& error) = 0;
+  // One file's bytes, handed to `take` piece by piece in order as they
+  // come. When it fails midway (the camera pulled out) or `take` refuses a
+  // piece, the pieces already taken are not the whole file.
+  [[nodiscard]] virtual bool DownloadPieces(const CameraFile& file,
+                                            const CameraPieces& take,
+                                            std::string& error) = 0;
+  // The whole content of one file (the pieces collected; "" on a failure).
+  [[nodiscard]] bool Download(const CameraFile& file,
+                              std::string& content,
+                              std::string& error);
   // Deletes one file from the camera.
   [[nodiscard]] virtual bool Delete(const CameraFile& file,
                                     std::string& error) = 0;

@@ -17,16 +17,12 @@
 namespace qbpd {
 namespace {
 
-constexpr std::size_t kChunk = 1 << 20;
+// The piece read, hashed and written at a time: small enough that the hash
+// and the write find the bytes the read left in the processor's cache, as a
+// piece of a megabyte no longer is.
+constexpr std::size_t kChunk = 256 << 10;
 // The alignment of direct reads: a page, a multiple of any block size.
 constexpr std::size_t kAlign = 4096;
-constexpr std::uint64_t kPrime1 = 0x9E3779B185EBCA87ULL;
-constexpr std::uint64_t kPrime2 = 0xC2B2AE3D27D4EB4FULL;
-
-std::uint64_t Rotate(std::uint64_t v, int r) {
-  return (v << r) | (v >> (64 - r));
-}
-
 std::string Why(const std::string& what, const std::string& path) {
   return what + " " + path + ": " + std::strerror(errno);
 }
@@ -64,8 +60,13 @@ AlignedBuffer NewAlignedBuffer() {
       static_cast<unsigned char*>(std::aligned_alloc(kAlign, kChunk)));
 }
 
-// Writes `size` bytes and asks the disk to start writing them now, so that
-// the flush at the end finds most of the file written.
+// Bytes written before the disk is asked to start writing them: a request
+// for every small piece cuts the disk's writes up.
+constexpr std::uint64_t kStartEvery = 1 << 20;
+
+// Writes `size` bytes at `at` and, at every megabyte, asks the disk to start
+// writing what the file has so far, so that the flush at the end finds most
+// of it written.
 bool WriteAndStart(int fd,
                    const void* data,
                    std::size_t size,
@@ -73,8 +74,10 @@ bool WriteAndStart(int fd,
   if (!WriteAll(fd, data, size)) {
     return false;
   }
-  ::sync_file_range(fd, static_cast<off64_t>(at), static_cast<off64_t>(size),
-                    SYNC_FILE_RANGE_WRITE);
+  const std::uint64_t end = at + size;
+  if (end / kStartEvery != at / kStartEvery) {
+    ::sync_file_range(fd, 0, static_cast<off64_t>(end), SYNC_FILE_RANGE_WRITE);
+  }
   return true;
 }
 
@@ -158,6 +161,70 @@ bool ReadBack(const Written& file, unsigned char* buffer, bool& equal) {
   return ReadAndCompare(file, buffer, equal);
 }
 
+// A file that the camera's pieces are written to as they come; the hash of
+// what was written goes with it to the read-back.
+class VerifiedPieceWriter final : public PieceWriter {
+ public:
+  VerifiedPieceWriter(Written file, std::string target)
+      : file_(std::move(file)), target_(std::move(target)) {}
+  ~VerifiedPieceWriter() override {
+    if (file_.fd) {
+      ::unlink(file_.temp.c_str());
+    }
+  }
+  VerifiedPieceWriter(const VerifiedPieceWriter&) = delete;
+  VerifiedPieceWriter& operator=(const VerifiedPieceWriter&) = delete;
+
+  bool Append(const void* data, std::size_t size, std::string& error) override {
+    if (!error_.empty() || !file_.fd) {
+      error =
+          error_.empty() ? "The file " + target_ + " was handed on." : error_;
+      return false;
+    }
+    if (!WriteAll(file_.fd->get(), data, size)) {
+      error_ = Why("Cannot write", target_);
+      error = error_;
+      return false;
+    }
+    hash_.Add(data, size);
+    file_.size += size;
+    if (file_.size - started_ >= kStartEvery) {
+      Start();
+    }
+    return true;
+  }
+
+  // Hands the written file over to be flushed, read back and named; false,
+  // with the reason, when a piece could not be written.
+  bool HandOver(Written& file, std::string& error) {
+    if (!error_.empty() || !file_.fd) {
+      error =
+          error_.empty() ? "The file " + target_ + " was handed on." : error_;
+      return false;
+    }
+    Start();
+    file_.hash = hash_.Value();
+    file = std::move(file_);
+    file_.fd.reset();
+    return true;
+  }
+
+ private:
+  // Asks the disk to start writing what was written since the last time.
+  void Start() {
+    ::sync_file_range(file_.fd->get(), static_cast<off64_t>(started_),
+                      static_cast<off64_t>(file_.size - started_),
+                      SYNC_FILE_RANGE_WRITE);
+    started_ = file_.size;
+  }
+
+  Written file_;
+  std::string target_;
+  ContentHash hash_;
+  std::uint64_t started_ = 0;
+  std::string error_;
+};
+
 class VerifiedFileTransfer final : public FileTransfer {
  public:
   VerifiedFileTransfer() : buffer_(NewAlignedBuffer()) {}
@@ -195,6 +262,8 @@ class VerifiedFileTransfer final : public FileTransfer {
       } else if (!replace && ::access(item.target.c_str(), F_OK) == 0) {
         results[i].status = TransferStatus::kTargetExists;
         results[i].error = "The file " + item.target + " exists already.";
+      } else if (item.written) {
+        TakeWritten(*item.written, item.target, written[i], results[i]);
       } else if (item.source.empty()) {
         WriteContent(item.content, item.target, written[i], results[i]);
       } else {
@@ -235,11 +304,34 @@ class VerifiedFileTransfer final : public FileTransfer {
     return true;
   }
 
+  std::shared_ptr<PieceWriter> Begin(const std::string& target,
+                                     TransferResult& result) override {
+    Written file;
+    if (!OpenTemporary(target, 0644, file, result)) {
+      return nullptr;
+    }
+    return std::make_shared<VerifiedPieceWriter>(std::move(file), target);
+  }
+
   std::unique_ptr<FileTransfer> Another() override {
     return std::make_unique<VerifiedFileTransfer>();
   }
 
  private:
+  // A file written piece by piece, taken over to be finished here.
+  static void TakeWritten(PieceWriter& writer,
+                          const std::string& target,
+                          Written& file,
+                          TransferResult& result) {
+    auto* ours = dynamic_cast<VerifiedPieceWriter*>(&writer);
+    if (ours == nullptr) {
+      result.status = TransferStatus::kTargetFailed;
+      result.error = "The file " + target + " was not written by this copy.";
+    } else if (!ours->HandOver(file, result.error)) {
+      result.status = TransferStatus::kTargetFailed;
+    }
+  }
+
   // The temporary file is removed and the result says why.
   static void Drop(Written& file,
                    TransferResult& result,
@@ -369,90 +461,6 @@ class VerifiedFileTransfer final : public FileTransfer {
 };
 
 }  // namespace
-
-namespace {
-
-// One 32-byte block into the four lanes (kept by the caller in locals, so
-// that the compiler holds them in registers: the block's bytes could alias a
-// member array).
-inline void MixBlock(std::uint64_t lane[4], const unsigned char* block) {
-  for (int i = 0; i < 4; ++i) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, block + 8 * i, sizeof(word));
-    lane[i] = Rotate(lane[i] + word * kPrime2, 31) * kPrime1;
-  }
-}
-
-}  // namespace
-
-void ContentHash::Add(const void* data, std::size_t size) {
-  const auto* bytes = static_cast<const unsigned char*>(data);
-  length_ += size;
-  std::uint64_t lane[4] = {lane_[0], lane_[1], lane_[2], lane_[3]};
-  if (tail_size_ > 0) {
-    const std::size_t take = std::min(size, sizeof(tail_) - tail_size_);
-    std::memcpy(tail_ + tail_size_, bytes, take);
-    tail_size_ += take;
-    bytes += take;
-    size -= take;
-    if (tail_size_ < sizeof(tail_)) {
-      return;
-    }
-    MixBlock(lane, tail_);
-    tail_size_ = 0;
-  }
-  while (size >= sizeof(tail_)) {
-    MixBlock(lane, bytes);
-    bytes += sizeof(tail_);
-    size -= sizeof(tail_);
-  }
-  std::memcpy(tail_, bytes, size);
-  tail_size_ = size;
-  for (int i = 0; i < 4; ++i) {
-    lane_[i] = lane[i];
-  }
-}
-
-std::uint64_t ContentHash::Value() const {
-  std::uint64_t h = Rotate(lane_[0], 1) + Rotate(lane_[1], 7) +
-                    Rotate(lane_[2], 12) + Rotate(lane_[3], 18);
-  h ^= length_ * kPrime1;
-  for (std::size_t i = 0; i < tail_size_; ++i) {
-    h = Rotate(h ^ (tail_[i] * kPrime1), 11) * kPrime2;
-  }
-  h ^= h >> 33;
-  h *= kPrime2;
-  h ^= h >> 29;
-  return h;
-}
-
-bool HashFile(const std::string& path,
-              std::uint64_t& hash,
-              std::uint64_t& size) {
-  FileDescriptor in(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-  if (in.get() < 0) {
-    return false;
-  }
-  std::vector<unsigned char> buffer(kChunk);
-  ContentHash h;
-  size = 0;
-  for (;;) {
-    const ssize_t got = ::read(in.get(), buffer.data(), buffer.size());
-    if (got < 0 && errno == EINTR) {
-      continue;
-    }
-    if (got < 0) {
-      return false;
-    }
-    if (got == 0) {
-      break;
-    }
-    h.Add(buffer.data(), static_cast<std::size_t>(got));
-    size += static_cast<std::uint64_t>(got);
-  }
-  hash = h.Value();
-  return true;
-}
 
 std::string TransferFolderOf(const std::string& path) {
   const std::size_t slash = path.rfind('/');

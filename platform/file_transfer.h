@@ -1,6 +1,8 @@
 #ifndef QBPD_PLATFORM_FILE_TRANSFER_H_
 #define QBPD_PLATFORM_FILE_TRANSFER_H_
 
+#include "platform/content_hash.h"
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -39,11 +41,27 @@ struct TransferResult {
   }
 };
 
-// One file of a batch: a copy of `source`, or, when it is empty, `content`
-// (a file fetched from a camera, never replacing a file).
+// A file written piece by piece under a temporary name beside its target
+// (a photo as the camera hands it over), hashed as it goes. Given to PlaceAll
+// in an item, it is flushed, read back and named there; dropped before that,
+// its temporary file is removed.
+class PieceWriter {
+ public:
+  virtual ~PieceWriter() = default;
+  // Appends a piece; false, with the reason, when it can't be written (the
+  // disk full): the file can then never be named.
+  [[nodiscard]] virtual bool Append(const void* data,
+                                    std::size_t size,
+                                    std::string& error) = 0;
+};
+
+// One file of a batch: a copy of `source`; or, when it is empty, a file
+// fetched from a camera, never replacing a file: the one `written` holds
+// when it is set, else `content`.
 struct TransferItem {
   std::string source;
   std::string content;
+  std::shared_ptr<PieceWriter> written;
   std::string target;
   bool replace = false;
   // The copy is read back from the disk, bypassing the cache: its source is
@@ -57,8 +75,8 @@ struct TransferItem {
 // to a temporary file in the target's folder, flushed to the disk and read
 // back (from the disk, not the cache, unless the item says its source stays;
 // see TransferItem::from_disk), and only when it is whole and
-// equal to the source (size and content hash; a file fetched from a camera,
-// which is in memory, byte for byte) does it take its name. A move
+// equal to the source (size and content hash; a file fetched from a camera
+// and held in memory, byte for byte) does it take its name. A move
 // deletes its source only after that and after the target's folder, which
 // holds the name, is flushed too. On a failure before the naming no file is
 // left at the target name or beside it, and the source is untouched.
@@ -89,6 +107,13 @@ class FileTransfer {
   // `content` verified at `target` (never replacing), the folder not flushed.
   [[nodiscard]] virtual TransferResult Store(const std::string& content,
                                              const std::string& target) = 0;
+  // Starts a file for `target` to be written piece by piece and then given
+  // to PlaceAll (TransferItem::written); null, with `result` saying why
+  // (kTargetFailed), when its temporary file can't be made. The writer may
+  // go to the transfer of another thread.
+  [[nodiscard]] virtual std::shared_ptr<PieceWriter> Begin(
+      const std::string& target,
+      TransferResult& result) = 0;
   // Places (or stores) several files at once: all are written before any is
   // flushed, so that the disk writes them in one go and the flushes after
   // the first are short. The results are in the items' order; each is as
@@ -120,27 +145,6 @@ std::vector<TransferResult> PlaceAllAndFlush(FileTransfer& transfer,
 std::string TransferFolderOf(const std::string& path);
 
 std::unique_ptr<FileTransfer> MakeVerifiedFileTransfer();
-
-// The content hash of the verification: 64 bits over the bytes, for
-// comparing a file with its copy (not for security). The value does not
-// depend on how the bytes are split between calls.
-class ContentHash {
- public:
-  void Add(const void* data, std::size_t size);
-  std::uint64_t Value() const;
-
- private:
-  std::uint64_t lane_[4] = {0x243F6A8885A308D3ULL, 0x13198A2E03707344ULL,
-                            0xA4093822299F31D0ULL, 0x082EFA98EC4E6C89ULL};
-  std::uint64_t length_ = 0;
-  unsigned char tail_[32] = {};
-  std::size_t tail_size_ = 0;
-};
-
-// The hash of a whole file; false when it can't be read to its end.
-bool HashFile(const std::string& path,
-              std::uint64_t& hash,
-              std::uint64_t& size);
 
 }  // namespace qbpd
 

@@ -112,15 +112,14 @@ class GphotoCamera final : public CameraConnection {
     return true;
   }
 
-  // The camera library writes the file straight into `content` (its
-  // buffer kept from the last photo): no buffer of its own that grows and is
-  // copied, mapped and unmapped again for every photo.
-  bool Download(const CameraFile& file,
-                std::string& content,
-                std::string& error) override {
-    content.clear();
+  // The camera library hands each piece straight to `take`: no buffer of
+  // its own that grows and is copied, mapped and unmapped for every photo.
+  bool DownloadPieces(const CameraFile& file,
+                      const CameraPieces& take,
+                      std::string& error) override {
+    Sink sink{&take};
     ::CameraFile* raw = nullptr;
-    int r = gp_file_new_from_handler(&raw, &sink_, &content);
+    int r = gp_file_new_from_handler(&raw, &handler_, &sink);
     if (r < GP_OK) {
       error = Error(r);
       return false;
@@ -128,9 +127,12 @@ class GphotoCamera final : public CameraConnection {
     r = gp_camera_file_get(camera_, file.folder.c_str(), file.name.c_str(),
                            GP_FILE_TYPE_NORMAL, raw, context_.get());
     gp_file_unref(raw);
+    if (sink.refused) {
+      error = "A piece of " + file.name + " could not be kept.";
+      return false;
+    }
     if (r < GP_OK) {
       error = Error(r);
-      content.clear();
       return false;
     }
     return true;
@@ -147,29 +149,39 @@ class GphotoCamera final : public CameraConnection {
   }
 
  private:
-  static int SinkSize(void* content, std::uint64_t* size) {
-    *size = static_cast<std::string*>(content)->size();
+  // Where the pieces of the download under way go.
+  struct Sink {
+    const CameraPieces* take;
+    std::uint64_t size = 0;
+    bool refused = false;
+  };
+
+  static int SinkSize(void* sink, std::uint64_t* size) {
+    *size = static_cast<Sink*>(sink)->size;
     return GP_OK;
   }
   static int SinkRead(void*, unsigned char*, std::uint64_t* size) {
     *size = 0;
     return GP_ERROR_NOT_SUPPORTED;
   }
-  static int SinkWrite(void* content,
-                       unsigned char* data,
-                       std::uint64_t* size) {
+  static int SinkWrite(void* raw, unsigned char* data, std::uint64_t* size) {
+    auto* sink = static_cast<Sink*>(raw);
     try {
-      static_cast<std::string*>(content)->append(
-          reinterpret_cast<const char*>(data), *size);
+      if (!(*sink->take)(data, static_cast<std::size_t>(*size))) {
+        sink->refused = true;
+        return GP_ERROR_IO;
+      }
     } catch (const std::bad_alloc&) {
+      sink->refused = true;
       return GP_ERROR_NO_MEMORY;
     }
+    sink->size += *size;
     return GP_OK;
   }
 
   Context context_;
   Camera* camera_;
-  CameraFileHandler sink_{&SinkSize, &SinkRead, &SinkWrite};
+  CameraFileHandler handler_{&SinkSize, &SinkRead, &SinkWrite};
 };
 
 }  // namespace

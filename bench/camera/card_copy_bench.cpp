@@ -1,7 +1,7 @@
 // The card copy as the program runs it (every file copied, flushed, read
-// back and compared, two at a time on threads of their own), timed, with the
-// longest gap between two event pumps: the longest a person's click waits
-// during the copy.
+// back and compared, three batches at a time on threads of their own),
+// timed, with the longest gap between two event pumps: the longest a
+// person's click waits during the copy.
 //   card_copy_bench CARD-FOLDER DESTINATION [move]
 #include "camera/card_files.h"
 #include "platform/file_transfer.h"

@@ -54,6 +54,27 @@ TEST(ContentHashTest, SameValueHoweverTheBytesAreSplit) {
   EXPECT_NE(longer.Value(), whole.Value());
 }
 
+// The values of a few inputs, as the hash has always given them: a faster
+// way of computing it must not change the function.
+TEST(ContentHashTest, KeepsItsValues) {
+  std::string bytes;
+  for (int i = 0; i < 1000; ++i) {
+    bytes += static_cast<char>((i * 131 + 7) & 0xff);
+  }
+  const struct {
+    std::size_t size;
+    std::uint64_t value;
+  } cases[] = {{0, 0x077D4C00C9377D70ULL},
+               {5, 0x7D25A6447BC25049ULL},
+               {32, 0x668EFAE96E145789ULL},
+               {1000, 0x6C4F575A2D9397D6ULL}};
+  for (const auto& c : cases) {
+    ContentHash hash;
+    hash.Add(bytes.data(), c.size);
+    EXPECT_EQ(hash.Value(), c.value) << c.size;
+  }
+}
+
 TEST(FileTransferTest, CopyReplacesAndKeepsTheSource) {
   TempDir dir;
   const std::string content = RandomBytes(3 << 20, 2);

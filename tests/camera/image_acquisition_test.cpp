@@ -3,10 +3,12 @@
 #include "camera/camera_lines.h"
 #include "tests/support/fake_camera_connection.h"
 #include "tests/support/fake_camera_devices.h"
+#include "tests/support/file_faults.h"
 #include "tests/support/temp_dir.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 
@@ -176,6 +178,48 @@ TEST_P(ImageAcquisitionTest, ACameraPulledOutMidwayIsAFailureWithWholeCopies) {
     ++files;
   }
   EXPECT_EQ(files, 2);
+}
+
+// The disk fills up midway through the sixth photo: the five before it are
+// saved and leave the camera, the sixth stays there and leaves no half file.
+TEST_P(ImageAcquisitionTest, AFullDiskMidPhotoLeavesNoHalfPhoto) {
+  delete_ = true;
+  camera_.photos.push_back(
+      {{"/DCIM/100TEST", "IMG_6.JPG"}, std::string(300000, 'x')});
+  ImageAcquisitionResult r;
+  {
+    const testing::ScopedFileSizeLimit full_disk(100000);
+    r = Run("Cam*" + Out() + "*Picture");
+  }
+  EXPECT_EQ(r.code, "400");
+  EXPECT_EQ(r.error.rfind("Cannot write " + Out() + "/Picture 6.JPG: ", 0), 0u)
+      << r.error;
+  EXPECT_EQ(r.copied, 5);
+  EXPECT_EQ(camera_.deleted->size(), 5u);
+  EXPECT_EQ(std::count(camera_.deleted->begin(), camera_.deleted->end(),
+                       "/DCIM/100TEST/IMG_6.JPG"),
+            0);
+  std::vector<std::string> names;
+  for (const auto& e : fs::directory_iterator(dir_ / "out")) {
+    names.push_back(e.path().filename().string());
+  }
+  std::sort(names.begin(), names.end());
+  EXPECT_EQ(names, (std::vector<std::string>{"Picture 1.JPG", "Picture 2.JPG",
+                                             "Picture 3.CR2", "Picture 4.JPG",
+                                             "Picture 5.JPG"}));
+}
+
+TEST_P(ImageAcquisitionTest, APhotoThatCantBeBegunOnTheDiskIsAFailure) {
+  if (!GetParam()) {
+    GTEST_SKIP() << "one at a time, each photo is fetched whole first";
+  }
+  transfer_.fail_begin = true;
+  const ImageAcquisitionResult r = Run("Cam*" + Out() + "*Picture");
+  EXPECT_EQ(r.code, "400");
+  EXPECT_EQ(r.error, "injected failure to begin Picture 1.JPG");
+  EXPECT_EQ(r.copied, 0);
+  EXPECT_EQ(*camera_.downloads, 0);
+  EXPECT_TRUE(fs::is_empty(dir_ / "out"));
 }
 
 TEST_P(ImageAcquisitionTest, NothingToDoFailuresAndAStop) {

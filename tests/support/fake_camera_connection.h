@@ -3,6 +3,8 @@
 
 #include "platform/camera_connection.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <functional>
 #include <map>
 #include <memory>
@@ -11,9 +13,9 @@
 
 namespace qbpd::testing {
 
-// A camera in memory: its files in order, and switches that make the
-// listing, a download (from the n-th on: the camera pulled out) or the
-// deletes fail.
+// A camera in memory: its files in order, handed over in small pieces, and
+// switches that make the listing, a download (from the n-th on: the camera
+// pulled out midway through that file) or the deletes fail.
 class FakeCameraConnection final : public CameraConnection {
  public:
   struct Photo {
@@ -32,19 +34,32 @@ class FakeCameraConnection final : public CameraConnection {
     }
     return true;
   }
-  bool Download(const CameraFile& file,
-                std::string& content,
-                std::string& error) override {
+  bool DownloadPieces(const CameraFile& file,
+                      const CameraPieces& take,
+                      std::string& error) override {
     ++*downloads;
-    if (fail_download_from > 0 && *downloads >= fail_download_from) {
-      error = "the camera went away";
-      return false;
-    }
+    const bool pulled =
+        fail_download_from > 0 && *downloads >= fail_download_from;
     for (const Photo& photo : photos) {
-      if (photo.file.folder == file.folder && photo.file.name == file.name) {
-        content = photo.content;
-        return true;
+      if (photo.file.folder != file.folder || photo.file.name != file.name) {
+        continue;
       }
+      const auto* bytes =
+          reinterpret_cast<const unsigned char*>(photo.content.data());
+      // Pulled out, the camera hands over the first half of the file.
+      const std::size_t end =
+          pulled ? photo.content.size() / 2 : photo.content.size();
+      for (std::size_t at = 0; at < end; at += piece_size) {
+        if (!take(bytes + at, std::min(piece_size, end - at))) {
+          error = "the piece was refused";
+          return false;
+        }
+      }
+      if (pulled) {
+        error = "the camera went away";
+        return false;
+      }
+      return true;
     }
     error = "no such file";
     return false;
@@ -64,6 +79,8 @@ class FakeCameraConnection final : public CameraConnection {
   std::vector<Photo> photos;
   // Told of each photo deleted, when set (the order of a run's steps).
   std::function<void(const std::string&)> on_delete;
+  // The size of the pieces a download hands over.
+  std::size_t piece_size = 3;
   bool fail_list = false;
   bool fail_delete = false;
   // The download of this number (1-based) and every later one fails; 0 never.

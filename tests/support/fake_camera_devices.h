@@ -59,11 +59,12 @@ class FakeCameraDevices final : public CameraDevices {
 
 // The real verified transfer, with steps that fail on purpose: a file whose
 // name is in `fail` gets that status when placed or stored (and nothing is
-// made), a folder flush fails while `fail_flush` is set, or when this
-// transfer placed a file named in `fail_flush_after` since its last flush; a
-// source whose name is in `keep` can't be removed. Every call is recorded in
-// `calls` of the transfer that took it, and in order in `log` of the first
-// one (the transfers of other threads too; Note adds other steps there).
+// made), no file can be begun while `fail_begin` is set, a folder flush fails
+// while `fail_flush` is set, or when this transfer placed a file named in
+// `fail_flush_after` since its last flush; a source whose name is in `keep`
+// can't be removed. Every call is recorded in `calls` of the transfer that took
+// it, and in order in `log` of the first one (the transfers of other threads
+// too; Note adds other steps there).
 class FakeFileTransfer final : public FileTransfer {
  public:
   FakeFileTransfer() : real_(MakeVerifiedFileTransfer()) {}
@@ -78,6 +79,16 @@ class FakeFileTransfer final : public FileTransfer {
                        const std::string& target) override {
     Note("store " + target);
     return Faulted(target, [&] { return real_->Store(content, target); });
+  }
+  std::shared_ptr<PieceWriter> Begin(const std::string& target,
+                                     TransferResult& result) override {
+    Note("begin " + target);
+    if (fail_begin) {
+      result.status = TransferStatus::kTargetFailed;
+      result.error = "injected failure to begin " + NameOf(target);
+      return nullptr;
+    }
+    return real_->Begin(target, result);
   }
   // The items whose names are in `fail` get their injected failure; the
   // others go to the real transfer as one batch.
@@ -136,6 +147,7 @@ class FakeFileTransfer final : public FileTransfer {
     }
     auto other = std::make_unique<FakeFileTransfer>();
     other->fail = fail;
+    other->fail_begin = fail_begin;
     other->fail_flush = fail_flush;
     other->fail_flush_after = fail_flush_after;
     other->keep = keep;
@@ -153,6 +165,7 @@ class FakeFileTransfer final : public FileTransfer {
 
   // File name (not path) to the status its transfer fails with.
   std::map<std::string, TransferStatus> fail;
+  bool fail_begin = false;
   bool fail_flush = false;
   std::set<std::string> fail_flush_after;
   // Batches placed through PlaceAll.
