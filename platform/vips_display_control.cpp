@@ -38,26 +38,36 @@ VipsDisplayControl::VipsDisplayControl(DecodeWait wait,
 
 VipsDisplayControl::~VipsDisplayControl() = default;
 
+std::optional<VipsDisplayControl::Photo> VipsDisplayControl::PhotoOf(
+    const std::string& path) {
+  std::optional<PhotoHeader> header = ReadHeader(path);
+  if (!header) {
+    return std::nullopt;
+  }
+  Photo photo;
+  photo.path = path;
+  photo.header = *header;
+  return photo;
+}
+
+void VipsDisplayControl::Show(Photo photo) {
+  edits_.Reset();
+  photo_ = std::move(photo);
+  rotation_ = 0;
+  scale_ = 1.0;
+}
+
 bool VipsDisplayControl::LoadPhoto(const std::string& path) {
   return Guarded([&] {
-    std::optional<PhotoHeader> header = ReadHeader(path);
-    if (!header) {
-      return false;
-    }
-    Photo photo;
-    photo.path = path;
-    photo.header = *header;
+    std::optional<Photo> photo = PhotoOf(path);
     // The picture is decoded now, at the detail the view's fit will want,
     // so that a broken file is refused by the load itself.
-    const double scale =
-        view_width_ > 0 ? FitScale(photo, /*rotation=*/0) : 1.0;
-    if (!Decode(photo, scale)) {
+    if (!photo ||
+        !Decode(*photo,
+                view_width_ > 0 ? FitScale(*photo, /*rotation=*/0) : 1.0)) {
       return false;
     }
-    edits_.Reset();
-    photo_ = std::move(photo);
-    rotation_ = 0;
-    scale_ = 1.0;
+    Show(std::move(*photo));
     return true;
   });
 }
@@ -72,13 +82,11 @@ bool VipsDisplayControl::LoadPhotoStandIn(
     return false;
   }
   return Guarded([&] {
-    std::optional<PhotoHeader> header = ReadHeader(path);
-    if (!header) {
+    std::optional<Photo> shown = PhotoOf(path);
+    if (!shown) {
       return false;
     }
-    Photo photo;
-    photo.path = path;
-    photo.header = *header;
+    Photo& photo = *shown;
     // A stand-in of another shape would show the photo distorted: a
     // rounded side may be off by a pixel, no more.
     const double upright_width = UprightWidth(photo, 0);
@@ -94,10 +102,7 @@ bool VipsDisplayControl::LoadPhotoStandIn(
                             "interpretation", VIPS_INTERPRETATION_sRGB))
                         .copy_memory();
     photo.stand_in = true;
-    edits_.Reset();
-    photo_ = std::move(photo);
-    rotation_ = 0;
-    scale_ = 1.0;
+    Show(std::move(photo));
     return true;
   });
 }

@@ -148,6 +148,12 @@ class VipsDisplayControl final : public DisplayControl {
     return false;
   }
 
+  // A photo of the file at `path` as its header tells, nothing decoded;
+  // none when the file is refused.
+  static std::optional<Photo> PhotoOf(const std::string& path);
+  // Puts `photo` on show as a load leaves it: at 100%, unturned, unedited.
+  void Show(Photo photo);
+
   static int UprightWidth(const Photo& photo, int rotation);
   static int UprightHeight(const Photo& photo, int rotation);
 

@@ -1,28 +1,20 @@
 #include "platform/file_transfer.h"
 
 #include "tests/support/file_faults.h"
+#include "tests/support/random_bytes.h"
 #include "tests/support/temp_dir.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <random>
 
 namespace qbpd {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::RandomBytes;
 using testing::ReadFile;
 using testing::TempDir;
-
-std::string RandomBytes(std::size_t size, unsigned seed) {
-  std::mt19937 random(seed);
-  std::string bytes(size, '\0');
-  for (char& c : bytes) {
-    c = static_cast<char>(random() & 0xff);
-  }
-  return bytes;
-}
 
 int FilesIn(const fs::path& folder) {
   int count = 0;

@@ -1,29 +1,21 @@
 #include "platform/file_transfer.h"
 #include "tests/support/file_faults.h"
+#include "tests/support/random_bytes.h"
 #include "tests/support/temp_dir.h"
 
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
 #include <filesystem>
-#include <random>
 #include <unistd.h>
 
 namespace qbpd {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::RandomBytes;
 using testing::ReadFile;
 using testing::TempDir;
-
-std::string RandomBytes(std::size_t size, unsigned seed) {
-  std::mt19937 random(seed);
-  std::string bytes(size, '\0');
-  for (char& c : bytes) {
-    c = static_cast<char>(random() & 0xff);
-  }
-  return bytes;
-}
 
 std::vector<std::string> NamesIn(const fs::path& folder) {
   std::vector<std::string> names;
