@@ -1,5 +1,7 @@
 #include "platform/decode_ahead.h"
 
+#include "platform/whole_decode_mark.h"
+
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
@@ -7,7 +9,6 @@
 #include <deque>
 #include <map>
 #include <mutex>
-#include <sys/stat.h>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -18,32 +19,10 @@ namespace {
 // The zoom a load leaves.
 constexpr int kLoadedPercent = 100;
 
-// What tells a file apart from the one that was decoded.
-struct FileStamp {
-  dev_t device = 0;
-  ino_t inode = 0;
-  off_t size = -1;
-  std::int64_t modified_ns = 0;
-  bool operator==(const FileStamp&) const = default;
-};
-
-FileStamp StampOf(const std::string& path) {
-  FileStamp stamp;
-  struct stat info {};
-  if (::stat(path.c_str(), &info) == 0) {
-    stamp.device = info.st_dev;
-    stamp.inode = info.st_ino;
-    stamp.size = info.st_size;
-    stamp.modified_ns =
-        static_cast<std::int64_t>(info.st_mtim.tv_sec) * 1000000000 +
-        info.st_mtim.tv_nsec;
-  }
-  return stamp;
-}
-
 struct Decoded {
   std::shared_ptr<DisplayControl> model;
-  FileStamp stamp;
+  // The file as it was when decoded: used only while it is still that.
+  std::optional<FileIdentity> stamp;
 };
 
 class DecodeAheadModel final : public DecodeAheadDisplay {
@@ -359,7 +338,7 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
     std::shared_ptr<DisplayControl> fine;
     bool fitted = false;
     if (auto it = ready_.find(path); it != ready_.end()) {
-      if (it->second.model && it->second.stamp == StampOf(path)) {
+      if (it->second.model && it->second.stamp == IdentityOfPath(path)) {
         fine = std::move(it->second.model);
         fitted = true;
       }
@@ -437,7 +416,7 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
     Decoded decoded = std::move(it->second);
     ready_.erase(it);
     lock.unlock();
-    if (!decoded.model || !(decoded.stamp == StampOf(path))) {
+    if (!decoded.model || decoded.stamp != IdentityOfPath(path)) {
       return nullptr;
     }
     return decoded.model;
@@ -514,7 +493,7 @@ class DecodeAheadModel final : public DecodeAheadDisplay {
   // shown picture is made before it is asked for.
   Decoded Decode(const std::string& path, int width, int height) {
     Decoded decoded;
-    decoded.stamp = StampOf(path);
+    decoded.stamp = IdentityOfPath(path);
     std::shared_ptr<DisplayControl> model = make_ ? make_() : nullptr;
     if (!model) {
       return decoded;

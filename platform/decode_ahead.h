@@ -15,8 +15,8 @@ namespace qbpd {
 // A photo view model that can decode the photos likely to come next on a
 // thread of its own, so that showing one of them takes no decoding. It
 // behaves as the model it is made over in every observable way: a photo
-// decoded ahead is used only when its file is unchanged (same inode, size
-// and modification time) when it is asked for, and only when it loaded;
+// decoded ahead is used only when its file is unchanged (the same
+// FileIdentity) when it is asked for, and only when it loaded;
 // anything else loads on the spot as the plain model would. Nothing is
 // written; work for photos no longer wanted is thrown away.
 class DecodeAheadDisplay : public DisplayControl {

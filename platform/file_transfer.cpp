@@ -176,33 +176,28 @@ class VerifiedPieceWriter final : public PieceWriter {
   VerifiedPieceWriter& operator=(const VerifiedPieceWriter&) = delete;
 
   bool Append(const void* data, std::size_t size, std::string& error) override {
-    if (!error_.empty() || !file_.fd) {
-      error =
-          error_.empty() ? "The file " + target_ + " was handed on." : error_;
+    if (!Usable(error)) {
       return false;
     }
-    if (!WriteAll(file_.fd->get(), data, size)) {
+    if (!WriteAndStart(file_.fd->get(), data, size, file_.size)) {
       error_ = Why("Cannot write", target_);
       error = error_;
       return false;
     }
     hash_.Add(data, size);
     file_.size += size;
-    if (file_.size - started_ >= kStartEvery) {
-      Start();
-    }
     return true;
   }
 
   // Hands the written file over to be flushed, read back and named; false,
   // with the reason, when a piece could not be written.
   bool HandOver(Written& file, std::string& error) {
-    if (!error_.empty() || !file_.fd) {
-      error =
-          error_.empty() ? "The file " + target_ + " was handed on." : error_;
+    if (!Usable(error)) {
       return false;
     }
-    Start();
+    // The disk starts on what the last megabyte left unwritten.
+    ::sync_file_range(file_.fd->get(), 0, static_cast<off64_t>(file_.size),
+                      SYNC_FILE_RANGE_WRITE);
     file_.hash = hash_.Value();
     file = std::move(file_);
     file_.fd.reset();
@@ -210,18 +205,18 @@ class VerifiedPieceWriter final : public PieceWriter {
   }
 
  private:
-  // Asks the disk to start writing what was written since the last time.
-  void Start() {
-    ::sync_file_range(file_.fd->get(), static_cast<off64_t>(started_),
-                      static_cast<off64_t>(file_.size - started_),
-                      SYNC_FILE_RANGE_WRITE);
-    started_ = file_.size;
+  // False, with the reason, once a write failed or the file was handed on.
+  bool Usable(std::string& error) const {
+    if (error_.empty() && file_.fd) {
+      return true;
+    }
+    error = error_.empty() ? "The file " + target_ + " was handed on." : error_;
+    return false;
   }
 
   Written file_;
   std::string target_;
   ContentHash hash_;
-  std::uint64_t started_ = 0;
   std::string error_;
 };
 
